@@ -1,0 +1,116 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <vector>
+
+#include "support/ImageFormat.h"
+#include "support/Memory.h"
+#include "support/PixelRegionList.h"
+#include "support/Threads.h"
+
+/// One frame as it travels between host and processors: format, samples from a pool, regions that a
+/// tool changed. Belongs to one holder at a time; no lock of its own.
+class CToolFrameBuffer {
+ public:
+  struct SInvisibleFieldBuffer {
+    std::uint16_t* buffer = nullptr;
+    int fieldIndex = 0;
+    int fieldPeriod = 0;
+  };
+
+  /// Both null or both given. No samples are taken yet; the format is copied, the pool must outlive
+  /// the buffer.
+  CToolFrameBuffer(const CImageFormat* format, CBufferPool* allocator);
+  virtual ~CToolFrameBuffer();
+  CToolFrameBuffer(const CToolFrameBuffer&) = delete;
+  CToolFrameBuffer& operator=(const CToolFrameBuffer&) = delete;
+
+  /// Takes what memory is missing. False when some is still missing; try again later.
+  bool ensureSamples();
+  void releaseSamples();
+  /// Copies kind, marks, regions and, as asked, samples and invisible fields. False when memory is
+  /// missing; the buffer stays usable for another attempt.
+  bool CopyFrom(const CToolFrameBuffer& source, bool withSamples, bool withFields);
+
+  /// Stores the original pixels of the original-values list's regions and moves that list into the
+  /// changed-regions list.
+  void keepOriginals();
+  void mergeInvisibleFields();
+
+  void markEndOfMaterial() { endOfMaterial_ = true; }
+  bool isEndOfMaterial() const { return endOfMaterial_; }
+  void setFrameIndex(int frame) { frameIndex_ = frame; }
+  int frameIndex() const { return frameIndex_; }
+  void setFrameKind(int kind) { frameKind_ = kind; }
+  int frameKind() const { return frameKind_; }
+  void setRenderFlag(bool flag) { renderFlag_ = flag; }
+  bool renderFlag() const { return renderFlag_; }
+  void setNotCacheable(bool flag) { notCacheable_ = flag; }
+  bool isNotCacheable() const { return notCacheable_; }
+  void setCopiedFlag(bool flag) { copied_ = flag; }
+  bool copiedFlag() const { return copied_; }
+
+  /// Null until ensureSamples succeeded.
+  std::uint16_t* samples() { return samples_; }
+  const std::uint16_t* samples() const { return samples_; }
+  /// Null without a format.
+  const CImageFormat* imageFormat() const { return format_.get(); }
+  CBufferPool* allocator() const { return allocator_; }
+  std::vector<SInvisibleFieldBuffer>& invisibleFields() { return invisibleFields_; }
+  CPixelRegionList& originalValues() { return originalValues_; }
+  CPixelRegionList& changedRegions() { return changedRegions_; }
+
+ private:
+  int frameIndex_ = -1;
+  int frameKind_ = 0;
+  bool endOfMaterial_ = false;
+  std::uint16_t* samples_ = nullptr;
+  std::vector<SInvisibleFieldBuffer> invisibleFields_;
+  std::unique_ptr<CImageFormat> format_;
+  bool copied_ = false;
+  CBufferPool* allocator_;
+  CPixelRegionList originalValues_;
+  CPixelRegionList changedRegions_;
+  bool renderFlag_ = false;
+  bool notCacheable_ = false;
+};
+
+/// Thread-safe list of frames, oldest first; owns what it holds. A processor's edge uses one as its
+/// queue, the host keeps one as the tool frame cache.
+class CToolFrameCache {
+ public:
+  CToolFrameCache() = default;
+  ~CToolFrameCache();
+  CToolFrameCache(const CToolFrameCache&) = delete;
+  CToolFrameCache& operator=(const CToolFrameCache&) = delete;
+
+  /// False when the list is full and the frame is no end-of-material mark; the caller then still
+  /// owns the frame.
+  bool add(CToolFrameBuffer* frame);
+  /// The first frame with that index, now the caller's; null when there is none.
+  CToolFrameBuffer* takeByIndex(int frame);
+  CToolFrameBuffer* takeOldest();
+  bool isFull();
+  bool isEmpty();
+  int count();
+  void clear();
+  /// Only ever raises; negative counts as 0; 0 = unlimited.
+  void raiseLimit(int limit);
+
+  /// Cache operations of the tool frame cache.
+  void setEnabled(bool enabled);
+  /// Takes ownership of a released frame: caches it, replacing a copy of the same index, or deletes
+  /// it (cache disabled, frame kind not 0, end of material). Null is ignored.
+  void CacheFrame(CToolFrameBuffer* frame);
+  /// The oldest frame, now the caller's; null when there is none.
+  CToolFrameBuffer* GetOldest();
+
+ private:
+  std::list<CToolFrameBuffer*> frames_;
+  CThreadLock lock_;
+  int limit_ = 0;
+  int count_ = 0;
+  bool enabled_ = true;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "ToolObj/ToolFrameBuffer.h"
+#include "support/ImageFormat.h"
+
+/// Where a processor's frames come from or go to. The host derives its edges: an input edge
+/// produces frames on demand, an output edge hands them to a writer or a viewer. THREAD: the
+/// processor's thread on one end, the host's on the other.
+class CToolEdge {
+ public:
+  CToolEdge() = default;
+  virtual ~CToolEdge() = default;
+  CToolEdge(const CToolEdge&) = delete;
+  CToolEdge& operator=(const CToolEdge&) = delete;
+
+  static constexpr int END_OF_MATERIAL_REQUEST = -2000;
+
+  /// The frame, now the caller's, or null when it is not there yet (ask again later). The index
+  /// END_OF_MATERIAL_REQUEST tells the source that no more frames will be asked for.
+  CToolFrameBuffer* getFrame(int frame);
+  /// True: the edge owns the frame now.
+  bool putFrame(CToolFrameBuffer* frame);
+  /// The limit is not 0 and reached.
+  bool isFull();
+  void flush();
+  CToolFrameCache& queue() { return queue_; }
+
+  const CImageFormat* imageFormat() const { return format_.get(); }
+  void setImageFormat(const CImageFormat& format) {
+    format_ = std::make_unique<CImageFormat>(format);
+  }
+
+ protected:
+  /// Called by getFrame when the queue does not hold the frame. Default: null.
+  virtual CToolFrameBuffer* requestFrame(int frame);
+  /// Called after a frame was queued.
+  virtual void onFramePut() {}
+  /// Called by flush after the queue was emptied.
+  virtual void onFlush() {}
+
+ private:
+  CToolFrameCache queue_;
+  std::unique_ptr<CImageFormat> format_;
+};
+
+/// A processor's place in the host's graph: one edge pointer per port. Edges belong to the host.
+class CToolNode {
+ public:
+  CToolNode(int inputPorts, int outputPorts);
+  int inputCount() const { return static_cast<int>(inputs_.size()); }
+  int outputCount() const { return static_cast<int>(outputs_.size()); }
+  void connectInput(int port, CToolEdge* edge);
+  void connectOutput(int port, CToolEdge* edge);
+  /// Null while unconnected.
+  CToolEdge* input(int port) const { return inputs_[static_cast<std::size_t>(port)]; }
+  CToolEdge* output(int port) const { return outputs_[static_cast<std::size_t>(port)]; }
+
+ private:
+  std::vector<CToolEdge*> inputs_;
+  std::vector<CToolEdge*> outputs_;
+};

@@ -1,0 +1,39 @@
+# One folder is one target: every .cpp file in it belongs to it, its public headers stand under
+# include/<folder>/, and it sees only the rooms it is given here.
+
+add_library(stab_options INTERFACE)
+target_compile_options(stab_options INTERFACE -Wall -Wextra -ffp-contract=off)
+if(STAB_WERROR)
+  target_compile_options(stab_options INTERFACE -Werror)
+endif()
+if(STAB_SANITIZE)
+  target_compile_options(stab_options INTERFACE -fsanitize=${STAB_SANITIZE}
+                                                -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  target_link_options(stab_options INTERFACE -fsanitize=${STAB_SANITIZE})
+endif()
+find_package(Threads REQUIRED)
+target_link_libraries(stab_options INTERFACE Threads::Threads)
+
+# stab_room(<target> <OBJECT|STATIC> [rooms it may use ...])
+function(stab_room target kind)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(NOT sources)
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
+    set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
+  endif()
+  add_library(${target} ${kind} ${sources})
+  target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+  target_link_libraries(${target} PUBLIC ${ARGN} PRIVATE stab_options)
+endfunction()
+
+# stab_test(<folder> [rooms ...]): tests/<folder>/*.cpp as one program, every TEST a ctest case.
+function(stab_test folder)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  string(REPLACE "/" "_" name test_${folder})
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE ${ARGN} stab_options GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
+endfunction()

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+bool DoesFileExist(const std::string& path);
+/// Folder part with its trailing separator; empty when there is none.
+std::string GetFilePath(const std::string& path);
+/// Folders by the XDG base directory rules, without trailing separator. Nothing is created.
+std::string ConfigFolder();
+std::string StateFolder();
+/// Writes the whole text under a temporary name beside `path` and renames it. On false nothing is
+/// left behind, an old file stands as it was, and `theError` names file and cause.
+bool WriteFileWhole(const std::string& path, std::string_view text);

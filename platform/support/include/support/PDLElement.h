@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/Rect.h"
+
+/// One element of a process-list entry: a name, attributes, child elements. A light handle; the
+/// CPDLEntry owns the tree and must outlive it. Reads give `fallback` when the attribute is missing
+/// or does not parse.
+class CPDLElement {
+ public:
+  CPDLElement() = default;
+  bool IsNull() const { return node_ == nullptr; }
+
+  std::string GetName() const;
+  CPDLElement MakeNewChild(const std::string& name);
+  int GetChildCount() const;
+  /// Null element for an index out of range.
+  CPDLElement GetChild(int index) const;
+
+  /// A fractional text reads as its integer part.
+  int GetAttribInteger(const std::string& name, int fallback) const;
+  double GetAttribDouble(const std::string& name, double fallback) const;
+  bool GetAttribBool(const std::string& name, bool fallback) const;
+  std::string GetAttribString(const std::string& name, const std::string& fallback) const;
+  /// Stored as "left top right bottom".
+  SRect GetAttribRectangle(const std::string& name, const SRect& fallback) const;
+
+  void SetAttribInteger(const std::string& name, int value);
+  /// Written so that it reads back to the same double.
+  void SetAttribDouble(const std::string& name, double value);
+  void SetAttribBool(const std::string& name, bool value);
+  void SetAttribString(const std::string& name, const std::string& value);
+  void SetAttribRectangle(const std::string& name, const SRect& value);
+
+ private:
+  friend class CPDLEntry;
+  explicit CPDLElement(void* node) : node_(node) {}
+  void* node_ = nullptr;
+};
+
+/// A process-list entry: one tree of elements. Its first element holds the settings of one tool,
+/// one child for each record.
+class CPDLEntry {
+ public:
+  /// An entry whose first element is empty.
+  CPDLEntry();
+  ~CPDLEntry();
+  CPDLEntry(CPDLEntry&&) noexcept;
+  CPDLEntry& operator=(CPDLEntry&&) noexcept;
+
+  CPDLElement FirstElement() const;
+
+  /// XML text; `FromText` gives null and sets `theError` for a text that is not one element tree.
+  std::string ToText() const;
+  static std::unique_ptr<CPDLEntry> FromText(const std::string& text);
+
+ private:
+  struct SImpl;
+  std::unique_ptr<SImpl> impl_;
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+/// Trace and log. A line of level N is built only when the larger of the two levels is at least N.
+/// Levels: 0 errors (mostly beginning "ERROR: "), 1 warnings, 2 and 3 detail.
+extern std::atomic<int> ZRNQTraceLevel;
+extern std::atomic<int> ZRNQLogLevel;
+
+/// Sends one line to the log and / or the trace sink. THREAD: any; sinks are called one at a time.
+void SendZRNQMessage(const std::string& text, bool toLog, bool toTrace);
+
+using TraceSink = std::function<void(const std::string& line)>;
+void SetTraceSink(TraceSink sink);
+void SetLogSink(TraceSink sink);
+
+/// True when a line of this level has a reader.
+inline bool TracesAt(int level) {
+  return ZRNQTraceLevel >= level || ZRNQLogLevel >= level;
+}
+
+/// Sends a line at a level to whichever of log and trace want it.
+void TraceAt(int level, const std::string& text);
+
+/// "<file>:<line>: ASSERT (<expression>) FAILED!" at level 0; processing goes on.
+void TraceAssertion(const char* file, int line, const char* expression);

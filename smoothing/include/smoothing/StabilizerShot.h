@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+
+#include "ToolObj/ProgressMonitor.h"
+#include "params/StabilizerParameters.h"
+#include "support/Rect.h"
+#include "support/Threads.h"
+#include "tracking/TrackingArray.h"
+
+/// Run states of a shot's work; the labels of the window belong to these numbers.
+enum ERunState {
+  RUN_IDLE = 0,
+  RUN_ERROR = 1,
+  RUN_TRACKING_REQUESTED = 2,
+  RUN_TRACKING = 3,
+  RUN_TRACKED = 4,
+  RUN_SMOOTHING_REQUESTED = 5,
+  RUN_SMOOTHING = 6,
+  RUN_SMOOTHED = 7,
+  RUN_RENDER_REQUESTED = 8,
+  RUN_RENDERING = 9,
+  RUN_RENDERED = 10
+};
+
+/// The shot as the smoother and the frame processor see it; the tool is one.
+/// THREAD: run state, smoothed flag and texts: any. The arrays: the smoothing thread while the run
+/// state is RUN_SMOOTHING, the processor's thread (reading) while it is RUN_RENDERING, else the
+/// user-interface thread.
+class IStabilizerShot {
+ public:
+  virtual ~IStabilizerShot() = default;
+
+  virtual CTrackingArray& trackedArray() = 0;
+  virtual CTrackingArray& syntheticOriginalArray() = 0;
+  virtual CTrackingArray& syntheticSmoothedArray() = 0;
+
+  virtual SRect mattingBox() = 0;
+  /// Index of the point that the editor holds as its current one, -1 for none.
+  virtual int selectedPoint() = 0;
+  /// A pass over the whole range has completed with the tracked array.
+  virtual void setRendered() = 0;
+
+  virtual int runState() = 0;
+  virtual void setRunState(int state) = 0;
+  virtual void setSmoothedFlag(bool smoothed) = 0;
+
+  virtual std::string getStatusMessage() = 0;
+  virtual void setStatusMessage(const std::string& text) = 0;
+  virtual std::string getTimeMessage() = 0;
+  virtual void setTimeMessage(const std::string& text) = 0;
+  virtual IToolProgressMonitor* progressMonitor() = 0;
+
+  /// Takes the window's current settings into the shot's parameter record and returns it.
+  virtual CStabilizerParameters gatherParameters() = 0;
+  /// Joins the threads of a smoothing run.
+  virtual CCountingWait& smoothingWait() = 0;
+};
