@@ -50,7 +50,7 @@ bool LUDecompose(matrix<long double>& a, mvector<int>& permutation, double& sign
     if (pivotRow != j) {
       a[pivotRow].swap(a[j]);
       sign = -sign;
-      scales[pivotRow] = scales[j];
+      std::swap(scales[pivotRow], scales[j]);
     }
     permutation[j] = pivotRow;
     if (a[j][j] == 0.0L) a[j][j] = TINY_PIVOT;

@@ -7,7 +7,9 @@
 /// The object through which host and tool share the live tracking data: selection, visibility,
 /// change notifiers, what a change of the marks does to the data, and drawing. The tool owns it and
 /// hands it to the host while it is active. Without an array operations on data do nothing (0,
-/// false). THREAD: the host's user-interface thread.
+/// false); without a host, what would ask it for marks or draw does nothing. Questions about the
+/// data drop its leading empty frames first, so none of them is const.
+/// THREAD: the host's user-interface thread.
 class CTrackingPointsEditor {
  public:
   CTrackingPointsEditor();
@@ -19,14 +21,19 @@ class CTrackingPointsEditor {
   bool showPointsValue_ = true;
 
  public:
-  /// Index of the selected point, -1 for none.
+  /// Index of the selected point, -1 for none. Another value fires pointsChangedHook.
   lValueProperty<int> selectedPoint;
+  /// Whether points are drawn. Another value refreshes the display.
   lValueProperty<bool> showPoints;
+  /// The remembered marks have followed the host's.
   CBHook marksChangedHook;
+  /// Data or selection have changed.
   CBHook pointsChangedHook;
 
+  /// Not owned. Forgets the remembered marks and draws.
   void setSystemAPI(CNavSystemInterface* host);
-  /// Not owned. keepState false makes the set untracked and adjusts it to the marks.
+  /// Not owned; null detaches. keepState false makes the set untracked and adjusts it to the marks;
+  /// keepState true makes a rendered set a tracked one. Deselects.
   void setTrackingArray(CTrackingArray* array, bool keepState);
   CTrackingArray* trackingArray() const { return array_; }
 
@@ -37,21 +44,32 @@ class CTrackingPointsEditor {
   const CTrackingArray* originalMotion() const { return originalMotion_; }
   const CTrackingArray* smoothedMotion() const { return smoothedMotion_; }
 
+  /// Forgets the marks and clears all points.
   void resetMarks();
   void setTracked();
   void setRendered();
-  bool isTrackingValid() const;
-  bool needsRetracking() const { return !isTrackingValid(); }
-  bool isFrameTracked(int frame) const;
+  /// True when the set is tracked and covers the remembered marks.
+  bool isTrackingValid();
+  bool needsRetracking() { return !isTrackingValid(); }
+  bool isFrameTracked(int frame);
+  /// Drops all but the first frame; the set is untracked then.
   void keepFirstFrame();
   void clearAll();
-  /// 0 nothing to say, 1 mark deleted, 2 moved inside the tracked frames, 3 moved outside.
-  int markInChange() const;
-  int markOutChange() const;
+  /// What the host's current mark would do to the data: 0 nothing to say, 1 mark deleted, 2 moved
+  /// inside the tracked frames, 3 moved outside.
+  int markInChange();
+  int markOutChange();
+  /// Adjusts the data to new marks (negative: unset) and remembers them. No mark IN, now or before:
+  /// the points go. IN outside the tracked frames: the points move there, untracked. No mark OUT:
+  /// only the frame at IN stays.
   void applyMarks(int in, int out);
+  /// applyMarks with the host's marks.
   void updateMarks();
+  /// Stores the point's status for the remembered marks with its attributes.
   void evaluatePointStatus(int point);
+  /// Draws boxes and anchor arrows of the displayed frame through the host.
   void drawTrackingPoints();
+  /// Deselects when there is no point left, and lets the host draw its display again.
   void refresh();
   int markIn() const { return markIn_; }
   int markOut() const { return markOut_; }
@@ -59,7 +77,12 @@ class CTrackingPointsEditor {
   void setSuspended(bool suspended) { suspended_ = suspended; }
 
  private:
-  int boxCache_[6] = {-1, -1, -1, -1, -1, -1};
+  bool hasPoints() { return array_ != nullptr && array_->NumberOfPoints() > 0; }
+  int classify(int mark);
+  bool drawingColor(int frame, int& color) const;
+  void drawPoint(int point, const CTrackingPoints& points, int color, int arrowLength);
+
+  int boxCache_[6] = {-1, -1, -1, -1, -1, -1};  ///< extents as last drawn
   CNavSystemInterface* host_ = nullptr;
   CTrackingArray* array_ = nullptr;
   const CTrackingArray* originalMotion_ = nullptr;
