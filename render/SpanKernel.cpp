@@ -1,0 +1,189 @@
+#include "SpanKernel.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+
+#include "ScalarFormula.h"
+
+// Everything here is inlined into one function per instruction set and vectorised there by the
+// compiler. The arithmetic of a component is written exactly as in the scalar formula; only the
+// order in which components are visited differs.
+#define STAB_INLINE inline __attribute__((always_inline))
+
+namespace {
+
+/// Columns whose map is held at a time; the buffers stay in the first-level cache.
+constexpr int CHUNK = 512;
+/// Shorter runs cost more to set up than to compute by pixels.
+constexpr int SHORTEST_RUN = 6;
+
+constexpr int KEY_MISSING = INT_MIN;   ///< the map leaves the area: fill
+constexpr int KEY_EDGE = INT_MIN + 1;  ///< last column or row, or before the first: scalar formula
+
+/// The map of columns [x0, x0 + count) of one row. Pixels of equal key have source pixels side by
+/// side: the key is the source pixel's index in the frame minus the column. Fractions are exact in
+/// single precision, a coordinate's bits minus its integer part.
+struct SChunk {
+  alignas(64) int key[CHUNK];
+  alignas(64) float fx[CHUNK];
+  alignas(64) float fy[CHUNK];
+  alignas(64) float fyOfComponent[3 * CHUNK];
+};
+
+STAB_INLINE float heldBetween(float value, float low, float high) {
+  value = value > low ? value : low;  // not-a-number becomes `low`, which is outside
+  return value < high ? value : high;
+}
+
+STAB_INLINE void evaluate(const SResampleJob& job, int y, int x0, int count, SChunk& chunk) {
+  const SRect area = job.area;
+  const int pixelsPerLine = job.pixelsPerLine;
+  const SWarpMap map = job.map;
+  const float rowX = map.rowTermX(y);
+  const float rowY = map.rowTermY(y);
+  const float highX = static_cast<float>(area.right + 2);
+  const float highY = static_cast<float>(area.bottom + 2);
+  for (int i = 0; i < count; ++i) {
+    const int x = x0 + i;
+    const float sx = heldBetween(map.sourceX(x, rowX), -2.0F, highX);
+    const float sy = heldBetween(map.sourceY(x, rowY), -2.0F, highY);
+    const int ix = static_cast<int>(sx);
+    const int iy = static_cast<int>(sy);
+    const float fx = sx - static_cast<float>(ix);
+    const float fy = sy - static_cast<float>(iy);
+    const bool missing =
+        (ix < area.left) | (ix > area.right) | (iy < area.top) | (iy > area.bottom);
+    const bool edge = (ix == area.right) | (iy == area.bottom) | (fx < 0.0F) | (fy < 0.0F);
+    const int key = edge ? KEY_EDGE : iy * pixelsPerLine + ix - x;
+    chunk.key[i] = missing ? KEY_MISSING : key;
+    chunk.fx[i] = (missing | edge) ? 0.0F : fx;
+    chunk.fy[i] = fy;
+  }
+}
+
+/// End of the run that begins at `from`: one key, one horizontal fraction.
+STAB_INLINE int runEnd(const SChunk& chunk, int from, int count) {
+  constexpr int STEP = 16;
+  const int key = chunk.key[from];
+  const float fx = chunk.fx[from];
+  int end = from + 1;
+  for (; end + STEP <= count; end += STEP) {
+    int differs = 0;
+    for (int i = end; i < end + STEP; ++i) differs |= (chunk.key[i] != key) | (chunk.fx[i] != fx);
+    if (differs) break;
+  }
+  while (end < count && chunk.key[end] == key && chunk.fx[end] == fx) ++end;
+  return end;
+}
+
+STAB_INLINE bool isConstant(const float* values, int count) {
+  int differs = 0;
+  for (int i = 1; i < count; ++i) differs |= values[i] != values[0];
+  return !differs;
+}
+
+STAB_INLINE std::uint16_t blended(double fx, double fy, int p00, int p10, int p01, int p11) {
+  const double value = p00 + static_cast<double>(p10 - p00) * fx +
+                       static_cast<double>(p01 - p00) * fy +
+                       static_cast<double>(p00 - p10 - p01 + p11) * fx * fy;
+  return static_cast<std::uint16_t>(static_cast<int>(value));
+}
+
+/// `components` samples from `row` (and the row below it), fractions in [0, 1).
+STAB_INLINE void blendConstant(const std::uint16_t* __restrict row,
+                               const std::uint16_t* __restrict below, std::uint16_t* __restrict out,
+                               int components, double fx, double fy) {
+  for (int c = 0; c < components; ++c) {
+    out[c] = blended(fx, fy, row[c], row[c + 3], below[c], below[c + 3]);
+  }
+}
+
+STAB_INLINE void blendVarying(const std::uint16_t* __restrict row,
+                              const std::uint16_t* __restrict below, std::uint16_t* __restrict out,
+                              int components, double fx, const float* __restrict fy) {
+  for (int c = 0; c < components; ++c) {
+    out[c] = blended(fx, fy[c], row[c], row[c + 3], below[c], below[c + 3]);
+  }
+}
+
+STAB_INLINE void blendRun(const SResampleJob& job, int x, int y, int from, int count,
+                          SChunk& chunk) {
+  const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
+  const std::uint16_t* row = job.source + (static_cast<std::ptrdiff_t>(chunk.key[from]) + x) * 3;
+  std::uint16_t* out = job.output + SampleOffset(job, x, y);
+  const int components = count * 3;
+  const float fx = chunk.fx[from];
+  const float* fy = chunk.fy + from;
+  if (isConstant(fy, count)) {
+    if (fx == 0.0F && fy[0] == 0.0F) {
+      std::memcpy(out, row, static_cast<std::size_t>(components) * sizeof *out);
+    } else {
+      blendConstant(row, row + stride, out, components, fx, fy[0]);
+    }
+    return;
+  }
+  float* each = chunk.fyOfComponent;
+  for (int i = 0; i < count; ++i) each[3 * i] = each[3 * i + 1] = each[3 * i + 2] = fy[i];
+  blendVarying(row, row + stride, out, components, fx, each);
+}
+
+STAB_INLINE void byPixels(const SResampleJob& job, int x, int y, int count) {
+  const float rowX = job.map.rowTermX(y);
+  const float rowY = job.map.rowTermY(y);
+  for (int i = x; i < x + count; ++i) {
+    ResamplePixel(job, i, y, job.map.sourceX(i, rowX), job.map.sourceY(i, rowY));
+  }
+}
+
+STAB_INLINE void resampleRows(const SResampleJob& job, int firstRow, int lastRow) {
+  SChunk chunk;
+  for (int y = firstRow; y <= lastRow; ++y) {
+    for (int x0 = job.area.left; x0 <= job.area.right; x0 += CHUNK) {
+      const int count = std::min(CHUNK, job.area.right - x0 + 1);
+      evaluate(job, y, x0, count, chunk);
+      for (int from = 0; from < count;) {
+        const int length = runEnd(chunk, from, count) - from;
+        const int key = chunk.key[from];
+        if (key == KEY_MISSING) {
+          FillPixels(job, x0 + from, y, length);
+        } else if (key == KEY_EDGE || length < SHORTEST_RUN) {
+          byPixels(job, x0 + from, y, length);
+        } else {
+          blendRun(job, x0 + from, y, from, length, chunk);
+        }
+        from += length;
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void ResampleRowsSpans(const SResampleJob& job, int firstRow, int lastRow) {
+  resampleRows(job, firstRow, lastRow);
+}
+
+#if defined(__x86_64__)
+
+bool HasAvx2() {
+  return __builtin_cpu_supports("avx2");
+}
+
+bool HasAvx512() {
+  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+}
+
+__attribute__((target("avx2"))) void ResampleRowsSpansAvx2(const SResampleJob& job, int firstRow,
+                                                           int lastRow) {
+  resampleRows(job, firstRow, lastRow);
+}
+
+__attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void ResampleRowsSpansAvx512(
+    const SResampleJob& job, int firstRow, int lastRow) {
+  resampleRows(job, firstRow, lastRow);
+}
+
+#endif
