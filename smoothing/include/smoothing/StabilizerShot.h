@@ -24,9 +24,12 @@ enum ERunState {
 };
 
 /// The shot as the smoother and the frame processor see it; the tool is one.
-/// THREAD: run state, smoothed flag and texts: any. The arrays: the smoothing thread while the run
-/// state is RUN_SMOOTHING, the processor's thread (reading) while it is RUN_RENDERING, else the
-/// user-interface thread.
+/// THREAD: run state, smoothed flag, texts, progress monitor and smoothing wait: any. The tracked
+/// array: the user-interface thread alone; a smoothing run copies it before its thread starts. The
+/// synthetic arrays: the smoothing thread while the run state is RUN_SMOOTHING, so nobody else
+/// looks at them then; the processor's thread (reading) while it is RUN_RENDERING; else the
+/// user-interface thread. The run state is set after what it announces and read before it: it must
+/// be atomic.
 class IStabilizerShot {
  public:
   virtual ~IStabilizerShot() = default;
@@ -51,8 +54,10 @@ class IStabilizerShot {
   virtual void setTimeMessage(const std::string& text) = 0;
   virtual IToolProgressMonitor* progressMonitor() = 0;
 
-  /// Takes the window's current settings into the shot's parameter record and returns it.
+  /// Takes the window's current settings into the shot's parameter record and returns it. Called on
+  /// the smoothing thread once a run, and on the user-interface thread: an implementation must not
+  /// read controls or a record that the other thread may be changing without a lock of its own.
   virtual CStabilizerParameters gatherParameters() = 0;
-  /// Joins the threads of a smoothing run.
+  /// Joins the path threads of a smoothing run.
   virtual CCountingWait& smoothingWait() = 0;
 };

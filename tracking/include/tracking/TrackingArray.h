@@ -51,8 +51,9 @@ class CTrackingPoints {
   /// removed.
   CTrackPoint& Point(int index) { return points_[index]; }
   void RemovePoint(int index) { points_.erase(index); }
-  /// Entries in order of index.
-  const std::map<int, CTrackPoint>& Entries() const { return points_; }
+  /// Entries in order of index. Not of a temporary, which would not outlive a loop over them.
+  const std::map<int, CTrackPoint>& Entries() const& { return points_; }
+  void Entries() const&& = delete;
 
   friend bool operator==(const CTrackingPoints&, const CTrackingPoints&) = default;
 

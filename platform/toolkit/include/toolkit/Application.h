@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 
 enum class ECursor { normal, busy, appStarting };
@@ -7,7 +8,8 @@ enum class EConfirmation { proceed = 0, cancel = 1 };
 
 /// The seam to a window toolkit: what the tool asks of whichever application it runs in. The class
 /// itself is the headless application: nothing is shown, every question is answered "proceed".
-/// THREAD: the user-interface thread, `processMessages` excepted (any).
+/// THREAD: the user-interface thread, except `processMessages`, `setCursor` and `cursor` (any: the
+/// smoothing thread shows the busy cursor).
 class TApplication {
  public:
   TApplication() = default;
@@ -24,7 +26,7 @@ class TApplication {
   virtual EConfirmation confirm(const std::string& question);
 
  private:
-  ECursor cursor_ = ECursor::normal;
+  std::atomic<ECursor> cursor_ = ECursor::normal;
 };
 
 /// The application object that this process' toolkit code uses. Never null: until one is set it is
