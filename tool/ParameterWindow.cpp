@@ -1,0 +1,45 @@
+#include "tool/ParameterWindow.h"
+
+#include "tool/StabilizerTool.h"
+
+void CParameterWindow::show() {
+  visible_ = true;
+  tool_.showMattingBox(isUseMattingChecked());
+  tool_.setTrackingPointsVisible(showPointsChecked_);
+  sendBoxExtents();
+}
+
+void CParameterWindow::hide() {
+  visible_ = false;
+  tool_.showMattingBox(false);
+  tool_.setTrackingPointsVisible(false);
+}
+
+CStabilizerParameters CParameterWindow::gatherParameters() {
+  CAutoThreadLock lock(lock_, "CParameterWindow::gatherParameters");
+  return parameters_;
+}
+
+void CParameterWindow::showParameters(const CStabilizerParameters& parameters) {
+  {
+    CAutoThreadLock lock(lock_, "CParameterWindow::showParameters");
+    parameters_ = parameters;
+  }
+  sendBoxExtents();
+}
+
+bool CParameterWindow::isUseMattingChecked() const {
+  CAutoThreadLock lock(lock_, "CParameterWindow::isUseMattingChecked");
+  return parameters_.UseMatting;
+}
+
+void CParameterWindow::setUseMattingChecked(bool checked) {
+  CAutoThreadLock lock(lock_, "CParameterWindow::setUseMattingChecked");
+  parameters_.UseMatting = checked;
+}
+
+void CParameterWindow::sendBoxExtents() {
+  const CStabilizerParameters p = gatherParameters();
+  tool_.setBoxExtents(p.TrackBoxExtentX, p.TrackBoxExtentY, p.SearchBoxExtentLeft,
+                      p.SearchBoxExtentRight, p.SearchBoxExtentUp, p.SearchBoxExtentDown);
+}

@@ -1,0 +1,285 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "ToolObj/ToolObject.h"
+#include "params/StabilizerParameters.h"
+#include "smoothing/StabilizerShot.h"
+#include "support/ErrorReport.h"
+#include "support/HRTimer.h"
+#include "support/Hook.h"
+#include "support/Threads.h"
+#include "tool/StabilizerWindow.h"
+#include "tracking/TrackingArray.h"
+#include "tracking/TrackingPointsEditor.h"
+
+/// What window and commands ask of run control. Hosts hold these numbers; do not change.
+enum ERunRequest {
+  REQUEST_TRACK_IF_POSSIBLE = 1,
+  REQUEST_TRACK = 2,
+  REQUEST_PARAMETERS_CHANGED = 3,
+  REQUEST_PREVIEW_FRAME = 4,
+  REQUEST_PREVIEW_ALL = 6,
+  REQUEST_RENDER_FRAME = 7,
+  REQUEST_RENDER_ALL = 9,
+  REQUEST_PAUSE = 10,
+  REQUEST_RESUME = 11,
+  REQUEST_STOP = 12
+};
+
+/// The stabiliser: owns a shot's points, settings, editor and window, answers the host, and moves
+/// the shot through tracking, smoothing and rendering.
+///
+/// Work is a run state (ERunState) and at most one pending request; the host's heartbeat advances
+/// them. THREAD: the host's user-interface thread. The smoothing thread and the processor's thread
+/// know the tool only as an IStabilizerShot: what that gives them is atomic, under a lock of its
+/// own, or a copy taken when their pass was set up, so an operator may go on editing meanwhile.
+class CStabilizerTool : public CToolObject, public IStabilizerShot {
+ public:
+  static constexpr int TOOL_NUMBER = 20;
+  using WindowFactory = std::function<std::unique_ptr<IStabilizerWindow>(CStabilizerTool&)>;
+
+  /// Does not talk to the host. `makeWindow` is called by toolInitialize.
+  CStabilizerTool(const std::string& toolName, WindowFactory makeWindow);
+  /// Waits for a smoothing run that is under way. REQUIRES: the tool's processors are gone.
+  ~CStabilizerTool() override;
+
+  // Life and notifications (StabilizerTool.cpp).
+  int toolInitialize(CNavSystemInterface* systemInterface) override;
+  int toolShow() override;
+  int toolHide() override;
+  int toolActivate() override;
+  int toolDeactivate() override;
+  int toolShutdown() override;
+  bool isToolShowing() override;
+  bool canRenderWithoutAsking() override { return false; }
+  int onMarksChange() override;
+  int onClipChange() override;
+  int onNewClip() override;
+  int onFramingChange() override;
+  int drawOverlay() override;
+  int onToolCommand(CToolCommand& command) override;
+  int onUserInput(CUserInput& input) override;
+  void showTrackingPoints() override;
+  void onProcessingStateChanged(int state, bool renderFlag) override;
+
+  // Settings and points as one process-list entry (ProcessListEntry.cpp).
+  int capturePDLEntry(CPDLEntry& entry) override;
+  int runPDLEntry(CPDLEntry& entry) override;
+
+  // Run control (RunControl.cpp).
+  /// Takes an ERunRequest. What does not fit the run state, and any other number, is ignored.
+  void request(int number);
+  int onHeartbeat() override;
+  void StartTracking();
+  /// In a batch run a pass whose tracking is not current is kept until it has been tracked.
+  int startProcessing(int command, bool flag) override;
+  /// 3 (running) while tracking, smoothing or rendering is under way.
+  int getToolProcessingState() override;
+  /// Whether the tracking must be done again: it was asked for, the set is not tracked over the
+  /// marks, or it was tracked with other box sizes. The answer is kept for the next pass.
+  bool evaluateRetracking();
+  /// The smoothed path no longer belongs to the settings. Request 3 makes a new one.
+  void discardSmoothedPath();
+
+  // Passes through a host tool setup (PassSetup.cpp); 0 or the failing call's code.
+  bool ValidateMarks(int markIn, int markOut, int frame);
+  int RunFrameProcessing(int frame) override;
+  int RunFramePreprocessing() override;
+  int ProcessSingleFrame(int kind) override;
+  int previewDisplayedFrame() override;
+  CToolProcessor* makeToolProcessorInstance(const CAbortFlag* abortFlag) override;
+  int onToolProcessingStatus(const CAutotoolStatus* status) override;
+
+  // The stabiliser's processing states (ProcessingStates.cpp).
+  int onProcessingEvent(int event, const CAutotoolStatus& status, int frame) override;
+
+  // Tracking passes and points (TrackingControl.cpp).
+  bool onTrackingStart() override;
+  void onTrackingEnd(int failed) override;
+  /// Ask the operator where moved marks would cost points or tracking. False: refused, and the old
+  /// mark was put back.
+  bool checkMarkChanges();
+  bool checkMarkInChange();
+  bool checkMarkOutChange();
+  void clearAllTrackingData();
+  /// +1 and -1 step through the points, round and round.
+  void selectRelativePoint(int delta);
+  bool pointNeedsRetracking() { return editor_.needsRetracking(); }
+  void setTrackingPointsVisible(bool visible);
+  /// Sizes in pixels as CTrackingArray has them: track box x and y, search left, right, up, down.
+  void setBoxExtents(int x, int y, int left, int right, int up, int down);
+  /// The set holds points and is tracked over the marks.
+  bool isTracked();
+  /// ... and its smoothed path is valid.
+  bool isSmoothed() { return isTracked() && smoothed_; }
+
+  // Matting box, frame pixels, inclusive (MattingBox.cpp).
+  void setMattingBox(const SRect& box);
+  SRect getMattingBox() const { return mattingBox_; }
+  bool isMattingBoxValid() const { return mattingBoxValid_; }
+  /// Switching on repairs the box: without a valid one it becomes the whole frame.
+  void showMattingBox(bool show);
+  bool isMattingBoxShown() const { return mattingBoxShown_; }
+  /// Finds the border on the displayed frame; colour in 8-bit code values, seed a pixel of the
+  /// border or 0, 0. Nothing happens without a frame.
+  void findMattingBox(const std::array<int, 3>& color = {25, 25, 25}, int seedX = 0, int seedY = 0);
+
+  // What the window shows (ShotAccess.cpp).
+  int runState() override { return runState_; }
+  std::string getStatusMessage() override;
+  void setStatusMessage(const std::string& text) override;
+  std::string getTimeMessage() override;
+  void setTimeMessage(const std::string& text) override;
+  CStabilizerParameters gatherParameters() override;
+  /// The live points. Passes under way work on a copy of their own.
+  CTrackingArray& livePoints() { return tracked_; }
+  CTrackingPointsEditor& editor() { return editor_; }
+  /// The motion as measured and as intended, three points a frame. Not to be read while the run
+  /// state is RUN_SMOOTHING.
+  CTrackingArray& syntheticOriginalArray() override { return syntheticOriginal_; }
+  CTrackingArray& syntheticSmoothedArray() override { return syntheticSmoothed_; }
+  int resumeFrame() const { return resumeFrame_; }
+  void setResumeFrame(int frame) { resumeFrame_ = frame; }
+  /// Frame of a one-frame preview, -1 for a range pass.
+  int singleFrame() const { return singleFrame_; }
+  /// Whole seconds of the last tracking pass.
+  int trackingDuration() const { return trackingDuration_; }
+  void setClearOnShotChange(bool clear) { clearOnShotChange_ = clear; }
+  void setMarkOutWarnings(bool warn) { markOutWarnings_ = warn; }
+  /// 1 move and copy the points, 2 move and clear, 3 prompt.
+  int markInMovePreference() const { return markInMovePreference_; }
+  void setMarkInMovePreference(int preference) { markInMovePreference_ = preference; }
+  /// Full name of the settings file.
+  const std::string& settingsFileName() const { return settingsFileName_; }
+  /// The host's text for the current clip, as it was when the clip was opened.
+  const std::string& folderText() const { return folderText_; }
+  void refresh();
+
+  CBHook pointsChangedHook;  ///< from the heartbeat, after the points changed
+  CBHook clipChangedHook;    ///< before the host leaves the clip
+  CBHook newClipHook;
+  CBHook marksChangedHook;
+
+ private:
+  // The shot as smoothing thread and processor see it (ShotAccess.cpp).
+  CTrackingArray& trackedArray() override { return pass_.points; }
+  SRect mattingBox() override { return pass_.mattingBox; }
+  int selectedPoint() override { return pass_.selectedPoint; }
+  void setRendered() override { passCompleted_ = true; }
+  void setRunState(int state) override;
+  void setSmoothedFlag(bool smoothed) override { smoothed_ = smoothed; }
+  IToolProgressMonitor* progressMonitor() override { return getProgressMonitor(); }
+  CCountingWait& smoothingWait() override { return smoothingWait_; }
+  void takePassCopies();
+
+  void refreshExecutionButtons();
+  void updateWindow();
+  void releaseToolSetups(bool keepRunning);
+
+  void requestTracking();
+  void requestTrackIfPossible();
+  void requestSmoothing();
+  void requestPass(int event);
+  void stop();
+  void forgetPendingRequest();
+  void startSmoothing();
+  void onSmoothingCompleted();
+  void startRequestedPass();
+  void onPassEnded();
+  void doPostponedClear();
+  bool areArraysInUse();
+
+  int failPass(CAutoErrorReporter& reporter, int code, const std::string& text);
+  int activateRangeSetup(CAutoErrorReporter& reporter);
+  int activateSetup(int handle, CAutoErrorReporter& reporter);
+  int sendFrameRange(const CToolFrameRange& range, const char* who, CAutoErrorReporter& reporter);
+  int sendParameters(const char* who, CAutoErrorReporter& reporter);
+  bool checkMarksAndClip(CAutoErrorReporter& reporter);
+
+  int startFromIdle(int event, int frame, int& newState);
+  int whileRunning(int event, const CAutotoolStatus& status, int& newState, bool& report);
+  int whilePausing(int event, const CAutotoolStatus& status, int& newState);
+  int whilePaused(int event, int frame, int& newState);
+  void onRunStopped();
+
+  bool isTrackingWorthProtecting();
+  bool mayMoveMarkIn();
+  bool mayDeleteMarkIn();
+  /// Asks; on cancel puts the mark back and answers false.
+  bool confirmMark(const char* question, void (CNavSystemInterface::*putBack)(int), int oldMark);
+
+  void keepMattingBox(const SRect& box);
+  void loadMattingBox();
+  void saveMattingBox();
+
+  // The shot.
+  CTrackingArray tracked_;
+  CTrackingArray syntheticOriginal_;
+  CTrackingArray syntheticSmoothed_;
+  CTrackingPointsEditor editor_;
+  WindowFactory makeWindow_;
+  std::unique_ptr<IStabilizerWindow> window_;
+  int boxExtents_[6] = {10, 10, 10, 10, 10, 10};
+  SRect mattingBox_;
+  bool mattingBoxValid_ = false;
+  bool mattingBoxShown_ = true;
+  std::string folderText_;
+  std::string settingsFileName_;
+  int markInMovePreference_ = 3;
+  int resumeFrame_ = -1;
+
+  // Host notifications.
+  bool active_ = false;
+  bool newClipPending_ = false;
+  bool marksChangePending_ = false;
+  bool refreshPending_ = false;
+  bool pointsChanged_ = false;
+  bool savedDisplaySetting_ = false;
+
+  // Run control.
+  int pendingRequest_ = RUN_IDLE;  ///< run state to take when smoothing completes
+  int pendingArgument_ = 0;        ///< processing event of a pending render
+  bool needsRetracking_ = true;
+  bool deferredRender_ = false;
+  bool smoothedPathStale_ = false;  ///< settings changed while their path was being made
+  bool clearPostponed_ = false;     ///< a pass was reading the synthetic points
+  int rangeSetup_ = -1;
+  int previewFrameSetup_ = -1;
+  int renderFrameSetup_ = -1;
+  int singleFrame_ = -1;
+  bool singleFrameRun_ = false;
+  bool wholeRangeRun_ = false;
+
+  // Mark questions.
+  CHRTimer trackingTimer_;
+  int trackingDuration_ = 0;
+  bool renderCompleted_ = false;
+  bool moveInAnswered_ = false;
+  bool clearOnShotChange_ = false;
+  bool markOutWarnings_ = true;
+
+  // Shared with the smoothing thread and the processor's thread.
+  std::atomic<int> runState_{RUN_IDLE};
+  std::atomic<bool> smoothed_{false};
+  std::atomic<bool> passCompleted_{false};
+  CThreadLock parametersLock_;
+  CStabilizerParameters parameters_;
+  CThreadLock statusLock_;
+  std::string statusMessage_;
+  CThreadLock timeLock_;
+  std::string timeMessage_;
+  CCountingWait smoothingWait_;
+  CThreadEvent smoothingEnded_;
+  /// What a pass reads of the live data. Written while no pass runs; the start of the thread, or
+  /// the run command to it, hands it over.
+  struct SPassCopies {
+    CTrackingArray points;
+    SRect mattingBox;
+    int selectedPoint = -1;
+  } pass_;
+};
