@@ -1,0 +1,137 @@
+#include "support/Files.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "support/ErrorReport.h"
+
+namespace {
+
+/// A file descriptor that is closed at the latest at the end of its scope.
+class CDescriptor {
+ public:
+  explicit CDescriptor(int descriptor) : descriptor_(descriptor) {}
+  ~CDescriptor() { close(); }
+  CDescriptor(const CDescriptor&) = delete;
+  CDescriptor& operator=(const CDescriptor&) = delete;
+
+  bool isOpen() const { return descriptor_ >= 0; }
+  int get() const { return descriptor_; }
+  bool close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0; }
+
+ private:
+  int descriptor_;
+};
+
+bool failed(const std::string& path, int cause) {
+  theError.set(-cause, "Can't write file " + path + ": " + std::system_category().message(cause));
+  return false;
+}
+
+bool writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+/// Creates a new file in `folder`; its name does not grow with the target's, so that a target
+/// whose name is as long as the file system allows can still be written.
+int openTemporary(const std::string& folder, std::string& name) {
+  static std::atomic<unsigned> counter{0};
+  for (;;) {
+    name = folder + ".stabilize-" + std::to_string(getpid()) + "-" + std::to_string(counter++) +
+           ".tmp";
+    const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor >= 0 || errno != EEXIST) return descriptor;
+  }
+}
+
+/// A settings file that is a link stays one: what it points to is replaced.
+std::string linkTarget(const std::string& path) {
+  std::error_code none;
+  if (!std::filesystem::is_symlink(path, none)) return path;
+  const auto target = std::filesystem::canonical(path, none);
+  return none ? path : target.string();
+}
+
+/// Makes the new directory entry durable. Some file systems cannot; the file itself is whole then.
+void syncFolder(const std::string& folder) {
+  const CDescriptor directory(
+      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (directory.isOpen()) (void)::fsync(directory.get());
+}
+
+std::string homeFolder() {
+  const char* home = std::getenv("HOME");
+  if (home != nullptr && home[0] == '/') return home;
+  passwd entry{};
+  passwd* found = nullptr;
+  char text[4096];
+  if (getpwuid_r(getuid(), &entry, text, sizeof text, &found) == 0 && found != nullptr) {
+    return entry.pw_dir;
+  }
+  return "/";
+}
+
+std::string baseFolder(const char* variable, const char* underHome) {
+  std::string folder;
+  const char* set = std::getenv(variable);
+  // A relative path in one of these variables is invalid and is to be ignored.
+  folder = set != nullptr && set[0] == '/' ? std::string(set) : homeFolder() + underHome;
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return folder;
+}
+
+}  // namespace
+
+bool DoesFileExist(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+std::string GetFilePath(const std::string& path) {
+  const std::size_t separator = path.find_last_of('/');
+  return separator == std::string::npos ? std::string() : path.substr(0, separator + 1);
+}
+
+std::string ConfigFolder() {
+  return baseFolder("XDG_CONFIG_HOME", "/.config");
+}
+
+std::string StateFolder() {
+  return baseFolder("XDG_STATE_HOME", "/.local/state");
+}
+
+bool WriteFileWhole(const std::string& path, std::string_view text) {
+  const std::string target = linkTarget(path);
+  const std::string folder = GetFilePath(target);
+  std::string temporary;
+  CDescriptor file(openTemporary(folder, temporary));
+  if (!file.isOpen()) return failed(path, errno);
+
+  struct stat old {};
+  if (::stat(target.c_str(), &old) == 0) (void)::fchmod(file.get(), old.st_mode & 07777);
+  const bool whole = writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close() &&
+                     ::rename(temporary.c_str(), target.c_str()) == 0;
+  if (!whole) {
+    const int cause = errno;
+    (void)::unlink(temporary.c_str());
+    return failed(path, cause);
+  }
+  syncFolder(folder);
+  return true;
+}

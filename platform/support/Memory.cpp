@@ -1,0 +1,132 @@
+#include "support/Memory.h"
+
+#include <sanitizer/asan_interface.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr std::size_t kCacheLine = 64;
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+constexpr int kPreallocPools = 4;
+
+struct SPreallocLocks {
+  std::mutex mutex;
+  std::array<int, kPreallocPools> counts{};
+};
+
+SPreallocLocks& preallocLocks() {
+  static SPreallocLocks locks;
+  return locks;
+}
+
+bool isPreallocPool(int pool) {
+  return pool >= 0 && pool < kPreallocPools;
+}
+
+void* newFrameMemory(std::size_t bytes) {
+  if (bytes < kHugePage) return QTXmemalign(kCacheLine, bytes);
+  void* const memory = QTXmemalign(kHugePage, bytes);
+  // Best effort: without huge pages the buffer works as well, with 512 times the page faults.
+  if (memory != nullptr) (void)madvise(memory, bytes, MADV_HUGEPAGE);
+  return memory;
+}
+
+}  // namespace
+
+void* QTXmalloc(std::size_t bytes) {
+  return std::malloc(std::max<std::size_t>(bytes, 1));
+}
+
+void QTXfree(void* memory) {
+  std::free(memory);
+}
+
+void* QTXmemalign(std::size_t alignment, std::size_t bytes) {
+  if (!std::has_single_bit(alignment)) return nullptr;
+  void* memory = nullptr;
+  const int failed =
+      posix_memalign(&memory, std::max(alignment, sizeof(void*)), std::max<std::size_t>(bytes, 1));
+  return failed == 0 ? memory : nullptr;
+}
+
+char* QTXstrdup(const char* text) {
+  return text == nullptr ? nullptr : strdup(text);
+}
+
+bool QTXlockPreallocPool(int pool) {
+  if (!isPreallocPool(pool)) return false;
+  SPreallocLocks& locks = preallocLocks();
+  std::lock_guard lock(locks.mutex);
+  ++locks.counts[pool];
+  return true;
+}
+
+bool QTXunlockPreallocPool(int pool) {
+  if (!isPreallocPool(pool)) return false;
+  SPreallocLocks& locks = preallocLocks();
+  std::lock_guard lock(locks.mutex);
+  if (locks.counts[pool] == 0) return false;
+  --locks.counts[pool];
+  return true;
+}
+
+void QTXresetPreallocPool(int) {}
+
+std::size_t QTXgetSizeOfPreallocPool(int) {
+  return 0;
+}
+
+CBufferPool::CBufferPool(std::size_t bytesPerBuffer, int limit)
+    : bytesPerBuffer_(bytesPerBuffer), limit_(limit) {}
+
+CBufferPool::~CBufferPool() {
+  for (void* buffer : free_) {
+    ASAN_UNPOISON_MEMORY_REGION(buffer, bytesPerBuffer_);
+    QTXfree(buffer);
+  }
+}
+
+void* CBufferPool::allocateBuffer() {
+  {
+    std::lock_guard lock(mutex_);
+    if (limit_ > 0 && inUse_ >= limit_) return nullptr;
+    ++inUse_;
+    if (!free_.empty()) {
+      void* const buffer = free_.back();  // the last one given back is the warmest
+      free_.pop_back();
+      ASAN_UNPOISON_MEMORY_REGION(buffer, bytesPerBuffer_);
+      return buffer;
+    }
+  }
+  void* const buffer = newFrameMemory(bytesPerBuffer_);
+  if (buffer == nullptr) {
+    std::lock_guard lock(mutex_);
+    --inUse_;
+  }
+  return buffer;
+}
+
+void CBufferPool::freeBuffer(void* buffer) {
+  if (buffer == nullptr) return;
+  std::lock_guard lock(mutex_);
+  --inUse_;
+  try {
+    free_.push_back(buffer);
+    ASAN_POISON_MEMORY_REGION(buffer, bytesPerBuffer_);  // use after giving back is caught
+  } catch (const std::bad_alloc&) {
+    QTXfree(buffer);
+  }
+}
+
+int CBufferPool::buffersInUse() const {
+  std::lock_guard lock(mutex_);
+  return inUse_;
+}
