@@ -14,6 +14,7 @@ class CPixelRegionList {
     SRect rect;
     std::vector<std::uint16_t> pixels;  // empty: the region carries no pixels
   };
+  /// The first field is the frame's lines 0, 2, 4, ..., the second the lines between.
   enum class EField { first, second, both };
 
   /// Adds a region. `pixels` is null, or the whole frame's samples (`width` x `height` pixels of
@@ -22,7 +23,8 @@ class CPixelRegionList {
   void Add(const SRect& rect, const std::uint16_t* pixels, int width, int height, int components);
 
   /// Stores the frame's current samples as the pixels of every region (lines of `field` only, the
-  /// others keep what they had).
+  /// others keep what they had, 0 where that was nothing). Parts of a region outside the frame are
+  /// left alone.
   void ReplacePixelsFromFrame(const std::uint16_t* frame, int width, int height, int components,
                               EField field);
 

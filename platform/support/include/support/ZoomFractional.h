@@ -6,26 +6,32 @@
 #include "support/ImageFormat.h"
 #include "support/Rect.h"
 
-/// Enlarges or reduces a rectangle with sub-pixel edges onto a whole-pixel rectangle: separable,
-/// windowed filter, 16-bit in and out, clamped to the range of the samples under the filter so that
-/// an edge never rings beyond them.
+/// Enlarges or reduces a rectangle with sub-pixel edges onto a whole-pixel rectangle: separable
+/// cubic filter, 16-bit in and out. When it reduces, the filter widens to cover what it averages.
+/// Each result is limited to the range of the samples under the filter, so that an edge never rings
+/// beyond them. A source that equals the target gives identical samples.
+///
+/// Weights are computed for the exact position of every pixel, once per pair of rectangles, and
+/// working memory is kept between calls: make one object per pass, not one per frame.
 /// THREAD: one call at a time per object.
 class CZoomFractional {
  public:
-  /// `quality` 2: cubic (Mitchell & Netravali 1988, B = 0, C = 1/2).
+  /// `quality` 2 is the one there is: cubic (Mitchell & Netravali 1988, B = 0, C = 1/2).
   explicit CZoomFractional(int quality);
   ~CZoomFractional();
 
-  /// The format of the frames that `convert` will be given. The five numbers are kept for the
-  /// filter's set-up: taps each side (x, y) and fixed-point phases (x, y, weight).
+  /// The format of the frames that `convert` will be given. Callers also say how they would size a
+  /// filter table: taps each side (x, y) and fixed-point phases (x, y, weight); the filter has no
+  /// table and rounds nothing to phases, so these do not change the result.
   void initialize(const CImageFormat& format, int tapsX, int tapsY, int phasesX, int phasesY,
                   int weightScale);
 
   /// Maps `source` (of `input`) onto `target` (inclusive pixels of `output`). `input` and `output`
-  /// may be the same frame. Samples outside the target stay as they are; samples outside `source`
-  /// are reached by the filter only within `target`'s own bounds (edge samples are repeated there),
-  /// so a border around the target never leaks in.
-  /// REQUIRES: initialize was called; source is not empty; target lies in the frame.
+  /// are the same frame or do not overlap. Samples outside the target stay as they are. The filter
+  /// reads the pixels that `source` touches and, beyond them, only pixels within `target`; past
+  /// those the edge pixel is repeated. So a border around the target never leaks in.
+  /// REQUIRES: initialize was called; source is not empty and at most one frame size outside the
+  /// frame; target lies in the frame. Otherwise nothing is written.
   void convert(const SRectD& source, const SRect& target, const std::uint16_t* input,
                std::uint16_t* output);
 
