@@ -11,7 +11,8 @@
 #include "support/Threads.h"
 
 /// One frame as it travels between host and processors: format, samples from a pool, regions that a
-/// tool changed. Belongs to one holder at a time; no lock of its own.
+/// tool changed. Samples are 16-bit, interleaved, rows directly one after another; contents of
+/// fresh memory are undefined. THREAD: belongs to one holder at a time; no lock of its own.
 class CToolFrameBuffer {
  public:
   struct SInvisibleFieldBuffer {
@@ -27,16 +28,21 @@ class CToolFrameBuffer {
   CToolFrameBuffer(const CToolFrameBuffer&) = delete;
   CToolFrameBuffer& operator=(const CToolFrameBuffer&) = delete;
 
-  /// Takes what memory is missing. False when some is still missing; try again later.
+  /// Takes what memory is missing, the main buffer and one for each invisible field. False when
+  /// some is still missing (always without an allocator); what was taken stays, try again later.
   bool ensureSamples();
+  /// Gives all memory back to the allocator.
   void releaseSamples();
-  /// Copies kind, marks, regions and, as asked, samples and invisible fields. False when memory is
-  /// missing; the buffer stays usable for another attempt.
+  /// Copies kind, end-of-material mark, copied flag and changed regions and, as asked, samples and
+  /// invisible fields; the frame index stays. False when memory is missing; the buffer stays usable
+  /// for another attempt. REQUIRES: both formats have the same bytes per field.
   bool CopyFrom(const CToolFrameBuffer& source, bool withSamples, bool withFields);
 
-  /// Stores the original pixels of the original-values list's regions and moves that list into the
-  /// changed-regions list.
+  /// Puts the current samples of the original-values list's regions into that list and moves it to
+  /// the end of the changed-regions list.
   void keepOriginals();
+  /// Brings the original-values list's regions of the main samples into the invisible fields: into
+  /// the first field's lines, the second's, or both, as index and period of each say.
   void mergeInvisibleFields();
 
   void markEndOfMaterial() { endOfMaterial_ = true; }
@@ -63,6 +69,9 @@ class CToolFrameBuffer {
   CPixelRegionList& changedRegions() { return changedRegions_; }
 
  private:
+  bool takeBuffer(std::uint16_t*& buffer);
+  bool takeFieldBuffers();
+
   int frameIndex_ = -1;
   int frameKind_ = 0;
   bool endOfMaterial_ = false;
@@ -101,16 +110,22 @@ class CToolFrameCache {
 
   /// Cache operations of the tool frame cache.
   void setEnabled(bool enabled);
-  /// Takes ownership of a released frame: caches it, replacing a copy of the same index, or deletes
-  /// it (cache disabled, frame kind not 0, end of material). Null is ignored.
+  bool isEnabled();
+  /// Takes ownership of a released frame: caches it without its regions and render flag, or deletes
+  /// it (cache disabled, frame kind not 0, end of material). A copy of the same index is replaced;
+  /// when the cache is full its oldest frame gives way. Null is ignored.
   void CacheFrame(CToolFrameBuffer* frame);
   /// The oldest frame, now the caller's; null when there is none.
   CToolFrameBuffer* GetOldest();
 
  private:
+  // REQUIRES, all three: the lock is held.
+  bool isFullLocked() const;
+  CToolFrameBuffer* takeOldestLocked();
+  CToolFrameBuffer* takeByIndexLocked(int index);
+
+  CThreadLock lock_;  // guards everything below
   std::list<CToolFrameBuffer*> frames_;
-  CThreadLock lock_;
   int limit_ = 0;
-  int count_ = 0;
   bool enabled_ = true;
 };

@@ -21,17 +21,25 @@ class CToolEdge {
   /// The frame, now the caller's, or null when it is not there yet (ask again later). The index
   /// END_OF_MATERIAL_REQUEST tells the source that no more frames will be asked for.
   CToolFrameBuffer* getFrame(int frame);
-  /// True: the edge owns the frame now.
+  /// True: the edge owns the frame now. False: the edge is full and the frame still the caller's;
+  /// an end-of-material frame is never refused.
   bool putFrame(CToolFrameBuffer* frame);
   /// The limit is not 0 and reached.
   bool isFull();
+  /// Deletes the queued frames.
   void flush();
+  /// The frames that wait; the edge's owner sets their limit here.
   CToolFrameCache& queue() { return queue_; }
 
+  /// Format of the frames on this edge; null until somebody set it.
   const CImageFormat* imageFormat() const { return format_.get(); }
   void setImageFormat(const CImageFormat& format) {
     format_ = std::make_unique<CImageFormat>(format);
   }
+
+  /// Tells the edge what passes through it: format, frames in flight at a time, and a value of the
+  /// port that means what host and tool agree on. Default: nothing. THREAD: the host's.
+  virtual void announceFormat(const CImageFormat& format, int frameCount, double value);
 
  protected:
   /// Called by getFrame when the queue does not hold the frame. Default: null.
@@ -52,6 +60,7 @@ class CToolNode {
   CToolNode(int inputPorts, int outputPorts);
   int inputCount() const { return static_cast<int>(inputs_.size()); }
   int outputCount() const { return static_cast<int>(outputs_.size()); }
+  /// REQUIRES, also below: 0 <= port < count.
   void connectInput(int port, CToolEdge* edge);
   void connectOutput(int port, CToolEdge* edge);
   /// Null while unconnected.

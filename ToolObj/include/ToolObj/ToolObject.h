@@ -16,12 +16,18 @@
 /// and the state machine that turns processing requests and processor statuses into runs.
 ///
 /// Results of input and notification operations: 1 not handled (the host goes on); bit 16 consumed;
-/// 18 handled and consumed. THREAD: the host's user-interface thread, for every operation.
+/// 18 handled and consumed. Processing and set-up operations give 0 or an error code. THREAD: the
+/// host's user-interface thread, for every operation; a processor's statuses come through the host.
+///
+/// Life: constructed by the plug-in, toolInitialize, any number of toolShow / toolActivate /
+/// toolDeactivate / toolHide, toolShutdown, destroyed. REQUIRES: before initBaseToolObject nothing
+/// but the getters is called.
 class CToolObject {
  public:
   enum EResult { NOT_HANDLED = 1, CONSUMED = 16, HANDLED = 18 };
   static constexpr int PDL_NOT_IMPLEMENTED = -3000;
 
+  /// What `onProcessingEvent` is told; known to hosts, do not change.
   enum EProcessingEvent {
     EVENT_STATUS = 0,
     EVENT_RESUME = 1,
@@ -33,15 +39,16 @@ class CToolObject {
     EVENT_STOP = 7,
     EVENT_PREPROCESS = 8
   };
+  /// Known to hosts, do not change.
   enum EProcessingState {
     STATE_IDLE = 0,
     STATE_STOPPING = 1,
-    STATE_PREPROCESSED = 2,
+    STATE_PREPROCESSED = 2,  ///< not used by the base class
     STATE_RUNNING = 3,
     STATE_PAUSING = 4,
     STATE_PAUSED = 5,
-    STATE_PREVIEW_FRAME = 7,
-    STATE_PREVIEW_FRAME_PAUSED = 8,
+    STATE_PREVIEW_FRAME = 7,         ///< one frame, from idle
+    STATE_PREVIEW_FRAME_PAUSED = 8,  ///< one frame, from paused
     STATE_RENDER_FRAME = 9,
     STATE_RENDER_FRAME_PAUSED = 10
   };
@@ -56,6 +63,11 @@ class CToolObject {
   std::string getToolName() const { return toolName_; }
   std::uint16_t getToolNumber() const { return toolNumber_; }
   CNavSystemInterface* getSystemAPI() const { return systemInterface_; }
+  const CToolCommandTable* getCommandTable() const { return commandTable_; }
+  const CUserInputConfiguration* getInputConfiguration() const { return inputConfiguration_; }
+  /// The flag of the last start request that was not refused.
+  bool getStartFlag() const { return startFlag_; }
+  /// The host's mark IN is 0 or more and lower than mark OUT.
   bool areMarksValid() const;
   /// Null restores the default monitor.
   void setProgressMonitor(IToolProgressMonitor* monitor);
@@ -91,10 +103,13 @@ class CToolObject {
   virtual int toolInitialize(CNavSystemInterface* systemInterface) = 0;
   virtual int toolShow() { return 0; }
   virtual int toolShutdown() = 0;
+  /// A processor's status, forwarded by the host. REQUIRES: not null.
   virtual int onToolProcessingStatus(const CAutotoolStatus* status);
   virtual bool isToolShowing() { return false; }
   virtual bool canRenderWithoutAsking() { return true; }
+  /// The host's answer for tool setup 0.
   virtual int hook11();
+  /// Unlocks the support library's pool of buffer holders when idle; whether it was idle.
   virtual bool unlockBufferPool();
   virtual bool lockBufferPool();
   virtual void hook12() {}
@@ -110,6 +125,8 @@ class CToolObject {
   virtual CToolProcessor* makeToolProcessorInstance(const CAbortFlag* abortFlag) = 0;
   virtual int resumeProcessing(int frame);
   virtual int pauseProcessing();
+  /// `command` is one of the EProcessingEvents that start something. 0 and no effect when the host
+  /// does not permit the render that it asks for.
   virtual int startProcessing(int command, bool flag);
   virtual int stopProcessing();
   virtual void setToolProcessingState(int state) { processingState_ = state; }
@@ -120,6 +137,8 @@ class CToolObject {
   /// A new command, or none.
   virtual std::unique_ptr<CToolCommand> translateUserInput(const CUserInput& input);
   virtual bool consumesUnmappedInput() { return false; }
+  /// The processing state machine. The result of the run operation that the input led to, else 0;
+  /// a run operation that fails leaves the state as it is.
   virtual int onProcessingEvent(int event, const CAutotoolStatus& status, int frame);
   virtual int pauseRun();
   virtual int processFrameKind4() { return ProcessSingleFrame(4); }
@@ -135,11 +154,37 @@ class CToolObject {
   virtual void onProcessingStateChanged(int state, bool renderFlag);
 
  protected:
+  /// The table of the state machine: performs what `status` or `event` asks for in `state` and
+  /// returns the result of the run operation. `newState` becomes the state to take; it stays where
+  /// nothing changes. Stores no state and notifies nobody.
+  int performProcessingEvent(int state, int event, const CAutotoolStatus& status, int frame,
+                             int& newState);
   void setRenderFlag(bool flag) { renderFlag_ = flag; }
   void setLastProcessingError(int code) { lastProcessingError_ = code; }
   int processingState() const { return processingState_; }
 
  private:
+  struct SInputOfEvent {
+    const CAutotoolStatus& status;
+    int frame;
+  };
+  struct SStateRow;
+  static const SStateRow* findStateRow(int state, int event, int status);
+
+  void preparePass(bool render);
+  int startFramePreview(const SInputOfEvent&);
+  int startRangePreview(const SInputOfEvent&);
+  int startFrameRender(const SInputOfEvent&);
+  int startRangeRender(const SInputOfEvent&);
+  int startPreprocessing(const SInputOfEvent&);
+  int keepError(const SInputOfEvent&);
+  int doStop(const SInputOfEvent&) { return stopRun(); }
+  int doStopFrame(const SInputOfEvent&) { return stopSingleFrame(); }
+  int doPause(const SInputOfEvent&) { return pauseRun(); }
+  int doResume(const SInputOfEvent& input) { return RunFrameProcessing(input.frame); }
+  int doPreviewFrame(const SInputOfEvent&) { return previewDisplayedFrame(); }
+  int doRenderFrame(const SInputOfEvent&) { return renderDisplayedFrame(); }
+
   bool renderFlag_ = false;
   bool startFlag_ = true;
   int processingState_ = STATE_IDLE;

@@ -2,10 +2,12 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// One key or mouse-button event, or the parsed form of a binding text. Key codes are the
-/// virtual-key codes that bindings are written against.
+/// virtual-key codes that bindings are written against; mouse buttons are 1 (left), 2 (right) and
+/// 4 (middle). A plain value.
 class CUserInput {
  public:
   enum EAction {
@@ -17,13 +19,24 @@ class CUserInput {
   };
   enum EModifier { MODIFIER_SHIFT = 1, MODIFIER_CTRL = 2, MODIFIER_ALT = 4 };
 
+  /// Failures of `parse`.
+  enum EParseResult {
+    PARSE_EMPTY = -1,            ///< nothing but blanks and tabs
+    PARSE_NO_EVENT = -2,         ///< the text ends inside or before the key token
+    PARSE_TOO_LONG = -3,         ///< text above 511 or key token above 127 characters
+    PARSE_UNKNOWN_KEY = -4,      ///< no such key name or character, or an empty token
+    PARSE_NO_KEY_EVENT = -5,     ///< a key without "KeyDown" or "KeyUp"
+    PARSE_NO_BUTTON_EVENT = -6,  ///< a mouse button without "ButtonDown" or "ButtonUp"
+  };
+
   virtual ~CUserInput() = default;
 
   void reset();
-  /// Binding text: blanks, "Ctrl+", "Alt+", "Shift+" in this order, key token, event word; letter
-  /// case does not matter. 0, or: -1 empty, -2 ends in the key token, -3 too long (text above 511,
-  /// token above 127 characters), -4 unknown key, -5 no key event word, -6 no button event word. A
-  /// failed parse leaves the input partly filled.
+  /// Binding text: blanks, the prefixes "Ctrl+", "Alt+", "Shift+" in this order, key token, blanks,
+  /// event word; letter case does not matter. Prefixes are searched one after another, each in all
+  /// that is left, so one that stands before an earlier-searched one is lost: "Shift+Ctrl+X
+  /// KeyDown" is Ctrl+X. 0, or a negative EParseResult; a failed parse leaves the input partly
+  /// filled.
   int parse(const std::string& text);
   /// Same action (1 to 4), same key, same three modifier bits.
   bool matches(const CUserInput& other) const;
@@ -35,13 +48,17 @@ class CUserInput {
   int y = 0;
   int imageX = 0;  ///< pointer position in image pixels
   int imageY = 0;
+
+ private:
+  bool parseKey(std::string_view token);
+  int parseEvent(std::string_view words);
 };
 
-/// Names of keys in binding texts.
+/// Names of keys in binding texts, lower case. Immutable. THREAD: any.
 class CKeyNameTable {
  public:
   static const CKeyNameTable& Instance();
-  /// 0 when no name equals `name` exactly.
+  /// Key code, or 0 when no name equals `name` exactly (case too).
   int lookup(const std::string& name) const;
 };
 
