@@ -1,6 +1,7 @@
 #include "SpanKernel.h"
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -27,7 +28,7 @@ constexpr int KEY_EDGE = INT_MIN + 1;  ///< last column or row, or before the fi
 /// single precision, a coordinate's bits minus its integer part.
 struct SChunk {
   alignas(64) int key[CHUNK];
-  alignas(64) float fx[CHUNK];
+  alignas(64) int fxBits[CHUNK];
   alignas(64) float fy[CHUNK];
   alignas(64) float fyOfComponent[3 * CHUNK];
 };
@@ -58,23 +59,31 @@ STAB_INLINE void evaluate(const SResampleJob& job, int y, int x0, int count, SCh
     const bool edge = (ix == area.right) | (iy == area.bottom) | (fx < 0.0F) | (fy < 0.0F);
     const int key = edge ? KEY_EDGE : iy * pixelsPerLine + ix - x;
     chunk.key[i] = missing ? KEY_MISSING : key;
-    chunk.fx[i] = (missing | edge) ? 0.0F : fx;
+    chunk.fxBits[i] = (missing | edge) ? 0 : std::bit_cast<int>(fx);
     chunk.fy[i] = fy;
   }
 }
 
-/// End of the run that begins at `from`: one key, one horizontal fraction.
+/// True when columns [from, end) have this key and horizontal fraction.
+STAB_INLINE bool continuesRun(const SChunk& chunk, int from, int end, int key, int fxBits) {
+  int differs = 0;
+  for (int i = from; i < end; ++i) differs |= (chunk.key[i] ^ key) | (chunk.fxBits[i] ^ fxBits);
+  return differs == 0;
+}
+
+/// End of the run that begins at `from`: one key, one horizontal fraction. Steps that get shorter
+/// where the run ends, so that a long run is seen in few, vectorised looks.
 STAB_INLINE int runEnd(const SChunk& chunk, int from, int count) {
-  constexpr int STEP = 16;
   const int key = chunk.key[from];
-  const float fx = chunk.fx[from];
+  const int fxBits = chunk.fxBits[from];
   int end = from + 1;
-  for (; end + STEP <= count; end += STEP) {
-    int differs = 0;
-    for (int i = end; i < end + STEP; ++i) differs |= (chunk.key[i] != key) | (chunk.fx[i] != fx);
-    if (differs) break;
+  for (int step = CHUNK / 2; step > 0; step /= 4) {
+    while (end < count) {
+      const int next = std::min(end + step, count);
+      if (!continuesRun(chunk, end, next, key, fxBits)) break;
+      end = next;
+    }
   }
-  while (end < count && chunk.key[end] == key && chunk.fx[end] == fx) ++end;
   return end;
 }
 
@@ -108,14 +117,25 @@ STAB_INLINE void blendVarying(const std::uint16_t* __restrict row,
   }
 }
 
+/// Fetches what the next output row will need below this run: the processor's own look-ahead stops at
+/// the end of a page and at every change of row.
+STAB_INLINE void prefetchBelow(const SResampleJob& job, const std::uint16_t* below,
+                               std::ptrdiff_t stride, int components) {
+  const std::uint16_t* end = job.source + SampleOffset(job, 0, job.area.bottom + 1);
+  if (end - below < stride + components) return;
+  const std::uint16_t* next = below + stride;
+  for (int c = 0; c < components; c += 32) __builtin_prefetch(next + c);
+}
+
 STAB_INLINE void blendRun(const SResampleJob& job, int x, int y, int from, int count,
                           SChunk& chunk) {
   const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
   const std::uint16_t* row = job.source + (static_cast<std::ptrdiff_t>(chunk.key[from]) + x) * 3;
   std::uint16_t* out = job.output + SampleOffset(job, x, y);
   const int components = count * 3;
-  const float fx = chunk.fx[from];
+  const float fx = std::bit_cast<float>(chunk.fxBits[from]);
   const float* fy = chunk.fy + from;
+  prefetchBelow(job, row + stride, stride, components);
   if (isConstant(fy, count)) {
     if (fx == 0.0F && fy[0] == 0.0F) {
       std::memcpy(out, row, static_cast<std::size_t>(components) * sizeof *out);
