@@ -3,6 +3,7 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <exception>
 #include <memory>
@@ -21,6 +22,8 @@ struct SBThread {
 };
 
 namespace {
+
+std::atomic<int> chosenCoreCount{0};  // 0: as many as the process may use
 
 /// Every thread that has not been joined yet. Threads are joined rather than detached, so that
 /// after BThreadWaitForAll not one instruction of theirs is left to run.
@@ -176,7 +179,10 @@ void CThreadEvent::Wait() {
   set_.wait(lock, [this] { return isSet_; });
 }
 
+void SetAvailableProcessorCoreCount(int count) { chosenCoreCount = std::max(0, count); }
+
 int AvailableProcessorCoreCount() {
+  if (const int chosen = chosenCoreCount) return chosen;
   cpu_set_t allowed;
   if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return std::max(1, CPU_COUNT(&allowed));
   return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));

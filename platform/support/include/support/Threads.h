@@ -85,6 +85,9 @@ class CThreadEvent {
 
 /// Cores this process may use; at least 1.
 int AvailableProcessorCoreCount();
+/// Makes AvailableProcessorCoreCount answer `count` from now on: a host's own choice of how many
+/// threads shall work. 0 goes back to counting.
+void SetAvailableProcessorCoreCount(int count);
 
 /// Monotonic time counter, microseconds.
 std::int64_t qtxGetUST();

@@ -1,0 +1,217 @@
+#include "CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <map>
+
+namespace {
+
+template <typename T>
+CLI::Validator nameOf(const std::map<std::string, T>& names) {
+  return CLI::CheckedTransformer(names, CLI::ignore_case).description("");
+}
+
+const std::map<std::string, EStabilize> STABILIZE_NAMES = {{"horizontal", EStabilize::horizontal},
+                                                           {"vertical", EStabilize::vertical},
+                                                           {"both", EStabilize::both},
+                                                           {"rotation", EStabilize::rotation}};
+const std::map<std::string, EMotion> MOTION_NAMES = {
+    {"smooth", EMotion::smooth}, {"remove", EMotion::remove}, {"match", EMotion::match}};
+const std::map<std::string, EAnchor> ANCHOR_NAMES = {{"first", EAnchor::first},
+                                                     {"last", EAnchor::last},
+                                                     {"both", EAnchor::both},
+                                                     {"none", EAnchor::none}};
+const std::map<std::string, EFill> FILL_NAMES = {{"white", EFill::white},
+                                                 {"black", EFill::black},
+                                                 {"previous", EFill::previous},
+                                                 {"zoom", EFill::zoom}};
+const std::map<std::string, EWarp> WARP_NAMES = {{"euclidean", EWarp::euclidean},
+                                                 {"logarithmic", EWarp::logarithmic},
+                                                 {"thin-plate", EWarp::thinPlate},
+                                                 {"none", EWarp::none}};
+
+/// Numbers with commas between them; false unless there are exactly `count`.
+bool parseNumbers(const std::string& text, std::size_t count, double* values) {
+  const char* at = text.data();
+  const char* end = at + text.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0 && (at == end || *at++ != ',')) return false;
+    const auto [next, error] = std::from_chars(at, end, values[i]);
+    if (error != std::errc()) return false;
+    at = next;
+  }
+  return at == end;
+}
+
+void addPoint(SStabilizeOptions& options, const std::string& text) {
+  double values[2];
+  if (!parseNumbers(text, 2, values))
+    throw CLI::ValidationError("--point", "wants X,Y in pixels, not \"" + text + "\"");
+  options.points.push_back({values[0], values[1]});
+}
+
+void setMatting(SStabilizeOptions& options, const std::string& text) {
+  double values[4];
+  if (text == "auto") {
+    options.matting = EMatting::automatic;
+  } else if (text == "off") {
+    options.matting = EMatting::off;
+  } else if (parseNumbers(text, 4, values)) {
+    options.matting = EMatting::box;
+    options.mattingBox = {static_cast<int>(values[0]), static_cast<int>(values[1]),
+                          static_cast<int>(values[2]), static_cast<int>(values[3])};
+  } else {
+    throw CLI::ValidationError("--matting",
+                               "wants auto, off or LEFT,TOP,RIGHT,BOTTOM, not \"" + text + "\"");
+  }
+}
+
+void addShotOptions(CLI::App& app, SStabilizeOptions& options) {
+  app.add_option("-o,--output", options.output,
+                 "Where the steady shot goes: a sequence pattern (name.####.dpx), a folder, or a "
+                 "video (.mov, .mkv, .mp4)")
+      ->type_name("OUTPUT");
+  app.add_option("--in", options.in, "First frame, absolute [the clip's first]")
+      ->type_name("FRAME");
+  app.add_option("--out", options.out, "One past the last frame, absolute [the clip's end]")
+      ->type_name("FRAME");
+  app.add_option("--auto", options.autoPoints, "How many points to find [16]")->type_name("N");
+  app.add_option_function<std::vector<std::string>>(
+         "--point",
+         [&options](const std::vector<std::string>& texts) {
+           for (const std::string& text : texts) addPoint(options, text);
+         },
+         "A point to track in the IN frame, in pixels; may be repeated; replaces --auto")
+      ->type_name("X,Y")
+      ->allow_extra_args(false);
+  app.add_option("--track-box", options.trackBox,
+                 "Half width of the box that is compared [10; 20 above 2048 pixels]")
+      ->type_name("PX");
+  app.add_option("--search", options.search,
+                 "How far a point may move from frame to frame [20; 40 above 2048 pixels]")
+      ->type_name("PX");
+}
+
+void addMotionOptions(CLI::App& app, SStabilizeOptions& options) {
+  app.add_option("--stabilize", options.stabilize,
+                 "horizontal, vertical, both, or rotation (both axes and rotation) [both]")
+      ->transform(nameOf(STABILIZE_NAMES))
+      ->type_name("WHAT");
+  app.add_option("--motion", options.motion,
+                 "smooth the motion, remove it, or match every frame to a reference [remove]")
+      ->transform(nameOf(MOTION_NAMES))
+      ->type_name("HOW");
+  app.add_option("--reference", options.reference, "The frame to match [IN]")->type_name("FRAME");
+  app.add_option("--smoothing", options.smoothing, "Strength of smooth, 0 to 10 [6]")
+      ->type_name("N");
+  app.add_option("--jitter", options.jitter, "Unsteadiness to add, 0 to 10 [0]")->type_name("N");
+  app.add_option("--anchor", options.anchor,
+                 "Which end of the shot stays as it is: first, last, both, none [first]")
+      ->transform(nameOf(ANCHOR_NAMES))
+      ->type_name("END");
+  app.add_option("--fill", options.fill,
+                 "What uncovered picture shows: white, black, previous (frame), zoom [white]")
+      ->transform(nameOf(FILL_NAMES))
+      ->type_name("FILL");
+  app.add_option_function<std::string>(
+         "--matting", [&options](const std::string& text) { setMatting(options, text); },
+         "The picture inside a matted border: auto (the box kept with the clip, else found), off, "
+         "or LEFT,TOP,RIGHT,BOTTOM in pixels, inclusive [auto]")
+      ->type_name("BOX");
+  app.add_option("--warp", options.warp,
+                 "Warp function: euclidean, logarithmic, thin-plate, none [euclidean]")
+      ->transform(nameOf(WARP_NAMES))
+      ->type_name("NAME");
+}
+
+void addResultOptions(CLI::App& app, SCommandLine& commandLine) {
+  SStabilizeOptions& options = commandLine.stabilize;
+  app.add_option("--threads", options.threads, "Threads to work with [the machine's cores]")
+      ->check(CLI::Range(1, 64).description(""))
+      ->type_name("N");
+  app.add_option("--report", options.report, "Write everything that was measured as JSON")
+      ->type_name("FILE");
+  app.add_option("--graph", options.graph, "Draw the motion as SVG")->type_name("FILE");
+  app.add_option("--compare", options.compare, "Write a side-by-side video, before and after")
+      ->type_name("FILE");
+  app.add_flag("--verify", options.verify, "Track the output once more and say how steady it is");
+  app.add_option("--max-residual", options.maxResidual,
+                 "Fail (status 1) when the verified residual is larger")
+      ->type_name("PX");
+  app.add_flag("--overwrite", options.overwrite, "Replace output that exists");
+  app.add_option("--log", commandLine.logFile, "Write a log")->type_name("FILE");
+  app.add_flag_function(
+      "-v,--verbose",
+      [&commandLine](std::int64_t n) { commandLine.verbosity = static_cast<int>(n); },
+      "Say more; twice or three times for details");
+  app.add_flag_function(
+      "-q,--quiet", [&commandLine](std::int64_t) { commandLine.verbosity = -1; },
+      "Say nothing but errors");
+}
+
+void addTestShotCommand(CLI::App& app, SCommandLine& commandLine) {
+  CLI::App* command =
+      app.add_subcommand("test-shot", "Make a film scan with known motion, and its truth");
+  STestShotSettings& shot = commandLine.testShot;
+  command->add_option("-o,--output", commandLine.testShotOutput, "Sequence pattern or video")
+      ->type_name("OUTPUT")
+      ->required();
+  command->add_option("--truth", commandLine.testShotTruth, "Write the true motion as JSON")
+      ->type_name("FILE");
+  command->add_option("--frames", shot.frames, "Frames")
+      ->check(CLI::PositiveNumber.description(""));
+  command->add_option("--first", shot.firstFrame, "Number of the first frame")
+      ->check(CLI::NonNegativeNumber.description(""));
+  command->add_option("--width", shot.width, "Pixels")
+      ->check(CLI::Range(64, 16384).description(""));
+  command->add_option("--height", shot.height, "Pixels")
+      ->check(CLI::Range(64, 16384).description(""));
+  command->add_option("--seed", shot.seed, "Another seed, another shot");
+  command->add_option("--drift-x", shot.driftX, "Pixels over the shot");
+  command->add_option("--drift-y", shot.driftY, "Pixels over the shot");
+  command->add_option("--weave-x", shot.weaveX, "RMS pixels");
+  command->add_option("--weave-y", shot.weaveY, "RMS pixels");
+  command->add_option("--rotation", shot.rotation, "RMS degrees");
+  command->add_option("--grain", shot.grain, "RMS, of full range");
+  command->add_option("--flicker", shot.flicker, "RMS, of the exposure");
+  command->add_option("--dust", shot.dust, "Specks a frame");
+  command->add_option("--matte", shot.matte, "Width of a matted border, pixels");
+  command->add_flag("!--no-subject", shot.subject, "Nothing moves on its own");
+  command->add_flag("--overwrite", commandLine.testShotOverwrite, "Replace output that exists");
+  command->callback([&commandLine] { commandLine.command = SCommandLine::ECommand::testShot; });
+}
+
+}  // namespace
+
+bool ParseCommandLine(int argc, char** argv, SCommandLine& commandLine, int& status) {
+  CLI::App app{
+      "Stabilises film scans and video on tracked points, in 16 bits.\n"
+      "  stabilize INPUT -o OUTPUT [OPTIONS]",
+      "stabilize"};
+  app.add_option(
+      "INPUT", commandLine.stabilize.input,
+      "A video, a sequence (name.####.dpx, name.%04d.dpx), any file of one, or its folder");
+  bool version = false;
+  app.add_flag("--version", version, "Show versions and end");
+  addShotOptions(app, commandLine.stabilize);
+  addMotionOptions(app, commandLine.stabilize);
+  addResultOptions(app, commandLine);
+  CLI::App* info = app.add_subcommand("info", "Describe a clip");
+  info->add_option("INPUT", commandLine.stabilize.input, "The clip")->required();
+  info->callback([&commandLine] { commandLine.command = SCommandLine::ECommand::info; });
+  addTestShotCommand(app, commandLine);
+  try {
+    app.parse(argc, argv);
+    if (version) {
+      commandLine.command = SCommandLine::ECommand::version;
+    } else if (commandLine.command == SCommandLine::ECommand::none) {
+      commandLine.command = SCommandLine::ECommand::stabilize;
+      if (commandLine.stabilize.input.empty()) throw CLI::RequiredError("INPUT");
+      if (commandLine.stabilize.output.empty()) throw CLI::RequiredError("--output");
+    }
+  } catch (const CLI::ParseError& error) {
+    status = app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+    return false;
+  }
+  return true;
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <exception>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "ToolObj/ToolFrameBuffer.h"
+#include "clip/ClipReader.h"
+#include "support/Memory.h"
+
+struct SFrameStoreSettings {
+  int readAhead = 4;  ///< decoded frames that may wait, at least 2; bounds the store's memory
+  int threads = 1;    ///< reading threads; more than one only helps where the reader is parallel
+};
+
+/// Hands out a clip's frames in order and decodes ahead of whoever takes them. Memory is bounded by
+/// `readAhead` frames plus what the takers hold, whatever the length of the clip.
+///
+/// THREAD: any for every operation; one taker at a time. The reader must outlive the store, and the
+/// store must outlive the frames it handed out.
+class CFrameStore {
+ public:
+  CFrameStore(IClipReader& reader, const SFrameStoreSettings& settings);
+  ~CFrameStore();
+  CFrameStore(const CFrameStore&) = delete;
+  CFrameStore& operator=(const CFrameStore&) = delete;
+
+  const SClipInfo& info() const { return reader_.info(); }
+
+  /// Forgets what was read and reads [first, end) from now on.
+  void start(int first, int end);
+  /// Forgets what was read and ends reading; returns when no frame is being decoded any more.
+  void stop();
+
+  /// The frame, now the caller's, or null when it is not decoded yet. A frame that is not under way
+  /// (asked for again, or skipped to) restarts reading there. Throws CClipError when the frame
+  /// cannot be read.
+  CToolFrameBuffer* take(int frame);
+  /// Waits for the frame; null when `cancelled` became true (see wake).
+  CToolFrameBuffer* waitFor(int frame, const std::atomic<bool>& cancelled);
+  /// Lets waiting takers look at their cancel flag.
+  void wake();
+
+  /// Decodes one frame at once, beside whatever is being read ahead. Throws CClipError.
+  void readNow(int frame, std::uint16_t* samples);
+
+ private:
+  struct SSlot {
+    std::unique_ptr<CToolFrameBuffer> frame;  // null while being decoded
+    std::exception_ptr error;
+    bool ready = false;
+  };
+
+  void readerThread();
+  bool mayRead() const;  // REQUIRES: mutex_ held
+  std::unique_ptr<CToolFrameBuffer> decode(int frame);
+  void readLocked(int frame, std::uint16_t* samples);
+  CToolFrameBuffer* takeLocked(int frame);
+  void restartLocked(int first, int end);
+
+  IClipReader& reader_;
+  const SFrameStoreSettings settings_;
+  CBufferPool pool_;
+  std::mutex readerMutex_;  // for readers that take one call at a time; never held with mutex_
+
+  std::mutex mutex_;  // guards everything below
+  std::condition_variable changed_;
+  std::map<int, SSlot> slots_;
+  int generation_ = 0;  // a decode that began before a restart is thrown away
+  int nextToRead_ = 0;
+  int end_ = 0;
+  int decoding_ = 0;
+  bool quit_ = false;
+  std::vector<std::thread> threads_;
+};

@@ -1,0 +1,213 @@
+#include "session/ShotSession.h"
+
+#include <algorithm>
+
+#include "support/ErrorReport.h"
+
+namespace {
+
+/// The open clip as tools see it.
+class CSessionClip : public IClip {
+ public:
+  explicit CSessionClip(const SClipInfo& info) : info_(info) {}
+  std::string path() const override { return info_.path; }
+  int firstFrame() const override { return info_.firstFrame; }
+  int endFrame() const override { return info_.endFrame; }
+  CTimecode startTimecode() const override { return info_.startTimecode; }
+  CTimecode timecodeOfFrame(int frame) const override {
+    const CTimecode& start = info_.startTimecode;
+    return CTimecode(start.frameCount() + frame - info_.firstFrame, start.framesPerSecond(),
+                     start.isDropFrame());
+  }
+  int frameOfTimecode(const CTimecode& timecode) const override {
+    const int offset = timecode.frameCount() - info_.startTimecode.frameCount();
+    return offset < 0 ? -1 : info_.firstFrame + offset;
+  }
+
+ private:
+  const SClipInfo& info_;
+};
+
+}  // namespace
+
+CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings& settings)
+    : settings_(settings),
+      reader_(std::move(reader)),
+      clip_(std::make_unique<CSessionClip>(reader_->info())),
+      store_(*reader_, {settings.readAhead, settings.threads}),
+      setups_(store_, {settings.outputLimit, settings.threads}),
+      displayedFrame_(reader_->info().firstFrame),
+      trackingRegion_(reader_->info().format.getActivePictureRect()) {
+  // Frames are decoded ahead in order; a cache of frames that are over would only hold memory.
+  toolFrameCache_.setEnabled(false);
+}
+
+CShotSession::~CShotSession() {
+  trackingRun_.reset();
+  setups_.clear();
+}
+
+void CShotSession::setTool(CToolObject* tool) {
+  tool_ = tool;
+  setups_.setTool(tool);
+}
+
+void CShotSession::setWriter(IClipWriter* writer) {
+  writer_ = writer;
+  setups_.setWriter(writer);
+}
+
+void CShotSession::setMarks(int in, int out) {
+  markIn_ = in;
+  markOut_ = out;
+  tellMarksChanged();
+}
+
+void CShotSession::setMarkIn(int frame) {
+  markIn_ = frame;
+  tellMarksChanged();
+}
+
+void CShotSession::setMarkOut(int frame) {
+  markOut_ = frame;
+  tellMarksChanged();
+}
+
+void CShotSession::tellMarksChanged() {
+  // A tool that answers by putting a mark back is not told of its own change.
+  if (!tool_ || tellingMarks_) return;
+  tellingMarks_ = true;
+  tool_->onMarksChange();
+  tellingMarks_ = false;
+}
+
+void CShotSession::goToFrame(int frame) {
+  displayedFrame_ = std::clamp(frame, info().firstFrame, info().endFrame - 1);
+}
+
+bool CShotSession::copyDisplayedFrame(std::uint16_t* samples) {
+  try {
+    store_.readNow(displayedFrame_, samples);
+    return true;
+  } catch (const CClipError& error) {
+    theError.set(-1, error.what());
+    return false;
+  }
+}
+
+std::string CShotSession::getFolderText() {
+  return info().path;
+}
+
+int CShotSession::MakeSimpleToolSetup(const std::string&, int kind, const CToolIOConfig& config) {
+  return setups_.make(kind, config);
+}
+
+CBufferPool* CShotSession::getFrameAllocator(std::size_t bytesPerField, int, int, int) {
+  std::lock_guard<std::mutex> lock(poolMutex_);
+  std::unique_ptr<CBufferPool>& pool = pools_[bytesPerField];
+  // No limit of its own: what is in flight is bounded by the read-ahead and the write queue.
+  if (!pool) pool = std::make_unique<CBufferPool>(bytesPerField, 0);
+  return pool.get();
+}
+
+void CShotSession::pump() {
+  if (trackingRun_) pumpTracking();
+  setups_.pump();
+  if (tool_) tool_->onHeartbeat();
+}
+
+STrackSettings CShotSession::trackSettings() const {
+  STrackSettings track;
+  editor_->trackingArray()->GetBoxExtents(track.trackBoxExtentX, track.trackBoxExtentY,
+                                          track.searchLeft, track.searchRight, track.searchUp,
+                                          track.searchDown);
+  track.region = trackingRegion_;
+  track.threads = settings_.threads;
+  return track;
+}
+
+void CShotSession::StartTrackingRun() {
+  trackingRun_.reset();
+  tracking_ = {};
+  if (!tool_ || !editor_ || !editor_->trackingArray()) return;
+  if (!tool_->onTrackingStart()) {
+    tracking_.failure = "the tool has no points to track between the marks";
+    tool_->onTrackingEnd(1);
+    return;
+  }
+  std::map<int, SPoint2> points;
+  for (const auto& [index, point] : editor_->trackingArray()->FindPoints(markIn_).Entries())
+    if (point.IsValid()) points[index] = {point.x, point.y};
+  tracking_.ran = true;
+  trackingTimer_.Start();
+  if (monitor_) {
+    monitor_->SetStatusMessage("Tracking");
+    monitor_->SetFrameCount(markOut_ - markIn_, 1);
+    monitor_->StartProgress();
+  }
+  trackingRun_ = std::make_unique<CTrackingRun>(store_, trackSettings(), points, markIn_, markOut_);
+}
+
+void CShotSession::StopTrackingRun() {
+  if (trackingRun_) trackingRun_->cancel();
+}
+
+void CShotSession::pumpTracking() {
+  const bool finished = trackingRun_->isFinished();  // before taking: nothing comes after it
+  takeTrackingResults();
+  if (finished) finishTracking();
+}
+
+void CShotSession::takeTrackingResults() {
+  CTrackingArray& array = *editor_->trackingArray();
+  for (const CTrackingRun::SFrameResult& result : trackingRun_->takeResults()) {
+    STrackingOutcome::SFrame frame{result.frame, 0, 0};
+    CTrackingPoints& points = array.PointsAt(result.frame);
+    for (const auto& [index, point] : result.points) {
+      points.Point(index) = point.state == EPointState::lost
+                                ? CTrackPoint()
+                                : CTrackPoint(point.position.x, point.position.y);
+      if (point.state == EPointState::found) ++frame.found;
+      if (point.state == EPointState::bridged) ++frame.bridged;
+    }
+    tracking_.frames.push_back(frame);
+    if (monitor_) monitor_->BumpProgress(1);
+  }
+}
+
+void CShotSession::finishTracking() {
+  const std::unique_ptr<CTrackingRun> run = std::move(trackingRun_);
+  tracking_.failure = run->failure();
+  tracking_.points = run->summary();
+  tracking_.withoutTexture = run->withoutTexture();
+  tracking_.seconds = trackingTimer_.Read() * 0.001;
+  if (run->wasCancelled() && tracking_.failure.empty()) tracking_.failure = "tracking was stopped";
+  if (tracking_.failure.empty() && !keepUsablePoints()) {
+    tracking_.failure = "no tracking point could be followed through frames " +
+                        std::to_string(markIn_) + " to " + std::to_string(markOut_ - 1);
+    for (const auto& [index, point] : tracking_.points)
+      if (point.firstLossFrameOffset >= 0)
+        tracking_.failure += "; point " + std::to_string(index) + " was lost at frame " +
+                             std::to_string(markIn_ + point.firstLossFrameOffset) + " (" +
+                             ToText(point.firstLossReason) + ")";
+  }
+  const bool tracked = tracking_.failure.empty();
+  if (monitor_) monitor_->StopProgress(tracked);
+  if (tracked) editor_->setTracked();
+  tool_->onTrackingEnd(tracked ? 0 : 1);
+}
+
+/// The set must hold every point in every frame, numbered without gaps: points that could not be
+/// followed leave it as a whole. False when none is left.
+bool CShotSession::keepUsablePoints() {
+  CTrackingArray& array = *editor_->trackingArray();
+  std::vector<int> dropped = tracking_.withoutTexture;
+  for (const auto& [index, point] : tracking_.points)
+    if (!point.usable) dropped.push_back(index);
+  for (int index : dropped) array.DeletePoint(index);
+  int next = 0;
+  for (const auto& [index, point] : tracking_.points)
+    if (point.usable) tracking_.indexInSet[index] = next++;
+  return array.Compact() > 0;
+}

@@ -1,0 +1,87 @@
+#include "session/TrackingRun.h"
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+CTrackingRun::CTrackingRun(CFrameStore& store, const STrackSettings& settings,
+                           const std::map<int, SPoint2>& points, int in, int out)
+    : store_(store), settings_(settings), points_(points), in_(in), out_(out) {
+  thread_ = std::thread([this] { body(); });
+}
+
+CTrackingRun::~CTrackingRun() {
+  cancel();
+  thread_.join();
+}
+
+void CTrackingRun::cancel() {
+  cancelled_ = true;
+  store_.wake();
+}
+
+std::vector<CTrackingRun::SFrameResult> CTrackingRun::takeResults() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return std::exchange(results_, {});
+}
+
+void CTrackingRun::add(SFrameResult result) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  results_.push_back(std::move(result));
+}
+
+void CTrackingRun::body() {
+  try {
+    trackShot();
+  } catch (const std::exception& error) {
+    failure_ = error.what();
+  }
+  finished_ = true;
+}
+
+void CTrackingRun::trackShot() {
+  CShotTracker tracker(store_.info().format, settings_, points_);
+  store_.start(in_, out_);
+  trackFirstFrame(tracker);
+  for (int frame = in_ + 1; frame < out_ && !cancelled_; ++frame)
+    if (!trackFrame(tracker, frame)) break;
+  store_.stop();
+  summary_ = tracker.summary();
+}
+
+void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
+  const std::unique_ptr<CToolFrameBuffer> frame(store_.waitFor(in_, cancelled_));
+  if (!frame) return;
+  withoutTexture_ = tracker.begin(frame->samples());
+  SFrameResult result{in_, {}};
+  for (const auto& [index, position] : points_)
+    if (std::find(withoutTexture_.begin(), withoutTexture_.end(), index) == withoutTexture_.end())
+      result.points[index] =
+          STrackedPoint{position, EPointState::found, ELossReason::none, 1.0, 0.0};
+  if (result.points.empty())
+    throw std::runtime_error("frame " + std::to_string(in_) +
+                             ": none of the points lies on texture that can be tracked");
+  add(std::move(result));
+}
+
+bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
+  const std::unique_ptr<CToolFrameBuffer> buffer(store_.waitFor(frame, cancelled_));
+  if (!buffer) return false;
+  SFrameResult result{frame, tracker.follow(buffer->samples())};
+  const bool allLost =
+      std::all_of(result.points.begin(), result.points.end(),
+                  [](const auto& point) { return point.second.state == EPointState::lost; });
+  if (allLost) {
+    failure_ = "frame " + std::to_string(frame) + ": every tracking point was lost (";
+    std::string separator;
+    for (const auto& [index, point] : result.points) {
+      failure_ += separator + "point " + std::to_string(index) + ": " + ToText(point.reason);
+      separator = ", ";
+    }
+    failure_ += ")";
+    return false;
+  }
+  add(std::move(result));
+  return true;
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "clip/ClipInfo.h"
+#include "support/PDLElement.h"
+#include "support/Rect.h"
+#include "tracker/ShotTracker.h"
+
+/// A request that contradicts itself or the clip; the message names the option.
+class CUsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+enum class EStabilize { horizontal, vertical, both, rotation };
+enum class EMotion { smooth, remove, match };
+enum class EAnchor { first, last, both, none };
+enum class EFill { white, black, previous, zoom };
+enum class EWarp { euclidean, logarithmic, thinPlate, none };
+enum class EMatting { automatic, off, box };
+
+/// What a person asks for when a shot is to be stabilised. What is not set follows the tool's own
+/// defaults (see MakeEntry).
+struct SStabilizeOptions {
+  // What comes out.
+  std::string input;
+  std::string output;
+  std::optional<int> in;        ///< absolute frame; default: the clip's first
+  std::optional<int> out;       ///< one past the last frame; default: the clip's end
+  int autoPoints = 16;          ///< how many points to find when none are given
+  std::vector<SPoint2> points;  ///< pixels, in the IN frame
+  EStabilize stabilize = EStabilize::both;
+  EMotion motion = EMotion::remove;
+  std::optional<int> reference;   ///< absolute frame, for EMotion::match
+  std::optional<int> smoothing;   ///< 0 to 10
+  int jitter = 0;                 ///< 0 to 10
+  std::optional<EAnchor> anchor;  ///< default: first
+  EFill fill = EFill::white;
+  EMatting matting = EMatting::automatic;
+  SRect mattingBox;             ///< inclusive, for EMatting::box
+  std::optional<int> trackBox;  ///< half width, pixels
+  std::optional<int> search;    ///< reach, pixels
+  EWarp warp = EWarp::euclidean;
+  bool overwrite = false;
+
+  // What is said about it.
+  std::string report;   ///< JSON file; empty: none
+  std::string graph;    ///< SVG file
+  std::string compare;  ///< side-by-side clip
+  bool verify = false;
+  std::optional<double> maxResidual;  ///< pixels; implies verify
+
+  // How fast.
+  int threads = 0;  ///< 0: the machine's cores
+};
+
+/// Completes the options for a clip and refuses what does not fit together or to the clip: marks,
+/// reference frame, ranges of sizes, anchors, matting box, points outside the picture. Throws
+/// CUsageError.
+void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip);
+
+/// The process-list entry that the options stand for: the parameter record, and the boxes when a
+/// matting box is given. REQUIRES: completed options.
+CPDLEntry MakeEntry(const SStabilizeOptions& options);

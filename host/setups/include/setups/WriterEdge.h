@@ -1,0 +1,47 @@
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ToolObj/ToolNode.h"
+#include "clip/ClipWriter.h"
+
+/// Output edge of a processor: takes finished frames to a writer on threads of its own. Holds at
+/// most `limit` frames; the processor waits when it is full. THREAD: put and flush on the
+/// processor's thread, the rest on the user-interface thread.
+class CWriterEdge : public CToolEdge {
+ public:
+  explicit CWriterEdge(int limit);
+  ~CWriterEdge() override;
+
+  /// Where frames go from now on; null drops them. Not owned; must outlive `drain`. More than one
+  /// thread writes only where the writer is parallel. REQUIRES: nothing is queued.
+  void open(IClipWriter* writer, int threads);
+  /// Waits until every queued frame is written or dropped.
+  void drain();
+  int framesWritten() const;
+  /// Why a frame could not be written; empty while all is well. Later frames are dropped.
+  std::string failure() const;
+
+ protected:
+  void onFramePut() override;
+
+ private:
+  void writerThread();
+  void write(const CToolFrameBuffer& frame, IClipWriter* writer);
+  void endThreads();
+
+  mutable std::mutex mutex_;  // guards everything below
+  std::condition_variable changed_;
+  IClipWriter* writer_ = nullptr;
+  int queued_ = 0;
+  int writing_ = 0;
+  int written_ = 0;
+  std::string failure_;
+  bool quit_ = false;
+  std::vector<std::thread> threads_;
+};
