@@ -16,7 +16,7 @@ class CClipError : public std::runtime_error {
 /// Reads frames of a clip as 16-bit RGB. Complete frames only; no colour conversion beyond what the
 /// source's own encoding needs. An untouched pixel that is read and written back has the same code
 /// value in the file.
-/// THREAD: one at a time per reader. Owns its files.
+/// THREAD: one at a time per reader, unless isParallel(). Owns its files.
 class IClipReader {
  public:
   virtual ~IClipReader() = default;
@@ -25,6 +25,11 @@ class IClipReader {
   /// REQUIRES: firstFrame <= frame < endFrame. Throws CClipError naming file and frame; the reader
   /// stays usable. Sequential reading is fast everywhere; any order is correct everywhere.
   virtual void readFrame(int frame, std::uint16_t* samples) = 0;
+  /// True: readFrame may be called from several threads at once.
+  virtual bool isParallel() const { return false; }
+  /// The file that holds this frame alone and whose header a writer carries over; empty when
+  /// frames have no files of their own.
+  virtual std::string sourceFile(int /*frame*/) const { return {}; }
 };
 
 /// Opens a clip: a video file; a sequence given as "name.%04d.dpx", "name.####.dpx",

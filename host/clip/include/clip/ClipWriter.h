@@ -25,13 +25,18 @@ struct SWriteOptions {
   int threads = 1;  ///< for a video encoder
 };
 
-/// Throws CClipError when the output is the input or, without `overwrite`, when it exists. Does no
-/// other work and leaves nothing behind. [first, end): the frames that would be written.
+/// Throws CClipError when the output is the input (also through links and relative paths), when the
+/// path names no output that this source can be written to, when the folder to write in is missing
+/// (the folder of a sequence is made if the one above it is there), or, without `overwrite`, when
+/// the output exists (names the first file). Does no other work and leaves nothing behind.
+/// [first, end): the frames that would be written.
 void CheckOutput(const std::string& path, const SClipInfo& source, int first, int end,
                  bool overwrite);
 
 /// Writer for `path`: a sequence pattern as OpenClip takes it (or a folder: the source's own names
 /// and type), or a video file; "null:" writes nowhere. Depth, rate, timecode and other metadata
-/// follow `source`. Refuses what CheckOutput refuses.
+/// follow `source`; a sequence into the same type of file takes each frame's header from the source
+/// frame of the same number. Frames of an existing sequence are replaced one by one. Refuses what
+/// CheckOutput refuses. `source` must outlive the writer.
 std::unique_ptr<IClipWriter> CreateClip(const std::string& path, IClipReader& source, int first,
                                         int end, const SWriteOptions& options);

@@ -1,14 +1,21 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "clip/ClipInfo.h"
 #include "clip/ClipReader.h"
 
-/// A generated film scan with known motion. The same settings give the same samples on every
-/// machine.
+/// A generated film scan with known motion: demonstration material, and the measure of a
+/// stabilisation. The picture is a function of the plane (waves, soft discs, bars and spots, a
+/// texture of known spectrum) that is evaluated at the moved position of every pixel, so that
+/// motion is exact to any fraction of a pixel; nothing is resampled. Edges are as soft as a film
+/// scan's, about 0.7 pixels (sigma). Over the picture lie exposure flicker, dust that is on one
+/// frame only, and grain of every pixel and component. The same settings give the same samples on
+/// every machine, in any order of frames: random numbers are hashes of seed, frame and place, and
+/// only correctly rounded operations (+ - * / and square root) are used.
 struct STestShotSettings {
   int width = 2048;
   int height = 1556;
@@ -25,19 +32,25 @@ struct STestShotSettings {
   double dust = 12.0;      ///< specks a frame
   bool subject = true;     ///< something that moves on its own crosses the picture
   int matte = 0;           ///< width of a matted border, pixels; 0: none
+  int depth = 10;          ///< bits of a component that the scan has: 8, 10, 12, 16
 };
 
-/// Motion of frame i against the first: a scene point p of the first frame lies at
-/// R(angle) (p - centre) + centre + (x, y). Pixels and degrees.
+/// Motion of frame i against the first: what is at p in the first frame lies in frame i at
+/// R(angle) (p - centre) + centre + (x, y), with R(a) = [cos a, -sin a; sin a, cos a] on columns
+/// (x to the right, y down) and centre = ((width - 1) / 2, (height - 1) / 2). Pixels and degrees.
+/// A matted border does not move: the picture moves behind it. The subject moves on its own.
 struct STestShotMotion {
   double x = 0.0;
   double y = 0.0;
   double angle = 0.0;
 };
 
+class CTestScene;
+
 /// THREAD: const operations from any thread.
 class CTestShot {
  public:
+  /// Throws CClipError for settings out of range.
   explicit CTestShot(const STestShotSettings& settings);
   const STestShotSettings& settings() const { return settings_; }
   const SClipInfo& info() const { return info_; }
@@ -45,16 +58,21 @@ class CTestShot {
   const std::vector<STestShotMotion>& motion() const { return motion_; }
   /// Renders frame `frame` (absolute) as 16-bit RGB.
   void renderFrame(int frame, std::uint16_t* samples) const;
-  /// Settings and motion as JSON.
+  /// Exposure of frame i, a factor on the samples.
+  const std::vector<double>& exposure() const { return exposure_; }
+  /// Settings, motion and exposure as JSON.
   std::string truthAsJson() const;
 
  private:
   STestShotSettings settings_;
   SClipInfo info_;
   std::vector<STestShotMotion> motion_;
+  std::vector<double> exposure_;
+  std::shared_ptr<const CTestScene> scene_;
 };
 
-/// "test:key=value,..." with the settings' names as keys. Throws CClipError for an unknown key.
+/// "test:key=value,..." with the settings' names as keys ("test:" alone: the defaults). Throws
+/// CClipError for an unknown key or a value that is none.
 STestShotSettings ParseTestShot(const std::string& text);
 /// The shot as a clip.
 std::unique_ptr<IClipReader> MakeTestShotReader(const STestShotSettings& settings);

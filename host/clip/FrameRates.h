@@ -1,0 +1,11 @@
+#pragma once
+
+#include "clip/ClipInfo.h"
+
+/// The rate that a rounded decimal number means: whole rates, their 1000/1001 companions, else
+/// thousandths. REQUIRES: value > 0.
+SFrameRate FrameRateFromValue(double value);
+/// The timecode `frames` later, wrapping at 24 hours.
+CTimecode AdvanceTimecode(const CTimecode& start, int frames);
+/// Nominal whole rate for timecode counting.
+int TimecodeRate(const SFrameRate& rate);

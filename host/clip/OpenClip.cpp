@@ -1,0 +1,17 @@
+#include <filesystem>
+
+#include "SequencePattern.h"
+#include "SequenceReader.h"
+#include "VideoReader.h"
+#include "clip/ClipReader.h"
+#include "clip/TestShot.h"
+
+std::unique_ptr<IClipReader> OpenClip(const std::string& path, int threads) {
+  if (path.starts_with("test:") || path == "test") return MakeTestShotReader(ParseTestShot(path));
+  std::error_code error;
+  const bool isFile = std::filesystem::is_regular_file(path, error);
+  if (isFile && !IsImageExtension(ExtensionOf(path))) return OpenVideo(path, threads);
+  if (!isFile && HasFramePlaceholder(path) && !IsImageExtension(ExtensionOf(path)))
+    throw CClipError(path + ": image sequences are DPX, TIFF, PNG or EXR files");
+  return std::make_unique<CSequenceReader>(path, threads);
+}

@@ -1,0 +1,65 @@
+#include "SequenceReader.h"
+
+#include <algorithm>
+
+#include "CodeValues.h"
+
+namespace {
+
+std::string KindText(const SImageTraits& traits, bool isSingleFile) {
+  std::string name = traits.extension;
+  for (char& c : name) c = static_cast<char>(c - 32);
+  if (name == "TIF") name = "TIFF";
+  if (name == "EXR") name = "OpenEXR";
+  return name + (isSingleFile ? " image" : " sequence");
+}
+
+std::string FrameText(int frame) {
+  return "frame " + std::to_string(frame) + ": ";
+}
+
+CImageFormat FormatOf(const SImageTraits& traits) {
+  CImageFormat format(traits.width, traits.height);
+  format.setPixelPacking(traits.bitDepth == 8    ? CImageFormat::PACKING_8_BITS
+                         : traits.bitDepth == 10 ? CImageFormat::PACKING_10_BITS
+                                                 : CImageFormat::PACKING_16_BITS);
+  const std::uint16_t one = WidenHalf(0x3C00);
+  if (traits.isFloat) format.setBlackWhite({0, 0, 0}, {one, one, one});
+  return format;
+}
+
+}  // namespace
+
+CSequenceReader::CSequenceReader(const std::string& path, int threads)
+    : sequence_(FindSequence(path)), threads_(std::max(1, threads)) {
+  const std::vector<int>& frames = sequence_.frames;
+  const std::string lastFile = sequence_.pattern.filePath(frames.back());
+  traits_ = ReadImageTraits(sequence_.pattern.filePath(frames.front()));
+  const SImageTraits last = ReadImageTraits(lastFile);
+  if (!last.isSameKind(traits_))
+    throw CClipError(FrameText(frames.back()) + lastFile + ": is " + last.text() +
+                     ", the first frame is " + traits_.text());
+  info_.path = path;
+  info_.kind = KindText(traits_, sequence_.pattern.isSingleFile());
+  info_.format = FormatOf(traits_);
+  info_.bitDepth = traits_.bitDepth;
+  info_.floatSamples = traits_.isFloat;
+  info_.firstFrame = frames.front();
+  info_.endFrame = frames.back() + 1;
+  info_.frameRateKnown = traits_.frameRate.has_value();
+  info_.frameRate = traits_.frameRate.value_or(SFrameRate{});
+  info_.timecodeKnown = traits_.timecode.has_value();
+  info_.startTimecode = traits_.timecode.value_or(CTimecode(0, 24, false));
+  info_.fileExtension = sequence_.pattern.extension();
+  info_.metadata = traits_.metadata;
+}
+
+void CSequenceReader::readFrame(int frame, std::uint16_t* samples) {
+  if (frame < info_.firstFrame || frame >= info_.endFrame)
+    throw CClipError(FrameText(frame) + info_.path + ": outside the clip");
+  try {
+    ReadImage(sourceFile(frame), traits_, threads_, samples);
+  } catch (const CClipError& error) {
+    throw CClipError(FrameText(frame) + error.what());
+  }
+}
