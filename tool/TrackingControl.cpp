@@ -35,7 +35,7 @@ bool CStabilizerTool::onTrackingStart() {
 void CStabilizerTool::onTrackingEnd(int failed) {
   if (runState_ != RUN_TRACKING) return;
   runState_ = failed == 0 ? RUN_TRACKED : RUN_ERROR;
-  trackingDuration_ = static_cast<int>(trackingTimer_.Read() * 0.001);
+  trackingDuration_ = static_cast<int>(trackingMilliseconds() * 0.001);
   moveInAnswered_ = false;
   renderCompleted_ = false;
 }

@@ -165,6 +165,10 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   CBHook newClipHook;
   CBHook marksChangedHook;
 
+ protected:
+  /// Milliseconds since the tracking pass began. A test brings a clock of its own.
+  virtual double trackingMilliseconds() const { return trackingTimer_.Read(); }
+
  private:
   // The shot as smoothing thread and processor see it (ShotAccess.cpp).
   CTrackingArray& trackedArray() override { return pass_.points; }

@@ -1,0 +1,115 @@
+#include "ToolFixture.h"
+#include "support/BinManager.h"
+
+namespace {
+
+class MattingBox : public ToolTest {
+ protected:
+  void store(int left, int top, int right, int bottom) {
+    CBinManager bin;
+    CIniFile* desktop = bin.openDesktop(host.clip.clipPath);
+    ASSERT_NE(desktop, nullptr);
+    desktop->WriteInteger("BlueBoundingBox", "Left", left);
+    desktop->WriteInteger("BlueBoundingBox", "Top", top);
+    desktop->WriteInteger("BlueBoundingBox", "Right", right);
+    desktop->WriteInteger("BlueBoundingBox", "Bottom", bottom);
+    ASSERT_TRUE(bin.closeDesktop(desktop, true));
+  }
+
+  void reactivate() {
+    tool.toolDeactivate();
+    tool.toolActivate();
+  }
+};
+
+TEST_F(MattingBox, IsKeptPerClip) {
+  const std::string shot = host.clip.clipPath;
+  tool.setMattingBox({4, 5, 60, 40});
+  tool.onClipChange();
+  host.clip.clipPath = folder_ + "other.mov";
+  tool.onNewClip();
+  EXPECT_FALSE(tool.isMattingBoxValid());
+  tool.onClipChange();
+  host.clip.clipPath = shot;
+  tool.onNewClip();
+  EXPECT_TRUE(tool.isMattingBoxValid());
+  EXPECT_EQ(tool.getMattingBox(), (SRect{4, 5, 60, 40}));
+  EXPECT_EQ(tool.livePoints().MattingBox(), (SRect{4, 5, 60, 40}));
+}
+
+TEST_F(MattingBox, StoredBoxesMustHoldAPicture) {
+  struct {
+    SRect box;
+    bool valid;
+  } const cases[] = {
+      {{1, 2, 30, 20}, true},   {{0, 0, 1, 1}, true},     {{10, 2, 10, 20}, false},
+      {{1, 20, 30, 20}, false}, {{-1, 2, 30, 20}, false}, {{1, -1, 30, 20}, false},
+  };
+  for (const auto& c : cases) {
+    tool.toolDeactivate();
+    store(c.box.left, c.box.top, c.box.right, c.box.bottom);
+    tool.toolActivate();
+    EXPECT_EQ(tool.isMattingBoxValid(), c.valid) << c.box.left << ' ' << c.box.top;
+  }
+  reactivate();
+  CBinManager bin;
+  CIniFile* desktop = bin.openDesktop(host.clip.clipPath);
+  EXPECT_EQ(desktop->ReadInteger("BlueBoundingBox", "Right", -7), -7)
+      << "an invalid box is not kept";
+  bin.closeDesktop(desktop, false);
+}
+
+TEST_F(MattingBox, WithoutAClipIsInvalid) {
+  tool.setMattingBox({4, 5, 60, 40});
+  host.clipOpen = false;
+  tool.onNewClip();
+  EXPECT_FALSE(tool.isMattingBoxValid());
+}
+
+TEST_F(MattingBox, ShowingRepairsIt) {
+  struct {
+    const char* name;
+    bool set;
+    SRect box, expected;
+  } const cases[] = {
+      {"none", false, {}, {0, 0, 63, 47}},
+      {"empty", true, {9, 9, 9, 20}, {0, 0, 63, 47}},
+      {"upside down", true, {9, 20, 19, 9}, {0, 0, 63, 47}},
+      {"beyond the frame", true, {-3, -1, 80, 90}, {0, 0, 63, 47}},
+      {"inside", true, {3, 4, 50, 40}, {3, 4, 50, 40}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    tool.showMattingBox(false);
+    if (c.set) tool.setMattingBox(c.box);
+    tool.showMattingBox(true);
+    EXPECT_EQ(tool.getMattingBox(), c.expected);
+    EXPECT_TRUE(tool.isMattingBoxValid());
+  }
+}
+
+TEST_F(MattingBox, IsDrawnWhileShownAndValid) {
+  EXPECT_EQ(tool.drawOverlay(), CToolObject::CONSUMED);
+  EXPECT_EQ(host.calls.count("drawRectangle"), 0);
+  tool.setMattingBox({4, 5, 60, 40});
+  EXPECT_EQ(tool.drawOverlay(), CToolObject::CONSUMED);
+  EXPECT_TRUE(host.calls.contains("drawRectangle 4 4 5 60 40"));
+  tool.showMattingBox(false);
+  forgetCalls();
+  EXPECT_EQ(tool.drawOverlay(), CToolObject::CONSUMED);
+  EXPECT_EQ(host.calls.count("drawRectangle"), 0);
+}
+
+TEST_F(MattingBox, OfANewClipIsFoundOnItsFrame) {
+  const int width = host.imageFormat.getPixelsPerLine();
+  const int height = host.imageFormat.getLinesPerFrame();
+  host.displayedSamples.assign(static_cast<std::size_t>(width) * height * 3, 25 * 257);
+  for (int y = 6; y < 42; ++y) {
+    for (int i = 8 * 3; i < 56 * 3; ++i) host.displayedSamples[y * width * 3 + i] = 50000;
+  }
+  tool.onNewClip();
+  EXPECT_TRUE(tool.isMattingBoxValid());
+  EXPECT_EQ(tool.getMattingBox(), (SRect{8, 6, 55, 41}));
+}
+
+}  // namespace

@@ -1,0 +1,156 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "doubles/RecordingHost.h"
+#include "support/ErrorReport.h"
+#include "support/Trace.h"
+#include "tool/ParameterWindow.h"
+#include "tool/StabilizerTool.h"
+#include "toolkit/Application.h"
+
+/// An application whose operator answers as the test says.
+class CScriptedApplication : public TApplication {
+ public:
+  EConfirmation answer = EConfirmation::proceed;
+  std::vector<std::string> questions;
+  int beeps = 0;
+
+  void beep() override { ++beeps; }
+  EConfirmation confirm(const std::string& question) override {
+    questions.push_back(question);
+    return answer;
+  }
+};
+
+/// A window that holds settings and records what it is told to show.
+class CRecordingWindow : public CParameterWindow {
+ public:
+  explicit CRecordingWindow(CStabilizerTool& tool) : CParameterWindow(tool) {}
+  CCallLog calls;
+
+  void updateExecutionButtons(int state, bool renderFlag) override {
+    calls.add(CCallLog::text("buttons", state, renderFlag));
+  }
+  void updateStatusLine() override { calls.add("statusLine"); }
+  void updatePointButtons() override { calls.add("pointButtons"); }
+  void updateGraphs() override { calls.add("graphs"); }
+};
+
+/// A tool whose tracking passes take as long as the test says.
+class CTimedTool : public CStabilizerTool {
+ public:
+  using CStabilizerTool::CStabilizerTool;
+  double milliseconds = 0.0;
+
+ protected:
+  double trackingMilliseconds() const override { return milliseconds; }
+};
+
+/// A tool that is shown and active on an open clip with marks [100, 110), its points untracked.
+class ToolTest : public testing::Test {
+ protected:
+  static constexpr int IN = 100;
+  static constexpr int OUT = 110;
+  using ETool = CToolObject;
+
+  void SetUp() override {
+    folder_ = testing::TempDir() + "stab_tool_" +
+              testing::UnitTest::GetInstance()->current_test_info()->name() + "/";
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directories(folder_);
+    host.clip.clipPath = folder_ + "shot.%04d.dpx";
+    host.markIn = IN;
+    host.markOut = OUT;
+    host.displayedFrame = IN;
+    SetApplication(&application);
+    SetErrorSink([this](const std::string& operation, int code, const std::string& text) {
+      errors.push_back(operation + " " + std::to_string(code) + " " + text);
+    });
+    SetTraceSink([this](const std::string& line) { trace.push_back(line); });
+    ASSERT_EQ(tool.toolInitialize(&host), 0);
+    tool.toolShow();
+    tool.toolActivate();
+    tool.editor().updateMarks();
+    forgetCalls();
+  }
+
+  void TearDown() override {
+    BThreadWaitForAll();
+    SetErrorSink({});
+    SetTraceSink({});
+    ZRNQTraceLevel = savedTraceLevel_;
+    SetApplication(nullptr);
+    std::filesystem::remove_all(folder_);
+  }
+
+  void forgetCalls() {
+    host.calls.clear();
+    if (window) window->calls.clear();
+    errors.clear();
+    trace.clear();
+  }
+
+  void placePoints(int count = 2) {
+    CTrackingArray& points = tool.livePoints();
+    points.Clear();
+    for (int p = 0; p < count; ++p) {
+      points.PointsAt(IN).Point(p) = CTrackPoint(10.0 + 20 * p, 12.0 + 5 * p);
+      points.attributes[p] = CTrackAttribute();
+    }
+  }
+
+  /// What the host's tracking pass leaves behind.
+  void trackPoints() {
+    CTrackingArray& points = tool.livePoints();
+    const CTrackingPoints first = points.FindPoints(points.FirstFrame());
+    for (int frame = host.markIn; frame < host.markOut; ++frame) {
+      for (const auto& [p, point] : first.Entries()) {
+        const double shake = (frame % 3) * 0.5;
+        points.PointsAt(frame).Point(p) = CTrackPoint(point.x + shake, point.y - shake);
+      }
+    }
+    tool.editor().setTracked();
+  }
+
+  void makeTracked() {
+    placePoints();
+    trackPoints();
+  }
+  void makeSmoothed() {
+    makeTracked();
+    shot.setSmoothedFlag(true);
+  }
+
+  /// The heartbeat after the smoothing thread has done its work.
+  void heartbeat() {
+    BThreadWaitForAll();
+    tool.onHeartbeat();
+  }
+  int report(int status, int errorCode = 0) {
+    CAutotoolStatus record;
+    record.status = status;
+    record.errorCode = errorCode;
+    return tool.onToolProcessingStatus(&record);
+  }
+
+  CRecordingHost host;
+  CScriptedApplication application;
+  std::vector<std::string> errors;  ///< "operation code text"
+  std::vector<std::string> trace;
+  CRecordingWindow* window = nullptr;
+  CTimedTool tool{"Stabilize", [this](CStabilizerTool& owner) {
+                    auto made = std::make_unique<CRecordingWindow>(owner);
+                    window = made.get();
+                    return made;
+                  }};
+  IStabilizerShot& shot = tool;  ///< as the smoothing thread and the processor see it
+  std::string folder_;
+
+ private:
+  int savedTraceLevel_ = ZRNQTraceLevel;
+};
