@@ -117,8 +117,8 @@ STAB_INLINE void blendVarying(const std::uint16_t* __restrict row,
   }
 }
 
-/// Fetches what the next output row will need below this run: the processor's own look-ahead stops at
-/// the end of a page and at every change of row.
+/// Fetches what the next output row will need below this run: the processor's own look-ahead stops
+/// at the end of a page and at every change of row.
 STAB_INLINE void prefetchBelow(const SResampleJob& job, const std::uint16_t* below,
                                std::ptrdiff_t stride, int components) {
   const std::uint16_t* end = job.source + SampleOffset(job, 0, job.area.bottom + 1);
