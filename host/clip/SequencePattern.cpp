@@ -261,8 +261,9 @@ std::string RangesAsText(const std::vector<int>& numbers) {
   for (std::size_t i = 0; i < numbers.size();) {
     std::size_t last = i;
     while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) ++last;
-    text += (text.empty() ? "" : ", ") + std::to_string(numbers[i]);
-    if (last > i) text += "-" + std::to_string(numbers[last]);
+    if (!text.empty()) text += ", ";
+    text += std::to_string(numbers[i]);
+    if (last > i) text.append("-").append(std::to_string(numbers[last]));
     i = last + 1;
   }
   return text;
