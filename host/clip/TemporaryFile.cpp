@@ -12,10 +12,10 @@ namespace fs = std::filesystem;
 CTemporaryFile::CTemporaryFile(const std::string& finalPath) : finalPath_(finalPath) {
   static std::atomic<unsigned> serial{0};
   const fs::path target(finalPath);
-  path_ =
-      (target.parent_path() / ("." + target.stem().string() + ".tmp-" + std::to_string(getpid()) +
-                               "-" + std::to_string(serial++) + target.extension().string()))
-          .string();
+  std::string name(".");
+  name.append(target.stem().string()).append(".tmp-").append(std::to_string(getpid()));
+  name.append("-").append(std::to_string(serial++)).append(target.extension().string());
+  path_ = (target.parent_path() / name).string();
 }
 
 CTemporaryFile::~CTemporaryFile() {
