@@ -33,9 +33,24 @@ class CDescriptor {
   int descriptor_;
 };
 
-bool failed(const std::string& path, int cause) {
-  theError.set(-cause, "Can't write file " + path + ": " + std::system_category().message(cause));
+bool failed(const char* what, const std::string& path, int cause) {
+  theError.set(-cause, std::string("Can't ") + what + " file " + path + ": " +
+                           std::system_category().message(cause));
   return false;
+}
+
+bool readAll(int descriptor, std::string& text, std::size_t limit) {
+  char block[65536];
+  for (;;) {
+    const ssize_t count = ::read(descriptor, block, sizeof block);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return count == 0;
+    if (text.size() + static_cast<std::size_t>(count) > limit) {
+      errno = EFBIG;
+      return false;
+    }
+    text.append(block, static_cast<std::size_t>(count));
+  }
 }
 
 bool writeAll(int descriptor, std::string_view text) {
@@ -116,12 +131,24 @@ std::string StateFolder() {
   return baseFolder("XDG_STATE_HOME", "/.local/state");
 }
 
+bool ReadFileWhole(const std::string& path, std::string& text, std::size_t limit) {
+  // Non-blocking: opening a pipe that nobody writes to must not hang.
+  const CDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return failed("read", path, errno);
+  if (!S_ISREG(status.st_mode)) return failed("read", path, EINVAL);
+  std::string whole;
+  if (!readAll(file.get(), whole, limit)) return failed("read", path, errno);
+  text.swap(whole);
+  return true;
+}
+
 bool WriteFileWhole(const std::string& path, std::string_view text) {
   const std::string target = linkTarget(path);
   const std::string folder = GetFilePath(target);
   std::string temporary;
   CDescriptor file(openTemporary(folder, temporary));
-  if (!file.isOpen()) return failed(path, errno);
+  if (!file.isOpen()) return failed("write", path, errno);
 
   struct stat old {};
   if (::stat(target.c_str(), &old) == 0) (void)::fchmod(file.get(), old.st_mode & 07777);
@@ -130,7 +157,7 @@ bool WriteFileWhole(const std::string& path, std::string_view text) {
   if (!whole) {
     const int cause = errno;
     (void)::unlink(temporary.c_str());
-    return failed(path, cause);
+    return failed("write", path, cause);
   }
   syncFolder(folder);
   return true;

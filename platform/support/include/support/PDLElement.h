@@ -8,7 +8,8 @@
 
 /// One element of a process-list entry: a name, attributes, child elements. A light handle; the
 /// CPDLEntry owns the tree and must outlive it. Reads give `fallback` when the attribute is missing
-/// or does not parse.
+/// or does not parse. A null element reads as one without attributes and children, and writes to it
+/// are lost. Names are XML names. THREAD: one at a time for a whole tree.
 class CPDLElement {
  public:
   CPDLElement() = default;
@@ -17,10 +18,11 @@ class CPDLElement {
   std::string GetName() const;
   CPDLElement MakeNewChild(const std::string& name);
   int GetChildCount() const;
-  /// Null element for an index out of range.
+  /// Null element for an index out of range. Visiting the children in order takes time linear in
+  /// their number.
   CPDLElement GetChild(int index) const;
 
-  /// A fractional text reads as its integer part.
+  /// A fractional text reads as its integer part; one that is no int does not parse.
   int GetAttribInteger(const std::string& name, int fallback) const;
   double GetAttribDouble(const std::string& name, double fallback) const;
   bool GetAttribBool(const std::string& name, bool fallback) const;
@@ -38,7 +40,16 @@ class CPDLElement {
  private:
   friend class CPDLEntry;
   explicit CPDLElement(void* node) : node_(node) {}
+
+  /// A child and its index. Children are only ever appended, so a place stays right.
+  struct SPlace {
+    int index = -1;
+    void* node = nullptr;
+  };
+
   void* node_ = nullptr;
+  mutable SPlace counted_;  // the last child that was counted
+  mutable SPlace reached_;  // the last child that was asked for
 };
 
 /// A process-list entry: one tree of elements. Its first element holds the settings of one tool,
@@ -53,7 +64,8 @@ class CPDLEntry {
 
   CPDLElement FirstElement() const;
 
-  /// XML text; `FromText` gives null and sets `theError` for a text that is not one element tree.
+  /// XML text; `FromText` gives null and sets `theError` for a text that is not one element tree,
+  /// is larger than 256 megabytes or nests more than 100 elements.
   std::string ToText() const;
   static std::unique_ptr<CPDLEntry> FromText(const std::string& text);
 
