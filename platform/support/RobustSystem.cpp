@@ -2,12 +2,39 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace {
 
 // A pivot that shrinks below this part of its diagonal element is rounding, not information.
 constexpr double RANK_TOLERANCE = 1e-12;
+
+// Four sums side by side: one would wait for each addition to finish. The order is fixed.
+double weightedProduct(const double* left, const double* weights, const double* right,
+                       std::size_t count) {
+  double sums[4] = {};
+  std::size_t i = 0;
+  for (; i + 4 <= count; i += 4)
+    for (std::size_t l = 0; l < 4; ++l) sums[l] += left[i + l] * weights[i + l] * right[i + l];
+  for (; i < count; ++i) sums[0] += left[i] * weights[i] * right[i];
+  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+}
+
+// True when smaller sets, subsets of `whole`, hold all of its rows.
+bool isMadeUpOfOthers(const std::vector<std::size_t>& whole,
+                      const std::vector<std::vector<std::size_t>>& sets) {
+  std::vector<std::size_t> held;
+  for (const auto& part : sets) {
+    if (part.size() >= whole.size() ||
+        !std::includes(whole.begin(), whole.end(), part.begin(), part.end()))
+      continue;
+    std::vector<std::size_t> joined;
+    std::set_union(held.begin(), held.end(), part.begin(), part.end(), std::back_inserter(joined));
+    held = std::move(joined);
+  }
+  return held.size() == whole.size();
+}
 
 }  // namespace
 
@@ -37,6 +64,10 @@ void CRobustSystem::findSets() {
     if (std::find(sets_.begin(), sets_.end(), touched) == sets_.end())
       sets_.push_back(std::move(touched));
   }
+  const auto all = sets_;
+  const auto end = std::stable_partition(
+      sets_.begin(), sets_.end(), [&all](const auto& set) { return !isMadeUpOfOthers(set, all); });
+  basicSets_ = static_cast<std::size_t>(end - sets_.begin());
 }
 
 void CRobustSystem::residuals(std::span<const double> z, std::span<double> residuals) const {
@@ -73,18 +104,12 @@ void CRobustSystem::weightedStep(std::span<const double> weights, std::span<cons
                                  std::span<double> z, std::span<double> step) const {
   const std::size_t n = columnCount();
   std::vector<double> normal(n * n, 0.0);
-  std::fill(step.begin(), step.end(), 0.0);
   for (std::size_t i = 0; i < n; ++i) {
     const double* left = a_.data() + i * rowCount();
-    for (std::size_t row = 0; row < rowCount(); ++row)
-      step[i] += left[row] * weights[row] * residuals[row];
-    for (std::size_t j = 0; j <= i; ++j) {
-      const double* right = a_.data() + j * rowCount();
-      double sum = 0.0;
-      for (std::size_t row = 0; row < rowCount(); ++row)
-        sum += left[row] * weights[row] * right[row];
-      normal[i * n + j] = sum;
-    }
+    step[i] = weightedProduct(left, weights.data(), residuals.data(), rowCount());
+    for (std::size_t j = 0; j <= i; ++j)
+      normal[i * n + j] =
+          weightedProduct(left, weights.data(), a_.data() + j * rowCount(), rowCount());
   }
   const std::vector<bool> kept = factorise(normal);
   for (std::size_t i = 0; i < n; ++i) {

@@ -28,6 +28,9 @@ class CRobustSystem {
 
   std::size_t setCount() const { return sets_.size(); }
   std::span<const std::size_t> set(std::size_t s) const { return sets_[s]; }
+  /// The first of the sets, up to this number, are not made up of smaller ones: where a share of
+  /// the rows of each of these fits, the same share of the rows of every other set does.
+  std::size_t basicSetCount() const { return basicSets_; }
 
   /// residuals = b - A z.
   void residuals(std::span<const double> z, std::span<double> residuals) const;
@@ -48,5 +51,6 @@ class CRobustSystem {
   std::vector<double> scales_;
   std::vector<double> a_;  // column-major
   std::vector<double> b_;
-  std::vector<std::vector<std::size_t>> sets_;
+  std::vector<std::vector<std::size_t>> sets_;  // rows in rising order
+  std::size_t basicSets_ = 0;
 };

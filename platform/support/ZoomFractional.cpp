@@ -36,13 +36,17 @@ struct SAxis {
       const double centre = from + (i + 0.5) * scale - 0.5;
       const int start = static_cast<int>(std::floor(centre - 2.0 * width)) + 1;
       double sum = 0.0;
+      int last = start;
       for (int t = 0; t < taps; ++t) {
-        exact[t] = cubic((start + t - centre) / width);
+        const double distance = (start + t - centre) / width;
+        if (distance < 2.0) last = start + t;
+        exact[t] = cubic(distance);
         sum += exact[t];
       }
       for (int t = 0; t < taps; ++t) {
         const std::size_t at = static_cast<std::size_t>(i) * taps + t;
-        samples[at] = std::clamp(start + t, lower, upper);
+        // A tap beyond the filter's end must not widen the range that the result is limited to.
+        samples[at] = std::clamp(std::min(start + t, last), lower, upper);
         weights[at] = static_cast<float>(exact[t] / sum);
       }
     }
