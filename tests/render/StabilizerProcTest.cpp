@@ -1,0 +1,384 @@
+#include "render/StabilizerProc.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "doubles/RecordingHost.h"
+#include "doubles/RecordingProgressMonitor.h"
+#include "doubles/ShotDouble.h"
+#include "render/StabilizerToolParameters.h"
+#include "support/ErrorReport.h"
+#include "support/Numerics.h"
+#include "support/ZoomFractional.h"
+
+namespace {
+
+using Samples = std::vector<std::uint16_t>;
+
+constexpr int FIRST = 100;
+constexpr int MISSING = -1;
+constexpr int WHITE = 65535;
+constexpr int BLACK = 64;
+
+int sourceSample(int frame, int x, int y, int component) {
+  return (frame * 911 + x * 37 + y * 401 + component * 13) % 60000 + 100;
+}
+
+Samples sourceFrame(const CImageFormat& format, int frame) {
+  Samples samples;
+  for (int y = 0; y < format.getLinesPerFrame(); ++y) {
+    for (int i = 0; i < format.getPixelsPerLine() * 3; ++i) {
+      samples.push_back(static_cast<std::uint16_t>(sourceSample(frame, i / 3, y, i % 3)));
+    }
+  }
+  return samples;
+}
+
+/// Makes source frames on demand, up to and without `end`.
+class CSourceEdge : public CToolEdge {
+ public:
+  CBufferPool* pool = nullptr;
+  int end = INT_MAX;
+
+ protected:
+  CToolFrameBuffer* requestFrame(int frame) override {
+    if (frame < 0 || frame >= end) return nullptr;
+    auto buffer = std::make_unique<CToolFrameBuffer>(imageFormat(), pool);
+    buffer->setFrameIndex(frame);
+    EXPECT_TRUE(buffer->ensureSamples());
+    const Samples samples = sourceFrame(*imageFormat(), frame);
+    std::copy(samples.begin(), samples.end(), buffer->samples());
+    return buffer.release();
+  }
+};
+
+struct SOutput {
+  Samples samples;
+  bool renderFlag = false;
+  std::size_t regions = 0;
+};
+
+/// A host's part in one pass. Settings first, then run(); the results stay to be looked at.
+class CPass {
+ public:
+  CImageFormat format;
+  CStabilizerParameters parameters;
+  CShotDouble shot;
+  int frames = 10;
+  int threads = 2;
+  int framesAvailable = INT_MAX;
+  CRecordingProgressMonitor monitor;
+
+  std::map<int, SOutput> outputs;
+  std::vector<int> statuses;
+  int errorCode = 0;
+
+  explicit CPass(int width = 40, int lines = 30) : format(width, lines) {
+    format.setBlackWhite({BLACK, BLACK, BLACK}, {WHITE, WHITE, WHITE});
+    parameters.UseMatting = false;
+  }
+
+  /// The measured motion: original triangle = smoothed triangle turned by i * angle and moved.
+  void setMotion(double dx, double dy, double angle = 0.0) {
+    for (int i = 0; i < frames; ++i) {
+      const double s = std::sin(angle * i);
+      const double c = std::cos(angle * i);
+      const double corners[3][2] = {{3, 4}, {30, 4}, {3, 25}};
+      for (int k = 0; k < 3; ++k) {
+        const double x = corners[k][0];
+        const double y = corners[k][1];
+        shot.syntheticSmoothed.PointsAt(FIRST + i).Point(k) = CTrackPoint(x, y);
+        shot.syntheticOriginal.PointsAt(FIRST + i).Point(k) =
+            CTrackPoint(c * x - s * y + dx, s * x + c * y + dy);
+      }
+    }
+  }
+
+  void run() {
+    CRecordingHost host;
+    CAbortFlag abort{0};
+    CSourceEdge source;
+    CToolEdge results;
+    source.setImageFormat(format);
+    source.pool = &host.framePool(format.getBytesPerField());
+    source.end = framesAvailable == INT_MAX ? INT_MAX : FIRST + framesAvailable;
+    CStabilizerProc processor(20, "Stabilize", &host, &abort, &monitor);
+    processor.node().connectInput(0, &source);
+    processor.node().connectOutput(0, &results);
+    processor.SetIOConfig(CToolIOConfig(1, 1, threads));
+    CToolFrameRange range(1, 1);
+    range.inputs[0] = {false, FIRST, FIRST + frames};
+    processor.SetFrameRange(range);
+    EXPECT_EQ(processor.ConfigurePorts(), 0);
+
+    auto settings = std::make_unique<CStabilizerToolParameters>(0, shot, parameters);
+    processor.commandQueue().Add({CAutotoolCommand::NEW_PARAMETERS, settings.release()});
+    processor.commandQueue().Add({CAutotoolCommand::RUN, nullptr});
+    waitFor(processor, CAutotoolStatus::STOPPED, results);
+    processor.commandQueue().Add({CAutotoolCommand::EXIT, nullptr});
+    waitFor(processor, CAutotoolStatus::THREAD_ENDED, results);
+  }
+
+  int sample(int frame, int x, int y, int component = 0) const {
+    const Samples& samples = outputs.at(FIRST + frame).samples;
+    return samples[static_cast<std::size_t>((y * format.getPixelsPerLine() + x) * 3 + component)];
+  }
+
+ private:
+  void collect(CToolEdge& results) {
+    while (const auto frame = std::unique_ptr<CToolFrameBuffer>(results.queue().takeOldest())) {
+      if (frame->isEndOfMaterial()) continue;
+      const std::size_t count = format.getBytesPerField() / sizeof(std::uint16_t);
+      outputs[frame->frameIndex()] = {Samples(frame->samples(), frame->samples() + count),
+                                      frame->renderFlag(),
+                                      frame->changedRegions().Regions().size()};
+    }
+  }
+
+  // Takes statuses until the given one; a pass that runs dry is stopped as a user would stop it.
+  void waitFor(CStabilizerProc& processor, int status, CToolEdge& results) {
+    bool stopSent = false;
+    for (CAutotoolStatus got; got.status != status;) {
+      collect(results);
+      if (static_cast<int>(outputs.size()) >= framesAvailable - 1 && !stopSent) {
+        processor.commandQueue().Add({CAutotoolCommand::STOP, nullptr});
+        stopSent = true;
+      }
+      if (processor.statusQueue().Take(got) != 0) {
+        QTXmillisleep(1);
+        continue;
+      }
+      statuses.push_back(got.status);
+      if (got.status == CAutotoolStatus::ERROR_STATUS) errorCode = got.errorCode;
+    }
+    collect(results);
+  }
+};
+
+/// Compares a whole output frame with an expectation per pixel; `expected` gives component 0 and
+/// MISSING where the fill is to be seen.
+void expectFrame(const CPass& pass, int frame, const std::function<int(int x, int y)>& expected,
+                 int fill) {
+  for (int y = 0; y < pass.format.getLinesPerFrame(); ++y) {
+    for (int x = 0; x < pass.format.getPixelsPerLine(); ++x) {
+      const int value = expected(x, y);
+      ASSERT_EQ(pass.sample(frame, x, y), value == MISSING ? fill : value)
+          << "frame " << frame << " x " << x << " y " << y;
+    }
+  }
+}
+
+bool isSource(const CPass& pass, int frame) {
+  return pass.outputs.at(FIRST + frame).samples == sourceFrame(pass.format, FIRST + frame);
+}
+
+TEST(StabilizerProcTest, AnchorsKeepTheirPictureAndTheOthersAreMoved) {
+  CPass pass;
+  pass.parameters.GoodFramesIn = 2;
+  pass.parameters.GoodFramesOut = 1;
+  pass.setMotion(5, -3);
+  pass.run();
+
+  ASSERT_EQ(pass.outputs.size(), 10U);
+  for (const int frame : {0, 1, 9}) EXPECT_TRUE(isSource(pass, frame)) << frame;
+  for (int frame = 2; frame < 9; ++frame) {
+    expectFrame(
+        pass, frame,
+        [frame](int x, int y) {
+          return x + 5 > 39 || y - 3 < 0 ? MISSING : sourceSample(FIRST + frame, x + 5, y - 3, 0);
+        },
+        WHITE);
+  }
+  for (int frame = 0; frame < 10; ++frame) {
+    EXPECT_EQ(pass.outputs[FIRST + frame].renderFlag, frame >= 2) << frame;
+    EXPECT_EQ(pass.outputs[FIRST + frame].regions, frame >= 2 ? 1U : 0U) << frame;
+  }
+  using Status = CAutotoolStatus;
+  EXPECT_EQ(pass.statuses,
+            (std::vector<int>{Status::THREAD_STARTED, Status::RUNNING, Status::END_OF_MATERIAL,
+                              Status::STOPPED, Status::THREAD_ENDED}));
+  EXPECT_TRUE(pass.shot.rendered);
+  EXPECT_EQ(pass.shot.runState(), RUN_RENDERING);
+  std::vector<std::string> progress{"SetFrameCount 10 1", "SetStatusMessage Stabilizing",
+                                    "StartProgress"};
+  progress.insert(progress.end(), 10, "BumpProgress 1");
+  progress.insert(progress.end(), {"SetStatusMessage Stabilization complete", "StopProgress 1"});
+  EXPECT_EQ(pass.monitor.calls.texts(), progress);
+}
+
+TEST(StabilizerProcTest, FillsOfOneColour) {
+  for (const auto& [fill, color] :
+       {std::pair{MISSING_DATA_White, WHITE}, {MISSING_DATA_Black, BLACK}}) {
+    CPass pass;
+    pass.parameters.MissingDataFill = fill;
+    pass.parameters.GoodFramesIn = pass.parameters.GoodFramesOut = 0;
+    pass.setMotion(-10, 0);
+    pass.run();
+    expectFrame(
+        pass, 4,
+        [](int x, int y) { return x < 10 ? MISSING : sourceSample(FIRST + 4, x - 10, y, 0); },
+        color);
+  }
+}
+
+TEST(StabilizerProcTest, PreviousFrameShowsWhatWasRenderedLast) {
+  for (const int anchors : {0, 3}) {
+    CPass pass;
+    pass.parameters.MissingDataFill = MISSING_DATA_Previous_Frame;
+    pass.parameters.GoodFramesIn = anchors;
+    pass.setMotion(-10, 0);
+    pass.run();
+    // The uncovered columns come from the seed and stay: every later frame misses them too.
+    const int seed = anchors == 0 ? 0 : anchors - 1;
+    for (const int frame : {anchors, anchors + 1, 8}) {
+      expectFrame(
+          pass, frame,
+          [=](int x, int y) {
+            return x < 10 ? sourceSample(FIRST + seed, x, y, 0)
+                          : sourceSample(FIRST + frame, x - 10, y, 0);
+          },
+          0);
+    }
+  }
+}
+
+TEST(StabilizerProcTest, TheMatStaysOrIsPaintedBlackAndNeverMovesIn) {
+  for (const bool keep : {true, false}) {
+    CPass pass;
+    pass.parameters.UseMatting = true;
+    pass.parameters.KeepOriginalMatValues = keep;
+    pass.shot.box = {4, 3, 30, 20};
+    pass.setMotion(2, 1);
+    pass.run();
+    expectFrame(
+        pass, 5,
+        [keep](int x, int y) {
+          const bool inside = x >= 4 && x <= 30 && y >= 3 && y <= 20;
+          if (!inside) return keep ? sourceSample(FIRST + 5, x, y, 0) : BLACK;
+          return x + 2 > 30 || y + 1 > 20 ? MISSING : sourceSample(FIRST + 5, x + 2, y + 1, 0);
+        },
+        WHITE);
+  }
+}
+
+TEST(StabilizerProcTest, ABoxBeyondTheFrameIsCutAndOneOutsideItIsRefused) {
+  CPass cut;
+  cut.parameters.UseMatting = true;
+  cut.shot.box = {-20, 5, 4000, 900};
+  cut.setMotion(0, 2);
+  cut.run();
+  expectFrame(
+      cut, 3,
+      [](int x, int y) {
+        if (y < 5) return sourceSample(FIRST + 3, x, y, 0);
+        return y + 2 > 29 ? MISSING : sourceSample(FIRST + 3, x, y + 2, 0);
+      },
+      WHITE);
+
+  CPass outside;
+  outside.parameters.UseMatting = true;
+  outside.shot.box = {50, 5, 60, 9};
+  outside.setMotion(0, 2);
+  outside.run();
+  EXPECT_EQ(outside.errorCode, CStabilizerProc::FAILED_FRAME);
+  EXPECT_TRUE(outside.outputs.empty());
+}
+
+TEST(StabilizerProcTest, TheNumberOfThreadsChangesNothing) {
+  for (const int lines : {30, 5, 1}) {
+    for (const int fill : {MISSING_DATA_White, MISSING_DATA_Previous_Frame}) {
+      std::map<int, SOutput> first;
+      for (const int threads : {1, 2, 3, 7, 8, 100}) {
+        CPass pass(61, lines);
+        pass.frames = 4;
+        pass.threads = threads;
+        pass.parameters.RMode = STABMODE_Smoothed;
+        pass.parameters.MissingDataFill = fill;
+        pass.setMotion(1.3, -0.4, 0.01);
+        pass.run();
+        ASSERT_EQ(pass.outputs.size(), 4U);
+        if (threads == 1) first = pass.outputs;
+        for (const auto& [frame, output] : pass.outputs) {
+          EXPECT_EQ(output.samples, first[frame].samples) << threads << " threads, frame " << frame;
+        }
+      }
+    }
+  }
+}
+
+TEST(StabilizerProcTest, ZoomWarpsAndEnlargesTheAnchorsToo) {
+  CPass pass;
+  pass.frames = 4;
+  pass.parameters.MissingDataFill = MISSING_DATA_Zoom;
+  pass.setMotion(-4, 0);
+  pass.shot.addMovingPoint(2, FIRST, 4, 20, 15, 2, 0);
+  pass.shot.selected = 2;
+  pass.run();
+
+  CPass plain;  // no anchors, uncovered columns filled by the seed: the picture before the zoom
+  plain.frames = 4;
+  plain.parameters.MissingDataFill = MISSING_DATA_Previous_Frame;
+  plain.parameters.GoodFramesIn = plain.parameters.GoodFramesOut = 0;
+  plain.setMotion(-4, 0);
+  plain.run();
+  const SRect area{0, 0, 39, 29};
+  CZoomFractional zoom(2);
+  zoom.initialize(pass.format, 2, 2, 128, 128, 128);
+  Samples expected = plain.outputs.at(FIRST).samples;
+  zoom.convert({0, 2.25, 34, 27.75}, area, expected.data(), expected.data());
+  EXPECT_EQ(pass.outputs.at(FIRST).samples, expected);
+  EXPECT_TRUE(pass.outputs.at(FIRST).renderFlag);
+  EXPECT_FALSE(isSource(pass, 3)) << "anchors at the end are enlarged as well";
+}
+
+TEST(StabilizerProcTest, AFrameWithoutItsPointsFailsThePass) {
+  CPass pass;
+  pass.setMotion(5, -3);
+  pass.shot.syntheticOriginal.PointsAt(FIRST + 4).RemovePoint(1);
+  pass.run();
+  EXPECT_EQ(pass.errorCode, WARP_INVALID_POINTS);
+  EXPECT_EQ(pass.outputs.size(), 4U);
+  EXPECT_FALSE(pass.shot.rendered);
+  EXPECT_TRUE(pass.monitor.calls.contains("SetStatusMessage Stopped"));
+  EXPECT_TRUE(pass.monitor.calls.contains("StopProgress 0"));
+  EXPECT_EQ(pass.shot.syntheticOriginal.PointsAt(FIRST + 4).Count(), 2) << "read only";
+}
+
+TEST(StabilizerProcTest, AStoppedPassIsNotRendered) {
+  CPass pass;
+  pass.framesAvailable = 5;
+  pass.setMotion(5, -3);
+  pass.run();
+  EXPECT_EQ(pass.errorCode, 0);
+  EXPECT_FALSE(pass.shot.rendered);
+  EXPECT_TRUE(pass.monitor.calls.contains("SetStatusMessage Stopped"));
+  EXPECT_TRUE(pass.monitor.calls.contains("StopProgress 0"));
+}
+
+TEST(StabilizerProcTest, NoWarpFunctionCopiesEveryFrame) {
+  CPass pass;
+  pass.parameters.UFunction = U_Fcn_None;
+  pass.setMotion(5, -3, 0.01);
+  pass.run();
+  for (int frame = 0; frame < 10; ++frame) EXPECT_TRUE(isSource(pass, frame)) << frame;
+}
+
+TEST(StabilizerProcTest, MotionThatLeavesNothingToZoomIsRefused) {
+  CPass pass;
+  pass.parameters.MissingDataFill = MISSING_DATA_Zoom;
+  pass.setMotion(0, 0);
+  pass.shot.addMovingPoint(0, FIRST, 10, 0, 15, 20, 0);
+  pass.shot.selected = 0;
+  pass.run();
+  EXPECT_EQ(pass.errorCode, CStabilizerProc::FAILED_FRAME);
+  EXPECT_TRUE(pass.outputs.empty());
+}
+
+}  // namespace
