@@ -20,8 +20,6 @@ constexpr int kMostBridgedAtEnd = 3;
 constexpr double kJump = 0.5;
 constexpr double kJumpDeviations = 4.0;
 constexpr double kDriftShare = 0.1;
-/// A lone point in strong doubt has no other to confirm it.
-constexpr int kWitnesses = 2;
 
 int Round(double value) {
   return static_cast<int>(std::floor(value + 0.5));
@@ -37,7 +35,7 @@ double Median(std::vector<double> values) {
 /// A point's movement against the others, as it usually is.
 struct SDrift {
   SPoint2 mean;
-  SPoint2 square{0.25, 0.25};
+  SPoint2 square{0.04, 0.04};
 
   bool isJump(const SPoint2& move) const {
     return std::abs(move.x - mean.x) > kJump + kJumpDeviations * std::sqrt(square.x) ||
@@ -154,23 +152,27 @@ void CShotTracker::SImpl::settleAmbiguous() {
   }
 }
 
-/// A doubtful match of one point among many is a cover; of most at once it is the picture that has
-/// changed (blur, a flash), and the match stands.
+/// A doubtful match of one point among many is a cover; of most at once, all moving alike, it is the
+/// picture that has changed (blur, a flash), and the matches stand.
 void CShotTracker::SImpl::weighDoubts() {
-  int strong = 0;
+  const auto agrees = [&](const SPoint& point) {
+    const SPoint2 move = point.follower.move();
+    return !point.drift.isJump({move.x - consensus.x, move.y - consensus.y});
+  };
+  int alike = 0;
   for (const auto& point : points) {
-    if (point->passed && point->follower.attempt().doubt == EDoubt::strong) ++strong;
+    if (point->passed && point->state == EPointState::found &&
+        point->follower.attempt().doubt == EDoubt::strong && agrees(*point)) {
+      ++alike;
+    }
   }
-  const bool common = passed >= kWitnesses && 2 * strong > passed;
+  const bool common = movers >= kEnoughToBridge && 2 * alike > passed;
   for (const auto& point : points) {
     if (!point->passed) continue;
     const EDoubt doubt = point->follower.attempt().doubt;
-    if (doubt == EDoubt::none) continue;
-    const SPoint2 move = point->follower.move();
-    const bool jumped = movers > kEnoughToBridge &&
-                        point->drift.isJump({move.x - consensus.x, move.y - consensus.y});
     const bool wasSeen = point->state == EPointState::found;
-    if (jumped || (doubt == EDoubt::strong && !(common && wasSeen))) point->passed = false;
+    if (doubt == EDoubt::strong) point->passed = common && wasSeen && agrees(*point);
+    if (doubt == EDoubt::mild && movers > kEnoughToBridge) point->passed = agrees(*point);
   }
 }
 
@@ -179,7 +181,7 @@ void CShotTracker::SImpl::decideLearning() {
   for (const auto& point : points) {
     if (point->passed && point->follower.attempt().doubt != EDoubt::none) ++doubtful;
   }
-  const bool common = passed >= kWitnesses && 2 * doubtful > passed;
+  const bool common = movers >= kEnoughToBridge && 2 * doubtful > passed;
   constexpr double kSure = 0.8;
   for (const auto& point : points) {
     const SAttempt& attempt = point->follower.attempt();
