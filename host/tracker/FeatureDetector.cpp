@@ -17,8 +17,10 @@ constexpr double kGradientNoiseGain = 0.0853;
 constexpr double kOverNoise = 2.5;
 /// A fifth of an 8-bit code per pixel: less is not worth following even without noise.
 constexpr double kLeastStrength = 5e-7;
-/// Texture should come from at least this share of the window's squares.
-constexpr double kLeastSpread = 0.15;
+/// Texture should come from at least this share of the window's squares: a corner's two edges cross
+/// a fifth of them, a speck a tenth. Below it strength falls steeply.
+constexpr double kLeastSpread = 0.2;
+constexpr int kSpreadPower = 8;
 constexpr int kStripRows = 16 * kSquare;
 constexpr int kHalo = 4;
 
@@ -119,7 +121,7 @@ double StrengthOf(const STensor& s, int side, double noise) {
   if (smaller < kOverNoise * floor + kLeastStrength) return 0.0;
   const double carriers = trace * trace / s.power;
   const double spread = std::min(1.0, carriers / (kLeastSpread * side * side));
-  return (smaller - floor) * spread;
+  return (smaller - floor) * std::pow(spread, kSpreadPower);
 }
 
 struct SCells {

@@ -25,7 +25,7 @@ constexpr double kBoundMargin = 2e-5;
 
 double Correlation(double dot, double var, double norm, int area) {
   if (!(var > kFlatVariance * area) || norm <= 0.0) return 0.0;
-  return dot / (norm * std::sqrt(var));
+  return std::clamp(dot / (norm * std::sqrt(var)), -1.0, 1.0);
 }
 
 bool Better(const SPeak& a, const SPeak& b) {

@@ -152,8 +152,8 @@ void CShotTracker::SImpl::settleAmbiguous() {
   }
 }
 
-/// A doubtful match of one point among many is a cover; of most at once, all moving alike, it is the
-/// picture that has changed (blur, a flash), and the matches stand.
+/// A doubtful match of one point among many is a cover; of most at once, all moving alike, it is
+/// the picture that has changed (blur, a flash), and the matches stand.
 void CShotTracker::SImpl::weighDoubts() {
   const auto agrees = [&](const SPoint& point) {
     const SPoint2 move = point.follower.move();

@@ -11,8 +11,8 @@ double Distance(const SPoint2& a, const SPoint2& b) {
   return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// The least error that any method can have, per axis: inverse of the Fisher information of shift,
-/// gain and offset, with white noise in both frames.
+/// The least squared error that any method can have, both axes together: inverse of the Fisher
+/// information of shift, gain and offset, with white noise in both frames.
 double BoundSquared(const CTexture& texture, const SPoint2& at, int half, double noise) {
   constexpr std::size_t n = 4;
   std::array<std::array<double, 2 * n>, n> m{};
@@ -39,7 +39,7 @@ double BoundSquared(const CTexture& texture, const SPoint2& at, int half, double
       for (std::size_t c = 0; c < 2 * n; ++c) m[r][c] -= factor * m[p][c];
     }
   }
-  return noise * noise * (m[0][n] + m[1][n + 1]);
+  return 2.0 * noise * noise * (m[0][n] + m[1][n + 1]);
 }
 
 }  // namespace
