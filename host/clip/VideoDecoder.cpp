@@ -1,0 +1,88 @@
+#include "VideoDecoder.h"
+
+#include <algorithm>
+
+#include "clip/ClipReader.h"
+
+std::int64_t TimeOf(const AVFrame& picture) {
+  return picture.best_effort_timestamp != AV_NOPTS_VALUE ? picture.best_effort_timestamp
+                                                         : picture.pts;
+}
+
+CVideoDecoder::CVideoDecoder(const std::string& path, int threads)
+    : path_(path), threads_(std::max(1, threads)), packet_(MakePacket()), picture_(MakePicture()) {
+  open();
+}
+
+void CVideoDecoder::open() {
+  codec_.reset();
+  file_ = OpenInput(path_);
+  const AVCodec* decoder = nullptr;
+  stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
+  if (stream_ < 0) throw CClipError(path_ + ": holds no video that can be decoded");
+  for (unsigned i = 0; i < file_->nb_streams; ++i)
+    if (static_cast<int>(i) != stream_) file_->streams[i]->discard = AVDISCARD_ALL;
+  codec_.reset(avcodec_alloc_context3(decoder));
+  if (!codec_) throw std::bad_alloc();
+  int code = avcodec_parameters_to_context(codec_.get(), stream().codecpar);
+  codec_->thread_count = threads_;
+  codec_->pkt_timebase = stream().time_base;
+  if (code >= 0) code = avcodec_open2(codec_.get(), decoder, nullptr);
+  if (code < 0) ThrowVideoError(path_, "cannot be decoded: ", code);
+  drained_ = packetWaits_ = false;
+}
+
+void CVideoDecoder::restart() {
+  open();
+}
+
+bool CVideoDecoder::readPacket(AVPacket& packet) {
+  for (;;) {
+    av_packet_unref(&packet);
+    const int code = av_read_frame(file_.get(), &packet);
+    if (code == AVERROR_EOF) return false;
+    if (code < 0) ThrowVideoError(path_, "cannot be read: ", code);
+    if (packet.stream_index == stream_) return true;
+  }
+}
+
+void CVideoDecoder::sendPacket(const AVPacket* packet) {
+  const int code = avcodec_send_packet(codec_.get(), packet);
+  // A damaged packet gives no picture; its frame is missed, and named, when it is asked for.
+  if (code < 0 && code != AVERROR_INVALIDDATA && code != AVERROR_EOF)
+    ThrowVideoError(path_, "cannot be decoded: ", code);
+}
+
+const AVFrame* CVideoDecoder::nextPicture() {
+  for (;;) {
+    const int code = avcodec_receive_frame(codec_.get(), picture_.get());
+    if (code >= 0) return picture_.get();
+    if (code == AVERROR_EOF) return nullptr;
+    if (code != AVERROR(EAGAIN) && code != AVERROR_INVALIDDATA)
+      ThrowVideoError(path_, "cannot be decoded: ", code);
+    if (drained_) {
+      if (code == AVERROR(EAGAIN)) return nullptr;
+      continue;
+    }
+    if (packetWaits_ || readPacket(*packet_)) {
+      packetWaits_ = false;
+      sendPacket(packet_.get());
+    } else {
+      drained_ = true;
+      sendPacket(nullptr);
+    }
+  }
+}
+
+bool CVideoDecoder::seekToPacket(std::int64_t decodingTime) {
+  if (av_seek_frame(file_.get(), stream_, decodingTime, AVSEEK_FLAG_BACKWARD) < 0) return false;
+  avcodec_flush_buffers(codec_.get());
+  drained_ = packetWaits_ = false;
+  while (readPacket(*packet_)) {
+    if (packet_->dts == AV_NOPTS_VALUE || packet_->dts > decodingTime) return false;
+    if (packet_->dts < decodingTime) continue;
+    packetWaits_ = true;
+    return true;
+  }
+  return false;
+}
