@@ -1,7 +1,9 @@
 #include "support/IniFile.h"
 
+#include <cstring>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "IniText.h"
 #include "NumberText.h"

@@ -1,11 +1,14 @@
 #include "support/PDLElement.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <limits>
+#include <optional>
 #include <pugixml.hpp>
 #include <sstream>
+#include <string_view>
+#include <utility>
 
 #include "NumberText.h"
 #include "support/ErrorReport.h"
@@ -95,6 +98,7 @@ std::unique_ptr<pugi::xml_document> parsed(const std::string& text) {
     return nullptr;
   };
   if (text.size() > kLargestText) return refused("larger than 256 megabytes");
+  if (text.find('\0') != std::string::npos) return refused("it holds a zero byte");
   auto document = std::make_unique<pugi::xml_document>();
   // As a fragment, so that text and further trees beside the first are seen and refused. The
   // parser expands no entities of the document's own and opens no other files.

@@ -10,7 +10,8 @@
 /// <XDG state home>/stabilize/desktop named after the clip's whole path.
 class CBinManager {
  public:
-  /// `clipPath`: the clip's file, or one file name or pattern of its sequence.
+  /// `clipPath`: the clip's file, or one file name or pattern of its sequence, the
+  /// same each time. Of a name above 200 bytes only a part and a hash are used.
   std::string desktopFileName(const std::string& clipPath) const;
   /// The settings, null when the file exists but cannot be used. Close with closeDesktop.
   CIniFile* openDesktop(const std::string& clipPath) const;

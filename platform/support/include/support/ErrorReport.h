@@ -16,14 +16,14 @@ class CQTXErrReport {
 extern CQTXErrReport theError;
 
 /// Receives final failures: operation ("CStabilizerTool::StartTracking"), code, text. Called on the
-/// thread of the failing operation.
+/// thread of the failing operation, without a lock; what it throws is ignored.
 using ErrorSink =
     std::function<void(const std::string& operation, int code, const std::string& text)>;
 /// Installs the host's sink; an empty function removes it. Set it while no tool runs.
 void SetErrorSink(ErrorSink sink);
 
 /// Scoped reporter of one operation: whatever was set as its error when the scope ends goes to the
-/// sink (and to the trace as "ERROR: " operation ": " text). Nothing set, nothing reported.
+/// sink (and to the trace as "ERROR: " operation ": " text). Code 0: nothing is reported.
 class CAutoErrorReporter {
  public:
   explicit CAutoErrorReporter(std::string operation);

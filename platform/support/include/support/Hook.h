@@ -21,7 +21,8 @@ class CBHook {
   void unsubscribe(const void* subscriber, int slot);
 
   /// While held, a notification is only remembered; otherwise every callback is called in order of
-  /// subscription and the remembered mark is cleared. A callback may subscribe and unsubscribe.
+  /// subscription and the remembered mark is cleared. A callback may subscribe and unsubscribe: one
+  /// taken out before its turn is not called, one put in is called from the next notification on.
   void notify();
   void hold() { ++holdCount_; }
   /// Does not notify by itself.

@@ -6,6 +6,8 @@
 #include <vector>
 
 /// One row of a name table: symbolic name (stored in files; do not change), display name, value.
+/// Without a display name (null) the symbolic name is shown, its prefix taken off and its
+/// underscores as blanks.
 struct SIniAssociation {
   const char* symbolicName;
   const char* displayName;
@@ -34,12 +36,16 @@ class CIniAssociations {
   int defaultValue_;
 };
 
-/// Sections of key = value. Reads give `fallback` for what is missing or does not parse. Writes
-/// stay in memory until Save, which writes a temporary file and renames it. THREAD: one at a time.
+/// Sections of key = value, the same text in every locale. Reads give `fallback` for what is
+/// missing or does not parse (an infinity or "nan" is no number here). Any text is a value; names
+/// of sections and keys stand as they are and hold no line break, "=" or "]". Comments survive.
+/// Writes stay in memory until Save, which writes a temporary file and renames it. THREAD: one at a
+/// time.
 class CIniFile {
  public:
-  /// Reads `path` when it exists. `good` is false for a file that cannot be read or is no INI file;
-  /// such a file is never overwritten.
+  /// Reads `path` when it exists. `good` is false, and `theError` names the file, when it cannot be
+  /// read, is larger than 16 megabytes or holds a line that no INI file has; such a file is never
+  /// overwritten.
   explicit CIniFile(std::string path);
   ~CIniFile();
   CIniFile(const CIniFile&) = delete;
@@ -58,14 +64,17 @@ class CIniFile {
                       const std::string& key, int fallback) const;
 
   void WriteInteger(const std::string& section, const std::string& key, std::int64_t value);
+  /// Written so that it reads back to the same double.
   void WriteDouble(const std::string& section, const std::string& key, double value);
   void WriteBool(const std::string& section, const std::string& key, bool value);
   void WriteString(const std::string& section, const std::string& key, const std::string& value);
+  /// A value that the table lacks is written as an empty name, which reads as the fallback.
   void WriteAssociation(const CIniAssociations& table, const std::string& section,
                         const std::string& key, int value);
   void EraseSection(const std::string& section);
 
-  /// True when nothing had changed or the file was written whole. Sets `theError` on false.
+  /// True when nothing had changed or the file was written whole; missing folders are made. Sets
+  /// `theError` on false.
   bool Save();
 
  private:

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <new>
+#include <utility>
 #include <vector>
 
 /// Raw memory of the support library. Null on failure, never an exception.
@@ -13,19 +15,43 @@ void* QTXmemalign(std::size_t alignment, std::size_t bytes);
 /// Heap copy of a text, freed with QTXfree; null for null.
 char* QTXstrdup(const char* text);
 
-/// Numbered pools that a host may reserve before a pass. Pool 2 holds frame-buffer holders.
+/// One object, null on failure to get memory; what its constructor throws passes through.
+template <typename T, typename... Arguments>
+T* QTXnew(Arguments&&... arguments) {
+  return new (std::nothrow) T(std::forward<Arguments>(arguments)...);
+}
+template <typename T>
+void QTXdelete(T* object) {
+  delete object;
+}
+/// `count` value-initialised objects, null on failure to get memory. Given back with
+/// QTXdeleteArray.
+template <typename T>
+T* QTXnewArray(std::size_t count) {
+  return new (std::nothrow) T[count]();
+}
+template <typename T>
+void QTXdeleteArray(T* objects) {
+  delete[] objects;
+}
+
+/// Numbered pools, 0 to 3, that a tool locks while it is active. They reserve no bytes here: frame
+/// samples are recycled by CBufferPool and the small holders are well served by the heap, so only
+/// the locks are kept. THREAD: any.
 constexpr int PREALLOC_POOL_BUFFER_HOLDERS = 2;
 /// Counts the lock; false when the pool does not exist.
 bool QTXlockPreallocPool(int pool);
-/// False when the pool was not locked.
+/// Takes one lock back; false when the pool was not locked.
 bool QTXunlockPreallocPool(int pool);
+/// Forgets what was handed out of the pool's reserve; locks stay. Nothing to do without a reserve.
 void QTXresetPreallocPool(int pool);
-/// Bytes reserved by the pool.
+/// Bytes reserved by the pool: 0.
 std::size_t QTXgetSizeOfPreallocPool(int pool);
 
 /// Recycling pool of equally sized, 64-byte aligned frame buffers. A buffer is taken from the
-/// system once and reused until the pool dies: a fresh 50 MB buffer costs far more in page faults
-/// than the work done in it. At most `limit` buffers are handed out at a time.
+/// system once and reused until the pool dies, the last one given back first: a fresh 50 MB buffer
+/// costs far more in page faults than the work done in it. Buffers of 2 MB and more start on a 2 MB
+/// boundary and ask for huge pages. At most `limit` buffers are handed out at a time.
 /// THREAD: any. The pool must outlive its buffers' use.
 class CBufferPool {
  public:

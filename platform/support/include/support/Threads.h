@@ -15,20 +15,23 @@ using BThreadHandle = SBThread*;
 /// Body of a spawned thread: receives the spawner's block and its own handle.
 using BThreadFunction = void (*)(void* argument, BThreadHandle self);
 
-/// Starts `function(argument, handle)` on a new detached thread. Returns the handle, or null when
-/// no thread could be started. Returns only after the new thread has called `BThreadBegin` (or
-/// ended without it), so whatever the thread copied from `argument` before that call is safe and
-/// the block may be reused. THREAD: any.
+/// Starts `function(argument, handle)` on a new thread that nobody joins by hand. Returns the
+/// handle, or null when no thread could be started. Returns only after the new thread has called
+/// `BThreadBegin` (or ended without it), so whatever the thread copied from `argument` before that
+/// call is safe and the block may be reused. An exception that leaves `function` ends the thread
+/// with a trace line. THREAD: any.
 BThreadHandle BThreadSpawn(BThreadFunction function, void* argument);
 
-/// Called by the new thread after copying its argument; releases the spawner. 0 on success.
+/// Called by the new thread after copying its argument; releases the spawner. 0 on success, -1 for
+/// a null handle.
 int BThreadBegin(BThreadHandle self);
 
-/// Called by the thread as its last act; the handle is void afterwards. 0 on success.
+/// Called by the thread as its last act; the handle is void afterwards. 0 on success, -1 for a null
+/// handle.
 int BThreadEnd(BThreadHandle self);
 
-/// Blocks until every spawned thread has ended. Called before a library that holds thread
-/// functions is unloaded, and by tests.
+/// Blocks until every spawned thread has ended, its last instruction included. Called before a
+/// library that holds thread functions is unloaded, and by tests; never by a spawned thread.
 void BThreadWaitForAll();
 
 /// Joins a known number of workers: SetCount(n), n times ReleaseOne, Wait returns.

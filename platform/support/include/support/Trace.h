@@ -9,10 +9,14 @@
 extern std::atomic<int> ZRNQTraceLevel;
 extern std::atomic<int> ZRNQLogLevel;
 
-/// Sends one line to the log and / or the trace sink. THREAD: any; sinks are called one at a time.
+/// Sends one line to the log and / or the trace sink. Sinks are called one at a time; a line that
+/// comes from inside a sink is dropped, since it could only breed the next. A sink must not wait
+/// for another thread that may send a line. THREAD: any.
 void SendZRNQMessage(const std::string& text, bool toLog, bool toTrace);
 
 using TraceSink = std::function<void(const std::string& line)>;
+/// Installs a sink; an empty function removes it. Afterwards the former one neither runs nor is
+/// called again (unless it is itself the caller). THREAD: any.
 void SetTraceSink(TraceSink sink);
 void SetLogSink(TraceSink sink);
 
@@ -24,5 +28,6 @@ inline bool TracesAt(int level) {
 /// Sends a line at a level to whichever of log and trace want it.
 void TraceAt(int level, const std::string& text);
 
-/// "<file>:<line>: ASSERT (<expression>) FAILED!" at level 0; processing goes on.
+/// "<file>:<line>: ASSERT (<expression>) FAILED!" at level 0, the file without its extension;
+/// processing goes on.
 void TraceAssertion(const char* file, int line, const char* expression);
