@@ -33,9 +33,13 @@ Packet MakePacket() {
   return Require<Packet>(av_packet_alloc());
 }
 
-InputFile OpenInput(const std::string& path) {
+void TraceVideoLibrary() {
   static std::once_flag once;
   std::call_once(once, [] { av_log_set_callback(TraceLibraryMessage); });
+}
+
+InputFile OpenInput(const std::string& path) {
+  TraceVideoLibrary();
   AVFormatContext* context = nullptr;
   // The prefix keeps names with colons and percent signs from being read as protocols or patterns.
   const int opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, nullptr);

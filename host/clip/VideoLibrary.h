@@ -45,8 +45,9 @@ using Scaler = std::unique_ptr<SwsContext, SScalerCloser>;
 Picture MakePicture();
 Packet MakePacket();
 
-/// Opens a file and finds its streams. The library's messages go to the trace from now on.
-/// Throws CClipError.
+/// From now on the library's messages go to the trace (level 3) instead of the terminal.
+void TraceVideoLibrary();
+/// Opens a file and finds its streams. Throws CClipError.
 InputFile OpenInput(const std::string& path);
 /// "<path>: <what><the library's text for the code>" as a CClipError.
 [[noreturn]] void ThrowVideoError(const std::string& path, const std::string& what, int code);
