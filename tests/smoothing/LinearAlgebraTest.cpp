@@ -100,6 +100,15 @@ TEST(LUDecompose, OnEqualWeightsTheLaterRowBecomesThePivot) {
   EXPECT_EQ(permutation[0], 2);
 }
 
+TEST(LUDecompose, ARowKeepsItsScaleWhenItIsSwapped) {
+  LongMatrix a = Matrix({{1, 1e6L, 0}, {1, 1, 0.5L}, {0, 3, 0}});
+  mvector<int> permutation(3);
+  double sign = 0.0;
+  ASSERT_TRUE(LUDecompose(a, permutation, sign));
+  EXPECT_EQ(permutation[0], 1);
+  EXPECT_EQ(permutation[1], 2) << "measured against its own size the row of 1e6 is the lighter one";
+}
+
 TEST(LUSolve, FindsTheSolutionOfRandomSystems) {
   std::mt19937_64 generator(7);
   std::uniform_real_distribution<double> exponent(-6.0, 6.0);

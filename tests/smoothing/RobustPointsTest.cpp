@@ -151,7 +151,7 @@ TEST(RobustPoints, APointThatIsNotInBothFramesDoesNotCount) {
   CShotDouble shot;
   SMotionArrays motion;
   motion.tracked = Grid(5, 0, 4, 0, 3.0, -2.0, 0.0);
-  motion.tracked.PointsAt(1).Point(2) = CTrackPoint();
+  for (int point = 2; point < 5; ++point) motion.tracked.PointsAt(1).Point(point) = CTrackPoint();
   motion.tracked.PointsAt(2).RemovePoint(4);
   motion.tracked.PointsAt(3).Point(9) = {1.0, 1.0};
   ASSERT_TRUE(ComputeRobustPoints(shot, motion, 0, STABMODE_None));
