@@ -41,10 +41,22 @@ class CTexture {
       waves_.push_back({w * std::cos(angle), w * std::sin(angle), uniform(0.0, 6.28)});
     }
   }
-  double operator()(double x, double y) const {
-    double v = 0.45;
-    for (const SWave& w : waves_) v += 0.03 * std::sin(w.x * x + w.y * y + w.phase);
-    return v;
+  /// One row of the texture moved by (dx, dy). Along it each wave is a rotating pointer.
+  void row(double y, double dx, double dy, std::vector<double>& out) const {
+    std::fill(out.begin(), out.end(), 0.45);
+    for (const SWave& w : waves_) {
+      const double start = -w.x * dx + w.y * (y - dy) + w.phase;
+      double s = 0.03 * std::sin(start);
+      double c = 0.03 * std::cos(start);
+      const double stepSin = std::sin(w.x);
+      const double stepCos = std::cos(w.x);
+      for (double& v : out) {
+        v += s;
+        const double next = s * stepCos + c * stepSin;
+        c = c * stepCos - s * stepSin;
+        s = next;
+      }
+    }
   }
 
  private:
@@ -69,9 +81,11 @@ SFrame Draw(const CTexture& texture, double dx, double dy, unsigned seed) {
   std::mt19937 random(seed);
   std::normal_distribution<double> grain(0.0, kNoise);
   std::size_t at = 0;
+  std::vector<double> row(kWidth);
   for (int y = 0; y < kHeight; ++y) {
+    texture.row(y, dx, dy, row);
     for (int x = 0; x < kWidth; ++x) {
-      const double v = std::clamp(texture(x - dx, y - dy) + grain(random), 0.0, 1.0);
+      const double v = std::clamp(row[static_cast<std::size_t>(x)] + grain(random), 0.0, 1.0);
       const auto code = static_cast<std::uint16_t>(std::lround(v * 65535.0));
       for (int c = 0; c < 3; ++c) frame.samples[at++] = code;
       frame.luma.at<float>(y, x) = static_cast<float>(v);
@@ -226,10 +240,12 @@ void Detect() {
   constexpr int kHigh = 2160;
   const CTexture texture(5);
   std::vector<std::uint16_t> samples(3UL * kWide * kHigh);
-  for (std::size_t i = 0; i < samples.size(); ++i) {
-    const std::size_t pixel = i / 3;
-    samples[i] = static_cast<std::uint16_t>(
-        65535.0 * texture(static_cast<double>(pixel % kWide), static_cast<double>(pixel / kWide)));
+  std::vector<double> row(kWide);
+  for (std::size_t y = 0; y < kHigh; ++y) {
+    texture.row(static_cast<double>(y), 0.0, 0.0, row);
+    for (std::size_t i = 0; i < 3UL * kWide; ++i) {
+      samples[3UL * kWide * y + i] = static_cast<std::uint16_t>(65535.0 * row[i / 3]);
+    }
   }
   SFeatureSettings settings;
   settings.region = {0, 0, kWide - 1, kHigh - 1};

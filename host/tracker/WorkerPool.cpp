@@ -21,6 +21,23 @@ CWorkerPool::~CWorkerPool() {
   for (std::thread& thread : threads_) thread.join();
 }
 
+void CWorkerPool::takeParts(std::unique_lock<std::mutex>& lock) {
+  while (next_ < count_) {
+    const int mine = next_++;
+    const std::function<void(int)>& part = *part_;
+    lock.unlock();
+    std::exception_ptr failure;
+    try {
+      part(mine);
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    lock.lock();
+    if (failure && !failure_) failure_ = failure;
+    if (--open_ == 0) finished_.notify_one();
+  }
+}
+
 void CWorkerPool::run(int count, const std::function<void(int)>& part) {
   if (threads_.empty() || count < 2) {
     for (int i = 0; i < count; ++i) part(i);
@@ -31,17 +48,11 @@ void CWorkerPool::run(int count, const std::function<void(int)>& part) {
   next_ = 0;
   count_ = count;
   open_ = count;
+  failure_ = nullptr;
   started_.notify_all();
-  while (next_ < count_) {
-    const int mine = next_++;
-    lock.unlock();
-    part(mine);
-    lock.lock();
-    --open_;
-  }
+  takeParts(lock);
   finished_.wait(lock, [this] { return open_ == 0; });
-  count_ = 0;
-  next_ = 0;
+  if (failure_) std::rethrow_exception(failure_);
 }
 
 void CWorkerPool::work() {
@@ -49,13 +60,6 @@ void CWorkerPool::work() {
   for (;;) {
     started_.wait(lock, [this] { return quit_ || next_ < count_; });
     if (quit_) return;
-    while (next_ < count_) {
-      const int mine = next_++;
-      const std::function<void(int)>& part = *part_;
-      lock.unlock();
-      part(mine);
-      lock.lock();
-      if (--open_ == 0) finished_.notify_one();
-    }
+    takeParts(lock);
   }
 }

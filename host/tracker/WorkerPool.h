@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <thread>
@@ -16,12 +17,15 @@ class CWorkerPool {
   CWorkerPool(const CWorkerPool&) = delete;
   CWorkerPool& operator=(const CWorkerPool&) = delete;
 
-  /// Calls part(0) .. part(count - 1), each once; returns when all have. `part` must not throw.
+  /// Calls part(0) .. part(count - 1), each once; returns when all have. The first
+  /// exception of a part is passed on then.
   /// THREAD: one call at a time.
   void run(int count, const std::function<void(int)>& part);
 
  private:
   void work();
+  /// Takes parts until none is left. REQUIRES: lock holds mutex_.
+  void takeParts(std::unique_lock<std::mutex>& lock);
 
   std::mutex mutex_;
   std::condition_variable started_;
@@ -32,6 +36,7 @@ class CWorkerPool {
   int count_ = 0;
   int open_ = 0;
   bool quit_ = false;
+  std::exception_ptr failure_;
 
   std::vector<std::thread> threads_;
 };
