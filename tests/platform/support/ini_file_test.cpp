@@ -138,6 +138,28 @@ TEST_F(IniFile, FilesThatAreNoSettingsAreRefusedAndNeverOverwritten) {
   theError.clear();
 }
 
+TEST_F(IniFile, AnyHandEditedTextIsEitherRefusedOrKeepsWorking) {
+  std::mt19937 random(7);
+  const std::string pieces[] = {"[", "]",  "=",   ";",   "#",  "\"", "<<<", "\n",  "\n",   "\r\n",
+                                " ", "\t", "key", "Sec", "\\", "%",  "ü",   "k=v", "[S]\n"};
+  int accepted = 0;
+  for (int round = 0; round < 300; ++round) {
+    std::string text;
+    for (unsigned n = random() % 12; n > 0; --n) text += pieces[random() % std::size(pieces)];
+    put(folder + "x.ini", text);
+    CIniFile ini(folder + "x.ini");
+    if (!ini.good()) continue;
+    ++accepted;
+    ini.WriteInteger("Mine", "number", round);
+    ASSERT_TRUE(ini.Save());
+    const CIniFile again(folder + "x.ini");
+    EXPECT_TRUE(again.good()) << text << "\n---\n" << textOf(folder + "x.ini");
+    EXPECT_EQ(again.ReadInteger("Mine", "number", -1), round) << text;
+  }
+  EXPECT_GT(accepted, 30);
+  theError.clear();
+}
+
 TEST_F(IniFile, CommentsAndOtherSectionsOutliveAChange) {
   path = folder + "kept.ini";
   put(path, "; head\n\n[Keep]\n; why\na=1\n\n[Go]\nb=2\n");

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
+#include <random>
 
 #include "support/ErrorReport.h"
 
@@ -135,6 +135,27 @@ TEST(CPDLEntry, TextsThatAreNoSingleTreeAreRefusedWithAReason) {
   const auto harmless = CPDLEntry::FromText(bomb);
   ASSERT_NE(harmless, nullptr);
   EXPECT_EQ(harmless->FirstElement().GetAttribString("v", ""), "&z;") << "nothing is expanded";
+}
+
+TEST(CPDLEntry, AnyTextIsEitherRefusedOrStaysTheSame) {
+  std::mt19937 random(11);
+  const std::string pieces[] = {"<a>",       "</a>", "<b v='1'/>", "<",      ">",      "/",
+                                "'",         "\"",   "&lt;",       "&#0;",   "&#x41;", "text",
+                                "<!--",      "-->",  " ",          "=",      "<?p",    "?>",
+                                "<![CDATA[", "]]>",  "\xff",       "<a v='", "\n",     "'/>"};
+  int accepted = 0;
+  for (int round = 0; round < 20000; ++round) {
+    std::string text = "<a>";
+    for (unsigned n = random() % 8; n > 0; --n) text += pieces[random() % std::size(pieces)];
+    const auto entry = CPDLEntry::FromText(text + "</a>");
+    if (entry == nullptr) continue;
+    ++accepted;
+    const auto again = reread(*entry);
+    ASSERT_NE(again, nullptr) << text << "\n" << entry->ToText();
+    EXPECT_EQ(again->FirstElement().GetChildCount(), entry->FirstElement().GetChildCount()) << text;
+  }
+  EXPECT_GT(accepted, 1000);
+  theError.clear();
 }
 
 }  // namespace
