@@ -181,6 +181,15 @@ void addTestShotCommand(CLI::App& app, SCommandLine& commandLine) {
   command->callback([&commandLine] { commandLine.command = SCommandLine::ECommand::testShot; });
 }
 
+void addResidualCommand(CLI::App& app, SCommandLine& commandLine) {
+  CLI::App* command = app.add_subcommand(
+      "residual", "Compare the report of a stabilised test shot with the shot's truth");
+  command->add_option("REPORT", commandLine.residualReport, "Written by --report")->required();
+  command->add_option("TRUTH", commandLine.residualTruth, "Written by test-shot --truth")
+      ->required();
+  command->callback([&commandLine] { commandLine.command = SCommandLine::ECommand::residual; });
+}
+
 }  // namespace
 
 bool ParseCommandLine(int argc, char** argv, SCommandLine& commandLine, int& status) {
@@ -200,6 +209,7 @@ bool ParseCommandLine(int argc, char** argv, SCommandLine& commandLine, int& sta
   info->add_option("INPUT", commandLine.stabilize.input, "The clip")->required();
   info->callback([&commandLine] { commandLine.command = SCommandLine::ECommand::info; });
   addTestShotCommand(app, commandLine);
+  addResidualCommand(app, commandLine);
   try {
     app.parse(argc, argv);
     if (version) {

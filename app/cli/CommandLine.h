@@ -7,13 +7,15 @@
 
 /// What was asked on the command line.
 struct SCommandLine {
-  enum class ECommand { none, stabilize, info, testShot, version };
+  enum class ECommand { none, stabilize, info, testShot, residual, version };
   ECommand command = ECommand::none;
   SStabilizeOptions stabilize;
   STestShotSettings testShot;
   std::string testShotOutput;
   std::string testShotTruth;
   bool testShotOverwrite = false;
+  std::string residualReport;
+  std::string residualTruth;
   std::string logFile;
   int verbosity = 0;  ///< -1 quiet
 };

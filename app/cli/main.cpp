@@ -12,6 +12,7 @@
 #include "session/PluginLibrary.h"
 #include "session/ShotReport.h"
 #include "session/StabilizeJob.h"
+#include "session/TruthComparison.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
 #include "support/Trace.h"
@@ -98,6 +99,13 @@ int makeTestShot(const SCommandLine& commandLine) {
   return EXIT_DONE;
 }
 
+int showResidual(const SCommandLine& commandLine) {
+  const STruthComparison comparison =
+      CompareWithTruth(commandLine.residualReport, commandLine.residualTruth);
+  std::printf("%s\n", ToText(comparison).c_str());
+  return EXIT_DONE;
+}
+
 int showVersions() {
   std::printf("stabilize %s\n", STAB_VERSION);
   const CPluginLibrary plugin(CPluginLibrary::find("stabilize.so"));
@@ -108,16 +116,12 @@ int showVersions() {
 
 int runCommand(const SCommandLine& commandLine) {
   switch (commandLine.command) {
-    case SCommandLine::ECommand::info:
-      return describe(commandLine.stabilize.input);
-    case SCommandLine::ECommand::testShot:
-      return makeTestShot(commandLine);
-    case SCommandLine::ECommand::version:
-      return showVersions();
-    case SCommandLine::ECommand::stabilize:
-      return stabilize(commandLine);
-    case SCommandLine::ECommand::none:
-      break;
+    case SCommandLine::ECommand::info: return describe(commandLine.stabilize.input);
+    case SCommandLine::ECommand::testShot: return makeTestShot(commandLine);
+    case SCommandLine::ECommand::residual: return showResidual(commandLine);
+    case SCommandLine::ECommand::version: return showVersions();
+    case SCommandLine::ECommand::stabilize: return stabilize(commandLine);
+    case SCommandLine::ECommand::none: break;
   }
   return EXIT_USAGE;
 }

@@ -127,8 +127,8 @@ std::string panelSvg(const SPanel& panel, double top, const SAxis& frames, bool 
                   "text-anchor=\"middle\" fill=\"#555\"");
   }
   for (const SMotionCurve& curve : curves) {
-    svg += "<polyline fill=\"none\" stroke-width=\"1.5\" stroke-linejoin=\"round\" stroke=\"" +
-           curve.color + "\" points=\"";
+    svg += "<polyline fill=\"none\" stroke-width=\"" + number(curve.width, 1) +
+           "\" stroke-linejoin=\"round\" stroke=\"" + curve.color + "\" points=\"";
     for (const SFrameMotion& motion : curve.motion)
       svg += number(x(motion.frame), 2) + "," + number(y(motion.*panel.value), 2) + " ";
     svg += "\"/>\n";

@@ -128,8 +128,8 @@ std::string verificationText(const SVerification& verification, const CImageForm
   const double height = format.getLinesPerFrame() * 0.01;
   const SSteadiness& before = verification.before;
   const SSteadiness& after = verification.after;
-  std::string text = line("\nsteadiness (RMS, measured on the output with %d points of its own)",
-                          verification.points);
+  std::string text =
+      line("\nsteadiness (RMS, %d points followed afresh through the output)", verification.points);
   text += line("\n  weave     %8.4f px  %.4f %%  ->  %8.4f px  %.4f %%", before.weave,
                before.weave / width, after.weave, after.weave / width);
   text += line("\n  jump      %8.4f px  %.4f %%  ->  %8.4f px  %.4f %%", before.jump,

@@ -188,6 +188,10 @@ void CStabilizeJob::collectMotion() {
   if (!editor.originalMotion() || !editor.smoothedMotion()) return;
   result_.measured = MotionOfTriangles(*editor.originalMotion(), centre);
   result_.intended = MotionOfTriangles(*editor.smoothedMotion(), centre);
+  const CTrackingPoints& from = editor.originalMotion()->frames.at(*options_.in);
+  const CTrackingPoints& to = editor.smoothedMotion()->frames.at(*options_.in);
+  for (const auto& [index, point] : editor.trackingArray()->FindPoints(*options_.in).Entries())
+    result_.outputPoints.push_back(MovedPoint({point.x, point.y}, from, to));
 }
 
 void CStabilizeJob::closeTool() {
@@ -216,10 +220,10 @@ void CStabilizeJob::writeExtras() {
     if (!path.empty() && !WriteFileWhole(path, text)) throw CJobError(-1, theError.getMessage());
   };
   if (!options_.graph.empty()) {
-    std::vector<SMotionCurve> curves = {{"as shot", "#d9822b", result_.measured},
-                                        {"intended", "#2b6cb0", result_.intended}};
+    std::vector<SMotionCurve> curves = {{"as shot", "#d9822b", 1.5, result_.measured},
+                                        {"intended", "#a9c8ec", 6.0, result_.intended}};
     if (result_.verification)
-      curves.push_back({"output, measured again", "#2f855a", result_.verification->motion});
+      curves.push_back({"output, measured again", "#20663f", 1.5, result_.verification->motion});
     write(options_.graph, MotionGraphAsSvg(options_.input, curves));
   }
   write(options_.report, options_.report.empty() ? std::string() : ReportAsJson(result_));

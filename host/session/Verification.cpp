@@ -1,51 +1,26 @@
-#include <algorithm>
-#include <cmath>
-
 #include "session/StabilizeJob.h"
-#include "tracker/FeatureDetector.h"
+#include "support/Threads.h"
 
 namespace {
 
-// The measurement uses its own points and more of them: it must not inherit the errors of those the
-// shot was stabilised with.
-constexpr int VERIFY_POINTS = 24;
-constexpr int VERIFY_BOX = 15;
 constexpr int WORST_FRAMES = 10;
-
-/// How far the picture was moved at most: nearer to the edges there may be fill instead of picture.
-int largestMove(const SStabilizeResult& result) {
-  double largest = 0.0;
-  const CImageFormat& format = result.clip.format;
-  const double halfDiagonal =
-      0.5 * std::hypot(format.getPixelsPerLine(), format.getLinesPerFrame());
-  const std::size_t count = std::min(result.measured.size(), result.intended.size());
-  for (std::size_t i = 0; i < count; ++i) {
-    const SFrameMotion& from = result.measured[i];
-    const SFrameMotion& to = result.intended[i];
-    const double turn = std::abs(to.angle - from.angle) * 3.14159265358979 / 180.0;
-    largest = std::max(largest, std::hypot(to.x - from.x, to.y - from.y) + turn * halfDiagonal);
-  }
-  return static_cast<int>(std::ceil(largest));
-}
-
-SFeatureSettings featureSettings(const SStabilizeResult& result) {
-  SFeatureSettings settings;
-  settings.count = VERIFY_POINTS;
-  settings.region = result.region;
-  const int smallerSide =
-      std::min(result.region.right - result.region.left, result.region.bottom - result.region.top);
-  const int search = *result.options.search;
-  settings.margin = std::min(largestMove(result) + VERIFY_BOX + search + 2, smallerSide / 4);
-  return settings;
-}
 
 STrackSettings trackSettings(const SStabilizeResult& result, int threads) {
   STrackSettings track;
-  track.trackBoxExtentX = track.trackBoxExtentY = VERIFY_BOX;
+  track.trackBoxExtentX = track.trackBoxExtentY = *result.options.trackBox;
   track.searchLeft = track.searchRight = track.searchUp = track.searchDown = *result.options.search;
   track.region = result.region;
   track.threads = threads;
   return track;
+}
+
+/// The points that the shot was stabilised on, where they lie in the first frame of the output:
+/// they say which part of the picture was meant to become steady. They are followed afresh.
+std::map<int, SPoint2> pointsToFollow(const SStabilizeResult& result, const STrackSettings& track) {
+  std::map<int, SPoint2> points;
+  for (const SPoint2& point : result.outputPoints)
+    if (CShotTracker::canTrack(point, track)) points[static_cast<int>(points.size())] = point;
+  return points;
 }
 
 /// Puts what a tracking run found into an array; points that could not be followed leave it.
@@ -73,15 +48,10 @@ class CMeasuredShot {
 
 int trackOutput(CMeasuredShot& shot, CFrameStore& store, const SStabilizeResult& result, int first,
                 int end, const SJobObserver& observer, int threads) {
-  std::vector<std::uint16_t> samples(store.info().format.getBytesPerField() / 2);
-  store.readNow(first, samples.data());
-  const auto features =
-      DetectFeatures(samples.data(), store.info().format, featureSettings(result));
-  std::map<int, SPoint2> points;
-  for (std::size_t i = 0; i < features.size(); ++i)
-    points[static_cast<int>(i)] = {features[i].x, features[i].y};
+  const STrackSettings track = trackSettings(result, threads);
+  const std::map<int, SPoint2> points = pointsToFollow(result, track);
   if (points.empty()) return 0;
-  CTrackingRun run(store, trackSettings(result, threads), points, first, end);
+  CTrackingRun run(store, track, points, first, end);
   for (bool finished = false; !finished;) {
     if (observer.interrupted && *observer.interrupted) throw CInterrupted();
     finished = run.isFinished();

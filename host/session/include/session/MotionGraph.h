@@ -9,6 +9,7 @@
 struct SMotionCurve {
   std::string name;   ///< as the legend says it
   std::string color;  ///< SVG colour
+  double width;       ///< pixels
   std::vector<SFrameMotion> motion;
 };
 

@@ -24,6 +24,10 @@ std::vector<SFrameMotion> FitMotion(const CTrackingArray& array, const SPoint2& 
 /// the first frame.
 std::vector<SFrameMotion> MotionOfTriangles(const CTrackingArray& triangles, const SPoint2& centre);
 
+/// Where `point` of a frame lies after that frame's picture was moved from one triangle to the
+/// other.
+SPoint2 MovedPoint(const SPoint2& point, const CTrackingPoints& from, const CTrackingPoints& to);
+
 /// How unsteady a path is against the path that was meant. RMS and largest deviation after the mean
 /// deviation is taken away: a picture that stands still a little aside is steady.
 struct SSteadiness {

@@ -54,6 +54,7 @@ struct SStabilizeResult {
   STrackingOutcome tracking;
   std::vector<SFrameMotion> measured;  ///< motion of the input
   std::vector<SFrameMotion> intended;  ///< the path that the picture was put on
+  std::vector<SPoint2> outputPoints;   ///< the points used, in the first frame of the output
   std::optional<SVerification> verification;
   int framesWritten = 0;
   double trackSeconds = 0.0;
@@ -103,7 +104,7 @@ class CStabilizeJob {
 };
 
 /// Measures how steady the frames [first, end) of a finished clip are against the intended path.
-/// Throws CClipError, CJobError (nothing in the picture to measure on), CInterrupted.
+/// Throws CClipError, CJobError (no point can be followed), CInterrupted.
 SVerification VerifyOutput(const std::string& path, int first, int end,
                            const SStabilizeResult& result, const SJobObserver& observer,
                            int threads);
