@@ -131,12 +131,9 @@ std::unique_ptr<IClipWriter> CreateClip(const std::string& path, IClipReader& so
                                         int end, const SWriteOptions& options) {
   CheckOutput(path, source.info(), first, end, options.overwrite);
   switch (ResolveOutput(path, source.info(), first, end).kind) {
-    case SClipOutput::EKind::Null:
-      return MakeNullWriter();
-    case SClipOutput::EKind::Video:
-      return CreateVideo(path, source, first, end, options);
-    case SClipOutput::EKind::Sequence:
-      break;
+    case SClipOutput::EKind::Null: return MakeNullWriter();
+    case SClipOutput::EKind::Video: return CreateVideo(path, source, first, end, options);
+    case SClipOutput::EKind::Sequence: break;
   }
   return CreateSequence(path, source, first, end, options);
 }

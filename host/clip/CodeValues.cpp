@@ -51,14 +51,10 @@ void NarrowToBytes(const std::uint16_t* samples, std::uint8_t* codes, std::size_
 void QuantiseSamples(const std::uint16_t* samples, std::uint16_t* rounded, std::size_t count,
                      int bits) {
   switch (bits) {
-    case 8:
-      return Quantise<8>(samples, rounded, count);
-    case 10:
-      return Quantise<10>(samples, rounded, count);
-    case 12:
-      return Quantise<12>(samples, rounded, count);
-    default:
-      break;
+    case 8: return Quantise<8>(samples, rounded, count);
+    case 10: return Quantise<10>(samples, rounded, count);
+    case 12: return Quantise<12>(samples, rounded, count);
+    default: break;
   }
   for (std::size_t i = 0; i < count; ++i) rounded[i] = samples[i];
 }

@@ -141,3 +141,13 @@ void CDpxHeader::carryInto(const std::string& path) const {
   file.close();
   if (!file) throw CClipError(path + ": " + std::strerror(errno));
 }
+
+void CDpxHeader::nameFile(const std::string& path, const std::string& name) {
+  constexpr std::streamoff kNameAt = 36;
+  std::string field = name.substr(0, 99);
+  field.resize(100, '\0');
+  std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+  file.seekp(kNameAt).write(field.data(), static_cast<std::streamsize>(field.size()));
+  file.close();
+  if (!file) throw CClipError(path + ": " + std::strerror(errno));
+}

@@ -39,6 +39,10 @@ class CDpxHeader {
   /// of picture; what describes the layout of that file stays. Throws CClipError.
   void carryInto(const std::string& path) const;
 
+  /// Puts a file name into the header of the DPX file at `path`: the library enters the name that
+  /// it was given, which is a temporary one. Throws CClipError.
+  static void nameFile(const std::string& path, const std::string& name);
+
  private:
   std::uint8_t u8(std::size_t at) const { return bytes_[at]; }
   std::uint16_t u16(std::size_t at) const;

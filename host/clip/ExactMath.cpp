@@ -14,13 +14,9 @@ SCosSin CosSinOfTurns(double turns) {
   }
   sine *= x;
   switch (static_cast<int>(quarters - 4.0 * std::floor(quarters / 4.0))) {
-    case 0:
-      return {cosine, sine};
-    case 1:
-      return {-sine, cosine};
-    case 2:
-      return {-cosine, -sine};
-    default:
-      return {sine, -cosine};
+    case 0: return {cosine, sine};
+    case 1: return {-sine, cosine};
+    case 2: return {-cosine, -sine};
+    default: return {sine, -cosine};
   }
 }

@@ -8,6 +8,7 @@
 #include "ImageTraits.h"
 #include "SequencePattern.h"
 #include "TemporaryFile.h"
+#include "WholeFile.h"
 #include "clip/ClipReader.h"
 
 namespace {
@@ -165,6 +166,7 @@ void ReadImage(const std::string& path, const SImageTraits& expected, int thread
   const SImageTraits traits = TraitsOf(*input, path);
   if (!traits.isSameKind(expected))
     throw CClipError(path + ": is " + traits.text() + ", the sequence is " + expected.text());
+  RequireWholeFile(path, traits.extension);
   const std::size_t count = StoredCount(traits);
   if (traits.channels == 3) return ReadStored(*input, traits, path, samples, count);
   std::vector<std::uint16_t>& stored = Scratch<std::uint16_t>(count);
@@ -196,5 +198,12 @@ void WriteImage(const std::string& path, const SImageTarget& target, int threads
       !WriteStored(*output, traits, stored, StoredCount(traits)) || !output->close())
     throw CClipError(WriteErrorText(path, output->geterror()));
   if (header) header->carryInto(temporary.path());
+  if (traits.extension == "dpx" && !header)
+    CDpxHeader::nameFile(temporary.path(), path.substr(path.rfind('/') + 1));
+  try {
+    RequireWholeFile(temporary.path(), traits.extension);
+  } catch (const CClipError&) {
+    throw CClipError(WriteErrorText(path, ""));
+  }
   temporary.commit();
 }

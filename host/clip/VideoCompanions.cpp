@@ -26,9 +26,14 @@ int AddCopy(const AVStream& source, AVFormatContext& output) {
 
 }  // namespace
 
-CVideoCompanions::CVideoCompanions(const std::string& source, AVFormatContext& output, double begin,
-                                   double end)
-    : output_(output), input_(OpenInput(source)), begin_(begin), end_(end), packet_(MakePacket()) {
+CVideoCompanions::CVideoCompanions(const std::string& source, AVFormatContext& output,
+                                   double origin, double begin, double end)
+    : output_(output),
+      input_(OpenInput(source)),
+      origin_(origin),
+      begin_(begin),
+      end_(end),
+      packet_(MakePacket()) {
   const int video = av_find_best_stream(input_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   for (unsigned i = 0; i < input_->nb_streams; ++i) {
     AVStream& stream = *input_->streams[i];
@@ -67,7 +72,7 @@ int CVideoCompanions::writeUntil(double second) {
     waits_ = true;
     if (secondOf(*packet_) >= second) return 0;
     const AVRational from = input_->streams[packet_->stream_index]->time_base;
-    const std::int64_t shift = std::llround(begin_ / av_q2d(from));
+    const std::int64_t shift = std::llround(origin_ / av_q2d(from));
     if (packet_->pts != AV_NOPTS_VALUE) packet_->pts -= shift;
     if (packet_->dts != AV_NOPTS_VALUE) packet_->dts -= shift;
     packet_->stream_index = targets_[static_cast<std::size_t>(packet_->stream_index)];

@@ -11,8 +11,9 @@
 class CVideoCompanions {
  public:
   /// Adds the streams to `output`, whose header is not written yet. [begin, end): seconds of the
-  /// source that are written; `begin` becomes 0.
-  CVideoCompanions(const std::string& source, AVFormatContext& output, double begin, double end);
+  /// source that are written, infinite where the whole is wanted; `origin` becomes 0.
+  CVideoCompanions(const std::string& source, AVFormatContext& output, double origin, double begin,
+                   double end);
   /// Writes every packet that begins before `second` (of the source). Returns a library code.
   int writeUntil(double second);
   /// Writes the rest of the range.
@@ -25,6 +26,7 @@ class CVideoCompanions {
   AVFormatContext& output_;
   InputFile input_;
   std::vector<int> targets_;  ///< output stream of each source stream; -1: not carried
+  double origin_ = 0.0;
   double begin_ = 0.0;
   double end_ = 0.0;
   Packet packet_;

@@ -63,8 +63,7 @@ class CVideoWriter : public IClipWriter {
     openFile();
     openEncoder(kind, std::max(1, options.threads));
     addStream();
-    if (video_ != nullptr)
-      companions_.emplace(source.info().path, *file_, secondOf(first), secondOf(end));
+    if (video_ != nullptr) addCompanions();
     writeHeader();
     makePicture();
   }
@@ -214,6 +213,15 @@ class CVideoWriter : public IClipWriter {
       av_dict_set(&stream_->metadata, "timecode",
                   AdvanceTimecode(info.startTimecode, first_ - info.firstFrame).toText().c_str(),
                   0);
+  }
+
+  /// Sound of the frames written; what leads in before the first frame or fades out behind the last
+  /// of the whole clip belongs to them.
+  void addCompanions() {
+    const SClipInfo& info = source_.info();
+    const double begin = first_ == info.firstFrame ? -HUGE_VAL : secondOf(first_);
+    const double end = end_ == info.endFrame ? HUGE_VAL : secondOf(end_);
+    companions_.emplace(info.path, *file_, secondOf(first_), begin, end);
   }
 
   void carryRotation(const AVStream& original) {
