@@ -14,8 +14,7 @@
 #include "doubles/RecordingProgressMonitor.h"
 #include "doubles/ShotDouble.h"
 #include "render/StabilizerToolParameters.h"
-#include "support/ErrorReport.h"
-#include "support/Numerics.h"
+#include "support/Threads.h"
 #include "support/ZoomFractional.h"
 
 namespace {
@@ -124,6 +123,7 @@ class CPass {
     waitFor(processor, CAutotoolStatus::STOPPED, results);
     processor.commandQueue().Add({CAutotoolCommand::EXIT, nullptr});
     waitFor(processor, CAutotoolStatus::THREAD_ENDED, results);
+    BThreadWaitForAll();
   }
 
   int sample(int frame, int x, int y, int component = 0) const {
