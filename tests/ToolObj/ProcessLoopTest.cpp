@@ -48,6 +48,7 @@ class CRig {
     post(EXIT);
     if (!threadEnded_) statusesUntil("7");
     processor.reset();
+    BThreadWaitForAll();
     sink.flush();
     host.toolFrameCache.clear();
     EXPECT_EQ(pool.buffersInUse(), 0) << "frames leaked";
