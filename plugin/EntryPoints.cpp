@@ -60,8 +60,9 @@ __attribute__((constructor)) void onLoad() {
   if (!library.legalText) readVersion();
 }
 
-// Runs before the library's static objects are destroyed and its code goes away, so no thread of
-// the tool may outlive it.
+// Runs before the library's static objects are destroyed and its code goes away. `toolShutdown` has
+// ended the tool's threads; only their last instructions are waited for. A thread still at work
+// could not be: the loader's lock, which is held here, is one that it may come to need.
 __attribute__((destructor)) void onUnload() {
   BThreadWaitForAll();
   delete library.tool;

@@ -184,7 +184,7 @@ void CStabilizerTool::onSmoothingCompleted() {
 
 void CStabilizerTool::startRequestedPass() {
   const int event = pendingArgument_;
-  pendingArgument_ = EVENT_STATUS;
+  forgetPendingRequest();
   runState_ = RUN_RENDERING;
   if (event == EVENT_STATUS) {
     runState_ = RUN_ERROR;

@@ -16,6 +16,7 @@ TEST_F(Notifications, ActivationAndDeactivationMirrorEachOther) {
                                 "setDisplaySetting 0", "setToolProgressMonitor null"}));
   EXPECT_EQ(host.editor, nullptr);
   EXPECT_FALSE(QTXunlockPreallocPool(PREALLOC_POOL_BUFFER_HOLDERS)) << "the tool's lock is gone";
+  host.displaySetting = true;
   tool.toolActivate();
   EXPECT_EQ(host.calls.take(),
             (std::vector<std::string>{"setToolEditor set", "setToolProgressMonitor set",

@@ -146,10 +146,10 @@ TEST_F(PassSetup, RangesReachTheHost) {
        true, 104, 107, 1, 1},
       {"kind 4", [this] { tool.processFrameKind4(); }, true, 104, 107, 4, 1},
   };
-  host.displayedFrame = 105;
   host.parameterValue = 77;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
+    host.displayedFrame = 105;
     c.act();
     ASSERT_TRUE(host.frameRange);
     ASSERT_EQ(host.frameRange->inputs.size(), 1u);

@@ -64,7 +64,9 @@ TEST_F(ProcessingStates, TheRunStateFollowsTheProcessor) {
     const bool changed = c.state != c.expectedState;
     EXPECT_EQ(window->calls.count("buttons"), changed ? 1 : 0);
     EXPECT_EQ(host.calls.count("notifyToolIdle"), 0);
-    if (c.status == S_ERROR) EXPECT_EQ(tool.getLastProcessingError(), -42);
+    if (c.status == S_ERROR) {
+      EXPECT_EQ(tool.getLastProcessingError(), -42);
+    }
   }
 }
 

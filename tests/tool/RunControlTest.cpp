@@ -40,10 +40,6 @@ struct SRequestCase {
   int expectedPending;
 };
 
-void PrintTo(const SRequestCase& c, std::ostream* out) {
-  *out << c.name;
-}
-
 TEST_F(RunControl, RequestsMoveTheRunStateOnlyWhereTheyFit) {
   const SRequestCase cases[] = {
       {"track if possible", PLACED, 0, 1, 2, 0},
@@ -262,7 +258,9 @@ TEST_F(RunControl, SettingsChangedDuringSmoothingAreSmoothedAgainBeforeTheRender
   BThreadWaitForAll();
   // Whether the run had ended by then or not, a path of the old settings is not rendered.
   for (int beats = 0; beats < 10 && tool.runState() != RUN_RENDERING; ++beats) {
-    if (tool.runState() == RUN_RENDER_REQUESTED) EXPECT_TRUE(tool.isSmoothed());
+    if (tool.runState() == RUN_RENDER_REQUESTED) {
+      EXPECT_TRUE(tool.isSmoothed());
+    }
     heartbeat();
   }
   EXPECT_EQ(tool.runState(), RUN_RENDERING);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "doubles/RecordingHost.h"
+#include "doubles/RecordingProgressMonitor.h"
 #include "support/ErrorReport.h"
 #include "support/Trace.h"
 #include "tool/ParameterWindow.h"
@@ -81,6 +82,7 @@ class ToolTest : public testing::Test {
 
   void TearDown() override {
     BThreadWaitForAll();
+    if (host.editor) tool.toolDeactivate();  // its lock on the buffer pool is the process'
     SetErrorSink({});
     SetTraceSink({});
     ZRNQTraceLevel = savedTraceLevel_;

@@ -45,7 +45,8 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
 
   /// Does not talk to the host. `makeWindow` is called by toolInitialize.
   CStabilizerTool(const std::string& toolName, WindowFactory makeWindow);
-  /// Waits for a smoothing run that is under way. REQUIRES: the tool's processors are gone.
+  /// REQUIRES: `toolShutdown` was called if `toolInitialize` was, and the tool's processors are
+  /// gone.
   ~CStabilizerTool() override;
 
   // Life and notifications (StabilizerTool.cpp).
@@ -54,6 +55,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   int toolHide() override;
   int toolActivate() override;
   int toolDeactivate() override;
+  /// Destroys the window, once a smoothing run that is under way has ended.
   int toolShutdown() override;
   bool isToolShowing() override;
   bool canRenderWithoutAsking() override { return false; }
