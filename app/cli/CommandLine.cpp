@@ -177,6 +177,9 @@ void addTestShotCommand(CLI::App& app, SCommandLine& commandLine) {
   command->add_option("--dust", shot.dust, "Specks a frame");
   command->add_option("--matte", shot.matte, "Width of a matted border, pixels");
   command->add_flag("!--no-subject", shot.subject, "Nothing moves on its own");
+  command->add_flag_function(
+      "-q,--quiet", [&commandLine](std::int64_t) { commandLine.verbosity = -1; },
+      "Say nothing but errors");
   command->add_flag("--overwrite", commandLine.testShotOverwrite, "Replace output that exists");
   command->callback([&commandLine] { commandLine.command = SCommandLine::ECommand::testShot; });
 }

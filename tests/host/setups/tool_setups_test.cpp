@@ -82,7 +82,9 @@ class CAddingTool : public CToolObject {
 
 class ToolSetups : public ::testing::Test {
  protected:
+  ~ToolSetups() override { close(); }
   void open(int first, int end, bool parallel) {
+    close();
     reader_ = std::make_unique<CScriptedReader>(first, end);
     writer_ = std::make_unique<CScriptedWriter>(parallel);
     store_ = std::make_unique<CFrameStore>(*reader_, SFrameStoreSettings{4, 1});
@@ -93,6 +95,10 @@ class ToolSetups : public ::testing::Test {
     setups_->setWriter(writer_.get());
     setups_->setRenderMode(1);
     ASSERT_EQ(setups_->activate(setups_->make(2, CToolIOConfig(1, 1, 1))), 0);
+  }
+  void close() {
+    setups_.reset();
+    host_.toolFrameCache.clear();  // its frames' memory is the store's
   }
   void run(int first, int end) {
     CToolFrameRange range(1, 1);

@@ -1,0 +1,166 @@
+// Bad input and bad luck: a clear message, the right status, and nothing lost.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include "Program.h"
+#include "clip/ClipReader.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct SBadInput {
+  const char* name;
+  const char* prepare;  // a shell line that spoils the good shot scan.####.dpx, frames 1001 to 1012
+  const char* arguments;
+  int status;
+  const char* says;
+};
+
+const SBadInput BAD_INPUTS[] = {
+    {"NoSuchFile", "", "nowhere.mov -o out.####.dpx", 1, "nowhere.mov"},
+    {"EmptyFolder", "mkdir empty", "empty -o out.####.dpx", 1, "empty"},
+    {"NotAClip", "head -c 5000 /dev/zero > rubbish.mov", "rubbish.mov -o out.####.dpx", 1,
+     "rubbish.mov"},
+    {"HoleInTheSequence", "rm scan.1004.dpx scan.1005.dpx", "scan.####.dpx -o out.####.dpx", 1,
+     "1004"},
+    {"TruncatedFrame", "truncate -s 40000 scan.1007.dpx", "scan.####.dpx -o out.####.dpx", 1,
+     "1007"},
+    {"CorruptFrame", "head -c 300000 /dev/zero > scan.1006.dpx", "scan.####.dpx -o out.####.dpx", 1,
+     "1006"},
+    {"FrameOfAnotherSize",
+     "stabilize test-shot -o small.####.dpx --width 200 --height 150 --frames 1 --first 1008 -q && "
+     "mv small.1008.dpx scan.1008.dpx",
+     "scan.####.dpx -o out.####.dpx", 1, "1008"},
+    {"FewerFramesThanAnchors", "", "scan.####.dpx -o out.####.dpx --in 1003 --out 1004", 1,
+     "the marked frame range must be greater than the number of anchor frames (code -8501)"},
+    {"ClipOfOneFrame", "mkdir one && cp scan.1001.dpx one/", "one -o out.####.dpx", 1, "-8501"},
+    {"InNotBelowOut", "", "scan.####.dpx -o out.####.dpx --in 1005 --out 1005", 2,
+     "--in 1005 is not below --out 1005"},
+    {"MarksOutsideTheClip", "", "scan.####.dpx -o out.####.dpx --in 900", 2, "--in 900"},
+    {"NoTexture",
+     "rm scan.*; stabilize test-shot -o scan.####.dpx --width 320 --height 240 --frames 3 -q; for "
+     "f "
+     "in 1001 1002 1003; do ffmpeg -v error -y -f lavfi -i color=gray:s=320x240 -frames:v 1 "
+     "-pix_fmt gbrp10le scan.$f.dpx; done",
+     "scan.####.dpx -o out.####.dpx", 1, "nothing in the picture can be tracked"},
+    {"EveryPointLost",
+     "for f in 1006 1007 1008; do ffmpeg -v error -y -f lavfi -i color=gray:s=320x240 -frames:v 1 "
+     "-pix_fmt gbrp10le scan.$f.dpx; done",
+     "scan.####.dpx -o out.####.dpx", 1, "frame 1006: every tracking point was lost"},
+    {"OutputIsInput", "", "scan.####.dpx -o ./scan.%04d.dpx --overwrite", 1, "input"},
+    {"OutputExists", "touch out.1005.dpx", "scan.####.dpx -o out.####.dpx", 1, "out.1005.dpx"},
+    {"OutputBelowAFile", "touch file", "scan.####.dpx -o file/out.####.dpx", 1, "file"},
+    {"UnknownContainer", "", "scan.####.dpx -o out.xyz", 1, "out.xyz"},
+    {"UnknownOption", "", "scan.####.dpx -o out.####.dpx --frobnicate", 2, "--frobnicate"},
+    {"UnknownChoice", "", "scan.####.dpx -o out.####.dpx --motion wobble", 2, "--motion"},
+    {"NoOutput", "", "scan.####.dpx", 2, "--output"},
+    {"PointOutsideThePicture", "", "scan.####.dpx -o out.####.dpx --point 500,10", 2, "--point"},
+    {"PointThatIsNone", "", "scan.####.dpx -o out.####.dpx --point 1;2", 2, "--point"},
+    {"PointTooNearTheEdge", "", "scan.####.dpx -o out.####.dpx --point 3,100", 2, "track box"},
+};
+
+class BadInput : public ::testing::TestWithParam<SBadInput> {};
+
+TEST_P(BadInput, IsToldAndLosesNothing) {
+  const SBadInput& bad = GetParam();
+  CTemporaryFolder folder;
+  const SRun made =
+      RunLine(folder.path(),
+              "stabilize test-shot -o scan.####.dpx --width 320 --height 240 --frames "
+              "12 --dust 0 --no-subject -q");
+  ASSERT_EQ(made.status, 0) << made.output;
+  if (*bad.prepare) {
+    const SRun prepared = RunLine(folder.path(), bad.prepare);
+    ASSERT_EQ(prepared.status, 0) << prepared.output;
+  }
+  const std::string before = FileText(folder.path() / "scan.1002.dpx");
+  const std::string arguments = bad.arguments;
+  std::string quoted;
+  for (char c : arguments) quoted += c == ';' ? std::string("\\;") : std::string(1, c);
+  const SRun run = RunLine(folder.path(), "stabilize " + quoted);
+  EXPECT_EQ(run.status, bad.status) << run.output;
+  EXPECT_NE(run.output.find(bad.says), std::string::npos) << run.output;
+  EXPECT_EQ(FileText(folder.path() / "scan.1002.dpx"), before);
+  for (const auto& entry : fs::directory_iterator(folder.path()))
+    EXPECT_EQ(entry.path().filename().string().find("tmp"), std::string::npos) << entry.path();
+}
+
+INSTANTIATE_TEST_SUITE_P(Command, BadInput, ::testing::ValuesIn(BAD_INPUTS),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+class BadLuck : public ::testing::Test {
+ protected:
+  void makeShot(const char* frames) {
+    const SRun made = RunLine(folder_.path(), std::string("stabilize test-shot -o scan.####.dpx "
+                                                          "--width 640 --height 480 --dust 0 -q "
+                                                          "--frames ") +
+                                                  frames);
+    ASSERT_EQ(made.status, 0) << made.output;
+  }
+  /// Whole frames of out.####.dpx; anything else that begins with "out" or hides is a failure.
+  int wholeFrames() {
+    int count = 0;
+    std::vector<std::uint16_t> samples(640 * 480 * 3);
+    for (const auto& entry : fs::directory_iterator(folder_.path())) {
+      const std::string name = entry.path().filename().string();
+      EXPECT_EQ(name.find("tmp"), std::string::npos) << name;
+      if (name.rfind("out.", 0) != 0) continue;
+      const auto reader = OpenClip(entry.path().string(), 1);
+      EXPECT_NO_THROW(reader->readFrame(std::stoi(name.substr(4, 4)), samples.data())) << name;
+      ++count;
+    }
+    return count;
+  }
+  CTemporaryFolder folder_;
+};
+
+TEST_F(BadLuck, AFullDiskLeavesOnlyWholeFrames) {
+  makeShot("8");
+  // The limit lies between the size of a frame and nothing: every frame is too large.
+  const SRun run =
+      RunLine(folder_.path(), "( ulimit -f 400; stabilize scan.####.dpx -o out.####.dpx )");
+  EXPECT_EQ(run.status, 1) << run.output;
+  EXPECT_NE(run.output.find("out.1001.dpx"), std::string::npos) << run.output;
+  EXPECT_EQ(wholeFrames(), 0);
+}
+
+TEST_F(BadLuck, AnInterruptStopsCleanlyAndWholeFramesStay) {
+  makeShot("150");
+  CRunningProgram program(folder_.path(),
+                          "exec '" STAB_PROGRAM "' scan.####.dpx -o out.####.dpx -q");
+  while (program.isRunning() && !fs::exists(folder_.path() / "out.1003.dpx"))
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait(), 130);
+  const int whole = wholeFrames();
+  EXPECT_GE(whole, 3);
+  EXPECT_LT(whole, 150);
+}
+
+TEST_F(BadLuck, AKilledRenderIsMadeWholeBySayingItAgain) {
+  makeShot("40");
+  {
+    CRunningProgram program(folder_.path(),
+                            "exec '" STAB_PROGRAM "' scan.####.dpx -o out.####.dpx -q");
+    while (program.isRunning() && !fs::exists(folder_.path() / "out.1003.dpx"))
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    program.signal(SIGKILL);
+    program.wait();
+  }
+  const SRun again =
+      RunLine(folder_.path(), "stabilize scan.####.dpx -o out.####.dpx --overwrite -q");
+  ASSERT_EQ(again.status, 0) << again.output;
+  const SRun fresh = RunLine(folder_.path(), "stabilize scan.####.dpx -o new.####.dpx -q");
+  ASSERT_EQ(fresh.status, 0) << fresh.output;
+  for (int frame = 1001; frame <= 1040; ++frame) {
+    const std::string name = "." + std::to_string(frame) + ".dpx";
+    EXPECT_EQ(FileText(folder_.path() / ("out" + name)), FileText(folder_.path() / ("new" + name)));
+  }
+}
+
+}  // namespace

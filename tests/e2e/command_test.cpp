@@ -1,0 +1,143 @@
+// The command as a person runs it: one shot in, one steady shot out.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <regex>
+#include <vector>
+
+#include "Program.h"
+#include "clip/ClipReader.h"
+
+namespace {
+
+constexpr const char* SMALL_SHOT = "--width 480 --height 360 --frames 40 --no-subject --dust 0";
+
+class Command : public ::testing::Test {
+ protected:
+  SRun run(const std::string& line) { return RunLine(folder_.path(), line); }
+  void mustRun(const std::string& line) {
+    const SRun done = run(line);
+    ASSERT_EQ(done.status, 0) << line << "\n" << done.output;
+  }
+  std::vector<std::uint16_t> frameOf(const std::string& clip, int frame) {
+    const auto reader = OpenClip((folder_.path() / clip).string(), 1);
+    std::vector<std::uint16_t> samples(reader->info().format.getBytesPerField() / 2);
+    reader->readFrame(frame, samples.data());
+    return samples;
+  }
+  /// The numbers that follow a word in a text.
+  static std::vector<double> numbersAfter(const std::string& text, const std::string& word) {
+    std::vector<double> numbers;
+    const std::size_t at = text.find(word);
+    if (at == std::string::npos) return numbers;
+    const std::string line = text.substr(at + word.size(), text.find('\n', at) - at - word.size());
+    const std::regex number("[-+]?[0-9]+\\.[0-9]+");
+    for (auto i = std::sregex_iterator(line.begin(), line.end(), number);
+         i != std::sregex_iterator(); ++i)
+      numbers.push_back(std::stod(i->str()));
+    return numbers;
+  }
+
+  CTemporaryFolder folder_;
+};
+
+TEST_F(Command, AWeavingScanComesOutSteadyByItsTruth) {
+  mustRun(std::string("stabilize test-shot -o scan.####.dpx --truth truth.json ") + SMALL_SHOT);
+  mustRun(
+      "stabilize scan.####.dpx -o steady.####.dpx --stabilize rotation --report report.json "
+      "--graph motion.svg --verify --max-residual 0.1");
+  const SRun residual = run("stabilize residual report.json truth.json");
+  ASSERT_EQ(residual.status, 0) << residual.output;
+  for (const char* axis : {"horizontal", "vertical"}) {
+    const std::vector<double> pixels = numbersAfter(residual.output, axis);
+    ASSERT_EQ(pixels.size(), 2u) << residual.output;
+    EXPECT_GT(pixels[0], 0.5);
+    EXPECT_LT(pixels[1], 0.05);
+  }
+  EXPECT_LT(numbersAfter(residual.output, "rotation").at(1), 0.02);
+  EXPECT_NE(FileText(folder_.path() / "motion.svg").find("</svg>"), std::string::npos);
+  EXPECT_EQ(frameOf("scan.####.dpx", 1001), frameOf("steady.####.dpx", 1001))
+      << "the anchor frame stays as it is";
+}
+
+TEST_F(Command, ResidualAboveTheLimitFails) {
+  mustRun(std::string("stabilize test-shot -o scan.####.tif ") + SMALL_SHOT);
+  const SRun strict =
+      run("stabilize scan.####.tif -o steady.####.tif --verify --max-residual 0.00001");
+  EXPECT_EQ(strict.status, 1);
+  EXPECT_NE(strict.output.find("--max-residual"), std::string::npos) << strict.output;
+  EXPECT_TRUE(std::filesystem::exists(folder_.path() / "steady.1040.tif"));
+}
+
+TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnTheRun) {
+  mustRun(std::string("stabilize test-shot -o scan.####.dpx ") + SMALL_SHOT);
+  const std::string options =
+      " --stabilize rotation --motion smooth --fill previous --overwrite -q";
+  mustRun("stabilize scan.####.dpx -o a.####.dpx --threads 1" + options);
+  for (const char* threads : {"1", "2", "8"}) {
+    mustRun(std::string("stabilize scan.####.dpx -o b.####.dpx --threads ") + threads + options);
+    for (int frame = 1001; frame <= 1040; ++frame) {
+      const std::string name = "." + std::to_string(frame) + ".dpx";
+      ASSERT_EQ(FileText(folder_.path() / ("a" + name)), FileText(folder_.path() / ("b" + name)))
+          << threads << " threads, frame " << frame;
+    }
+  }
+}
+
+TEST_F(Command, TheMattedBorderIsNotTouched) {
+  mustRun("stabilize test-shot -o scan.####.dpx --matte 30 --width 480 --height 360 --frames 12");
+  mustRun("stabilize scan.####.dpx -o steady.####.dpx --matting 30,30,449,329 --fill zoom");
+  for (int frame : {1001, 1006, 1012}) {
+    const std::vector<std::uint16_t> before = frameOf("scan.####.dpx", frame);
+    const std::vector<std::uint16_t> after = frameOf("steady.####.dpx", frame);
+    int changedOutside = 0;
+    int changedInside = 0;
+    for (int y = 0; y < 360; ++y)
+      for (int x = 0; x < 480; ++x) {
+        const std::size_t at = static_cast<std::size_t>(y * 480 + x) * 3;
+        const bool changed = !std::equal(&before[at], &before[at] + 3, &after[at]);
+        const bool inside = x >= 30 && x <= 449 && y >= 30 && y <= 329;
+        if (changed) ++(inside ? changedInside : changedOutside);
+      }
+    EXPECT_EQ(changedOutside, 0) << frame;
+    EXPECT_GT(changedInside, 10000) << frame;
+  }
+}
+
+TEST_F(Command, MarksLimitWhatIsWritten) {
+  mustRun(std::string("stabilize test-shot -o scan.####.png ") + SMALL_SHOT);
+  mustRun(
+      "stabilize scan.1003.png -o part.####.png --in 1010 --out 1015 --motion match --reference "
+      "1012 --anchor none");
+  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "part.1009.png"));
+  EXPECT_TRUE(std::filesystem::exists(folder_.path() / "part.1010.png"));
+  EXPECT_TRUE(std::filesystem::exists(folder_.path() / "part.1014.png"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "part.1015.png"));
+  EXPECT_EQ(frameOf("scan.####.png", 1012), frameOf("part.####.png", 1012))
+      << "the reference frame is where it was";
+}
+
+TEST_F(Command, VideoGoesInAndOut) {
+  mustRun(std::string("stabilize test-shot -o scan.mkv ") + SMALL_SHOT);
+  mustRun("stabilize scan.mkv -o steady.mkv --compare both.mp4 --verify --max-residual 0.1");
+  const SRun info = run("stabilize info steady.mkv");
+  EXPECT_NE(info.output.find("0 to 39 (40)"), std::string::npos) << info.output;
+  EXPECT_EQ(run("stabilize info both.mp4").status, 0);
+}
+
+TEST_F(Command, SaysHowItIsUsed) {
+  const SRun help = run("stabilize --help");
+  EXPECT_EQ(help.status, 0);
+  for (const char* option :
+       {"--in",           "--out",       "--auto",      "--point",   "--stabilize",
+        "--motion",       "--reference", "--smoothing", "--jitter",  "--anchor",
+        "--fill",         "--matting",   "--track-box", "--search",  "--warp",
+        "--threads",      "--report",    "--graph",     "--compare", "--verify",
+        "--max-residual", "--overwrite", "--log",       "--quiet",   "--verbose"})
+    EXPECT_NE(help.output.find(option), std::string::npos) << option;
+  const SRun version = run("stabilize --version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_NE(version.output.find("1.2.0.0"), std::string::npos) << version.output;
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+#include "session/StabilizeOptions.h"
+
+namespace {
+
+SClipInfo clipOf(int width, int height) {
+  SClipInfo clip;
+  clip.format = CImageFormat(width, height);
+  clip.firstFrame = 1001;
+  clip.endFrame = 1101;
+  return clip;
+}
+
+struct SRefusal {
+  const char* name;
+  std::function<void(SStabilizeOptions&)> set;
+  const char* says;
+};
+
+class Refused : public ::testing::TestWithParam<SRefusal> {};
+
+TEST_P(Refused, NamesTheOption) {
+  SStabilizeOptions options;
+  GetParam().set(options);
+  try {
+    CheckAndComplete(options, clipOf(1920, 1080));
+    FAIL() << "was accepted";
+  } catch (const CUsageError& error) {
+    EXPECT_NE(std::string(error.what()).find(GetParam().says), std::string::npos) << error.what();
+  }
+}
+
+const SRefusal REFUSALS[] = {
+    {"InIsOut", [](auto& o) { o.in = o.out = 1010; }, "--in 1010 is not below --out 1010"},
+    {"InBeforeClip", [](auto& o) { o.in = 1000; }, "1001 to 1100"},
+    {"OutAfterClip", [](auto& o) { o.out = 1102; }, "--out 1102"},
+    {"SmoothingTooLarge",
+     [](auto& o) {
+       o.motion = EMotion::smooth;
+       o.smoothing = 11;
+     },
+     "--smoothing 11"},
+    {"SmoothingWithoutSmooth", [](auto& o) { o.smoothing = 3; }, "--motion smooth"},
+    {"ReferenceWithoutMatch", [](auto& o) { o.reference = 1002; }, "--motion match"},
+    {"ReferenceOutsideMarks",
+     [](auto& o) {
+       o.motion = EMotion::match;
+       o.in = 1010;
+       o.reference = 1009;
+     },
+     "--reference 1009"},
+    {"BothEndsHeld", [](auto& o) { o.anchor = EAnchor::both; }, "--anchor both"},
+    {"BoxTooLarge", [](auto& o) { o.trackBox = 31; }, "--track-box 31"},
+    {"SearchTooSmall", [](auto& o) { o.search = 4; }, "--search 4"},
+    {"NoPointsWanted", [](auto& o) { o.autoPoints = 0; }, "--auto 0"},
+    {"JitterNegative", [](auto& o) { o.jitter = -1; }, "--jitter -1"},
+    {"PointOutside",
+     [](auto& o) {
+       o.points = {{1920.0, 5.0}};
+     },
+     "1920x1080"},
+    {"PointNotANumber",
+     [](auto& o) {
+       o.points = {{std::nan(""), 5.0}};
+     },
+     "--point"},
+    {"MattingInsideOut",
+     [](auto& o) {
+       o.matting = EMatting::box;
+       o.mattingBox = {100, 100, 50, 200};
+     },
+     "--matting"},
+    {"MattingOutside",
+     [](auto& o) {
+       o.matting = EMatting::box;
+       o.mattingBox = {0, 0, 1920, 500};
+     },
+     "--matting"},
+    {"ResidualNegative", [](auto& o) { o.maxResidual = -0.1; }, "--max-residual"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Options, Refused, ::testing::ValuesIn(REFUSALS),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Options, WhatIsNotSaidFollowsTheClip) {
+  SStabilizeOptions options;
+  CheckAndComplete(options, clipOf(1920, 1080));
+  EXPECT_EQ(options.in, 1001);
+  EXPECT_EQ(options.out, 1101);
+  EXPECT_EQ(options.trackBox, 10);
+  EXPECT_EQ(options.search, 20);
+  EXPECT_EQ(options.reference, 1001);
+  SStabilizeOptions wide;
+  CheckAndComplete(wide, clipOf(4096, 2160));
+  EXPECT_EQ(wide.trackBox, 20);
+  EXPECT_EQ(wide.search, 40);
+}
+
+CPDLElement recordOf(const CPDLEntry& entry) {
+  return entry.FirstElement().GetChild(0);
+}
+
+TEST(Entry, CarriesTheAxesThatAreStabilised) {
+  const struct {
+    EStabilize what;
+    const char *h, *v, *r;
+  } cases[] = {
+      {EStabilize::horizontal, "STABMODE_Registered", "STABMODE_None", "STABMODE_None"},
+      {EStabilize::vertical, "STABMODE_None", "STABMODE_Registered", "STABMODE_None"},
+      {EStabilize::both, "STABMODE_Registered", "STABMODE_Registered", "STABMODE_None"},
+      {EStabilize::rotation, "STABMODE_Registered", "STABMODE_Registered", "STABMODE_Registered"}};
+  for (const auto& wanted : cases) {
+    SStabilizeOptions options;
+    options.stabilize = wanted.what;
+    options.motion = EMotion::match;
+    CheckAndComplete(options, clipOf(1920, 1080));
+    const CPDLEntry entry = MakeEntry(options);
+    EXPECT_EQ(recordOf(entry).GetAttribString("HMode", ""), wanted.h);
+    EXPECT_EQ(recordOf(entry).GetAttribString("VMode", ""), wanted.v);
+    EXPECT_EQ(recordOf(entry).GetAttribString("RMode", ""), wanted.r);
+  }
+}
+
+TEST(Entry, SmoothingPositionsBecomeWeights) {
+  const struct {
+    int position;
+    double alpha;
+  } cases[] = {{0, -1.0}, {1, 1.0}, {5, 1e-3}, {9, 1e-6}, {10, 0.0}};
+  for (const auto& wanted : cases) {
+    SStabilizeOptions options;
+    options.motion = EMotion::smooth;
+    options.smoothing = wanted.position;
+    CheckAndComplete(options, clipOf(1920, 1080));
+    const CPDLEntry entry = MakeEntry(options);
+    EXPECT_NEAR(recordOf(entry).GetAttribDouble("Alpha2", 99.0), wanted.alpha, 1e-9)
+        << wanted.position;
+  }
+}
+
+TEST(Entry, HoldsBoxesOnlyWhenAMattingBoxIsGiven) {
+  SStabilizeOptions options;
+  CheckAndComplete(options, clipOf(1920, 1080));
+  EXPECT_EQ(MakeEntry(options).FirstElement().GetChildCount(), 1);
+  options.matting = EMatting::box;
+  options.mattingBox = {10, 20, 1900, 1000};
+  const CPDLEntry entry = MakeEntry(options);
+  ASSERT_EQ(entry.FirstElement().GetChildCount(), 2);
+  EXPECT_EQ(entry.FirstElement().GetChild(1).GetName(), "TrackingArray");
+}
+
+}  // namespace
