@@ -1,5 +1,6 @@
 #include "DpxHeader.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdio>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::uint32_t kUndefined = 0xFFFFFFFFu;
 constexpr std::size_t kMaxHeader = 64u << 20;
+constexpr std::size_t kMaxTrailer = 1u << 20;
 
 /// Byte ranges [begin, end) that describe the layout of one file rather than the picture.
 struct SRange {
@@ -56,12 +58,17 @@ CDpxHeader::CDpxHeader(const std::string& path) : bytes_(kFixedSize) {
   if (size < needed)
     throw CClipError(path + ": truncated, " + std::to_string(size) + " of " +
                      std::to_string(needed) + " bytes are there");
-  if (pictureOffset() > kFixedSize && pictureOffset() <= kMaxHeader) {
-    bytes_.resize(pictureOffset());
-    file.read(reinterpret_cast<char*>(bytes_.data() + kFixedSize),
-              static_cast<std::streamsize>(bytes_.size() - kFixedSize));
-    if (!file) throw CClipError(path + ": cannot read the header");
+  if (pictureOffset() > kMaxHeader) throw CClipError(path + ": the header is too long");
+  bytes_.resize(std::max<std::size_t>(kFixedSize, pictureOffset()));
+  file.read(reinterpret_cast<char*>(bytes_.data() + kFixedSize),
+            static_cast<std::streamsize>(bytes_.size() - kFixedSize));
+  if (pictureBytes() > 0 && size > needed && size - needed <= kMaxTrailer) {
+    trailer_.resize(size - needed);
+    file.seekg(static_cast<std::streamoff>(needed));
+    file.read(reinterpret_cast<char*>(trailer_.data()),
+              static_cast<std::streamsize>(trailer_.size()));
   }
+  if (!file) throw CClipError(path + ": cannot read the header");
 }
 
 std::uint16_t CDpxHeader::u16(std::size_t at) const {
@@ -83,6 +90,11 @@ std::uint32_t CDpxHeader::pictureOffset() const {
   return element != kUndefined && element >= kFixedSize ? element : u32(4);
 }
 
+std::uint32_t CDpxHeader::linePadding() const {
+  const std::uint32_t padding = u32(812);
+  return padding < 65536 ? padding : 0;
+}
+
 /// The least that the picture takes; what run-length encoding takes is not known beforehand.
 std::uint64_t CDpxHeader::pictureBytes() const {
   const int kind = descriptor();
@@ -93,8 +105,7 @@ std::uint64_t CDpxHeader::pictureBytes() const {
   std::uint64_t rowBytes = (row * static_cast<std::uint64_t>(bitSize()) + 7) / 8;
   if (filled && bitSize() == 10) rowBytes = (row + 2) / 3 * 4;
   if (filled && bitSize() == 12) rowBytes = row * 2;
-  const std::uint32_t padding = u32(812);
-  if (padding != kUndefined && padding < 65536) rowBytes += padding;
+  rowBytes += linePadding();
   return rowBytes * static_cast<std::uint64_t>(height());
 }
 

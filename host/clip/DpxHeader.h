@@ -27,13 +27,17 @@ class CDpxHeader {
   int packing() const { return u16(804); }
   bool isRunLength() const { return u16(806) == 1; }
   bool isSigned() const { return u32(780) == 1; }
+  bool hasLinePadding() const { return linePadding() != 0; }
   std::uint32_t pictureOffset() const;
   std::optional<SFrameRate> frameRate() const;
   std::optional<std::uint32_t> timecode() const;  ///< binary coded, HHMMSSFF
   /// Edge code as printed on the film: maker, type, offset, prefix, count; empty when there is
   /// none.
   std::string filmEdgeCode() const;
+  /// Everything before the picture.
   const std::vector<std::uint8_t>& bytes() const { return bytes_; }
+  /// What follows the picture, padding mostly; empty when the picture's size is not known.
+  const std::vector<std::uint8_t>& trailer() const { return trailer_; }
 
   /// Puts this header's descriptive fields into the DPX file at `path`, which holds the same kind
   /// of picture; what describes the layout of that file stays. Throws CClipError.
@@ -48,8 +52,10 @@ class CDpxHeader {
   std::uint16_t u16(std::size_t at) const;
   std::uint32_t u32(std::size_t at) const;
   float r32(std::size_t at) const;
+  std::uint32_t linePadding() const;
   std::uint64_t pictureBytes() const;
 
   std::vector<std::uint8_t> bytes_;
+  std::vector<std::uint8_t> trailer_;
   bool littleEndian_ = false;
 };

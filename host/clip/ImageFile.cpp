@@ -1,10 +1,12 @@
 #include "ImageFile.h"
 
+#include <cerrno>
 #include <cstring>
 #include <vector>
 
 #include "CodeValues.h"
 #include "DpxHeader.h"
+#include "DpxPicture.h"
 #include "ImageTraits.h"
 #include "SequencePattern.h"
 #include "TemporaryFile.h"
@@ -139,6 +141,50 @@ std::string WriteErrorText(const std::string& path, std::string cause) {
   return ImageErrorText(path, cause, system.c_str());
 }
 
+/// True when the file was a DPX file of a layout that needs no library, and has been read.
+bool ReadPlainDpx(const std::string& path, const SImageTraits& expected, std::uint16_t* samples) {
+  if (expected.extension != "dpx") return false;
+  const CDpxHeader header(path);
+  SImageTraits traits = expected;
+  traits.width = header.width();
+  traits.height = header.height();
+  traits.channels = header.descriptor() == 51 ? 4 : 3;
+  traits.bitDepth = header.bitSize();
+  if (!IsPlainDpx(header) || !traits.isSameKind(expected)) return false;
+  if (traits.channels == 3) {
+    ReadDpxPicture(path, header, samples);
+    return true;
+  }
+  std::vector<std::uint16_t>& stored = Scratch<std::uint16_t>(StoredCount(traits));
+  ReadDpxPicture(path, header, stored.data());
+  SpreadChannels(stored.data(), traits, 65535, path, samples);
+  return true;
+}
+
+void WriteThroughLibrary(const std::string& path, const std::string& temporary,
+                         const SImageTarget& target, const CDpxHeader* header, int threads,
+                         const std::uint16_t* stored) {
+  const SImageTraits& traits = target.traits;
+  OIIO::ImageSpec spec = TargetSpec(target);
+  if (header != nullptr) spec.attribute("oiio:Endian", header->isLittleEndian() ? "little" : "big");
+  const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(traits.extension);
+  if (!output) throw CClipError(ImageErrorText(path, OIIO::geterror(), "cannot be written"));
+  output->threads(threads);
+  errno = 0;
+  if (!output->open(temporary, spec) ||
+      !WriteStored(*output, traits, stored, StoredCount(traits)) || !output->close())
+    throw CClipError(WriteErrorText(path, output->geterror()));
+  if (header != nullptr)
+    header->carryInto(temporary);
+  else if (traits.extension == "dpx")
+    CDpxHeader::nameFile(temporary, path.substr(path.rfind('/') + 1));
+  try {
+    RequireWholeFile(temporary, traits.extension);
+  } catch (const CClipError&) {
+    throw CClipError(WriteErrorText(path, ""));
+  }
+}
+
 }  // namespace
 
 bool SImageTraits::isSameKind(const SImageTraits& other) const {
@@ -161,6 +207,7 @@ SImageTraits ReadImageTraits(const std::string& path) {
 
 void ReadImage(const std::string& path, const SImageTraits& expected, int threads,
                std::uint16_t* samples) {
+  if (ReadPlainDpx(path, expected, samples)) return;
   const std::unique_ptr<OIIO::ImageInput> input = OpenImage(path);
   input->threads(threads);
   const SImageTraits traits = TraitsOf(*input, path);
@@ -183,27 +230,14 @@ void WriteImage(const std::string& path, const SImageTarget& target, int threads
     GatherChannels(samples, traits, traits.isFloat ? kOpaqueHalf : 65535, gathered.data());
     stored = gathered.data();
   }
-  OIIO::ImageSpec spec = TargetSpec(target);
   const bool fromDpx = traits.extension == "dpx" && ExtensionOf(target.templateFile) == "dpx";
   const std::optional<CDpxHeader> header =
       fromDpx ? std::optional<CDpxHeader>(target.templateFile) : std::nullopt;
-  if (header) spec.attribute("oiio:Endian", header->isLittleEndian() ? "little" : "big");
-
   CTemporaryFile temporary(path);
-  const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(traits.extension);
-  if (!output) throw CClipError(ImageErrorText(path, OIIO::geterror(), "cannot be written"));
-  output->threads(threads);
-  errno = 0;
-  if (!output->open(temporary.path(), spec) ||
-      !WriteStored(*output, traits, stored, StoredCount(traits)) || !output->close())
-    throw CClipError(WriteErrorText(path, output->geterror()));
-  if (header) header->carryInto(temporary.path());
-  if (traits.extension == "dpx" && !header)
-    CDpxHeader::nameFile(temporary.path(), path.substr(path.rfind('/') + 1));
-  try {
-    RequireWholeFile(temporary.path(), traits.extension);
-  } catch (const CClipError&) {
-    throw CClipError(WriteErrorText(path, ""));
-  }
+  if (header && IsPlainDpx(*header))
+    WriteDpxFile(temporary.path(), path, *header, stored);
+  else
+    WriteThroughLibrary(path, temporary.path(), target, header ? &*header : nullptr, threads,
+                        stored);
   temporary.commit();
 }

@@ -1,0 +1,180 @@
+#include "DpxPicture.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <bit>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "CodeValues.h"
+#include "clip/ClipReader.h"
+
+namespace {
+
+/// An open file that is closed on every way out.
+class CDescriptor {
+ public:
+  CDescriptor(const std::string& path, int flags) : value_(::open(path.c_str(), flags, 0666)) {}
+  ~CDescriptor() {
+    if (value_ >= 0) ::close(value_);
+  }
+  CDescriptor(const CDescriptor&) = delete;
+  CDescriptor& operator=(const CDescriptor&) = delete;
+  int value() const { return value_; }
+  bool close() { return ::close(std::exchange(value_, -1)) == 0; }
+
+ private:
+  int value_;
+};
+
+[[noreturn]] void ThrowSystemError(const std::string& name) {
+  throw CClipError(name + ": " + std::strerror(errno));
+}
+
+std::size_t Components(const CDpxHeader& header) {
+  return header.descriptor() == 51 ? 4 : 3;
+}
+
+/// Bytes of a row; 0 when the rows are not of whole words.
+std::size_t RowBytes(const CDpxHeader& header) {
+  const std::size_t datums = Components(header) * static_cast<std::size_t>(header.width());
+  if (header.bitSize() == 10) return (datums + 2) / 3 * 4;
+  const std::size_t bytes = datums * static_cast<std::size_t>(header.bitSize()) / 8;
+  return bytes % 4 == 0 ? bytes : 0;
+}
+
+std::size_t PictureBytes(const CDpxHeader& header) {
+  return RowBytes(header) * static_cast<std::size_t>(header.height());
+}
+
+constexpr std::uint32_t Swapped(std::uint32_t word) {
+  return __builtin_bswap32(word);
+}
+constexpr std::uint16_t Swapped(std::uint16_t word) {
+  return __builtin_bswap16(word);
+}
+
+template <class Word>
+Word WordAt(const std::uint8_t* bytes, bool swap) {
+  Word word;
+  std::memcpy(&word, bytes, sizeof word);
+  return swap ? Swapped(word) : word;
+}
+
+template <class Word>
+void PutWord(Word word, bool swap, std::uint8_t* bytes) {
+  if (swap) word = Swapped(word);
+  std::memcpy(bytes, &word, sizeof word);
+}
+
+template <bool Swap>
+void DecodeTenBits(const std::uint8_t* row, std::size_t datums, std::uint16_t* stored) {
+  std::size_t i = 0;
+  for (; i + 3 <= datums; i += 3, row += 4) {
+    const std::uint32_t word = WordAt<std::uint32_t>(row, Swap);
+    stored[i] = WidenCode(word >> 22, 10);
+    stored[i + 1] = WidenCode(word >> 12 & 1023, 10);
+    stored[i + 2] = WidenCode(word >> 2 & 1023, 10);
+  }
+  if (i == datums) return;
+  const std::uint32_t word = WordAt<std::uint32_t>(row, Swap);
+  for (int shift = 22; i < datums; ++i, shift -= 10)
+    stored[i] = WidenCode(word >> shift & 1023, 10);
+}
+
+template <bool Swap>
+void EncodeTenBits(const std::uint16_t* stored, std::size_t datums, std::uint8_t* row) {
+  std::size_t i = 0;
+  for (; i + 3 <= datums; i += 3, row += 4)
+    PutWord<std::uint32_t>(NarrowSample(stored[i], 10) << 22 |
+                               NarrowSample(stored[i + 1], 10) << 12 |
+                               NarrowSample(stored[i + 2], 10) << 2,
+                           Swap, row);
+  if (i == datums) return;
+  std::uint32_t word = 0;
+  for (int shift = 22; i < datums; ++i, shift -= 10) word |= NarrowSample(stored[i], 10) << shift;
+  PutWord(word, Swap, row);
+}
+
+template <bool Swap>
+void DecodeRow(const std::uint8_t* row, int bits, std::size_t datums, std::uint16_t* stored) {
+  if (bits == 8) return WidenBytes(row, stored, datums);
+  if (bits == 10) return DecodeTenBits<Swap>(row, datums, stored);
+  for (std::size_t i = 0; i < datums; ++i) stored[i] = WordAt<std::uint16_t>(row + 2 * i, Swap);
+}
+
+template <bool Swap>
+void EncodeRow(const std::uint16_t* stored, int bits, std::size_t datums, std::uint8_t* row) {
+  if (bits == 8) return NarrowToBytes(stored, row, datums);
+  if (bits == 10) return EncodeTenBits<Swap>(stored, datums, row);
+  for (std::size_t i = 0; i < datums; ++i) PutWord(stored[i], Swap, row + 2 * i);
+}
+
+bool IsSwapped(const CDpxHeader& header) {
+  return header.isLittleEndian() != (std::endian::native == std::endian::little);
+}
+
+/// Memory for the bytes of a picture, used again for the next frame on the same thread.
+std::vector<std::uint8_t>& PictureMemory(std::size_t bytes) {
+  thread_local std::vector<std::uint8_t> memory;
+  if (memory.size() < bytes) memory.resize(bytes);
+  return memory;
+}
+
+void WriteAll(int file, const std::uint8_t* bytes, std::size_t count, const std::string& name) {
+  while (count > 0) {
+    const ssize_t written = ::write(file, bytes, count);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) ThrowSystemError(name);
+    bytes += written;
+    count -= static_cast<std::size_t>(written);
+  }
+}
+
+}  // namespace
+
+bool IsPlainDpx(const CDpxHeader& header) {
+  const int bits = header.bitSize();
+  const bool depth = bits == 8 || bits == 16 || (bits == 10 && header.packing() == 1);
+  return depth && (header.descriptor() == 50 || header.descriptor() == 51) &&
+         header.elements() == 1 && !header.isRunLength() && !header.isSigned() &&
+         !header.hasLinePadding() && RowBytes(header) > 0;
+}
+
+void ReadDpxPicture(const std::string& path, const CDpxHeader& header, std::uint16_t* stored) {
+  const std::size_t count = PictureBytes(header), row = RowBytes(header);
+  std::vector<std::uint8_t>& bytes = PictureMemory(count);
+  const CDescriptor file(path, O_RDONLY | O_CLOEXEC);
+  if (file.value() < 0) ThrowSystemError(path);
+  for (std::size_t done = 0; done < count;) {
+    const ssize_t read = ::pread(file.value(), bytes.data() + done, count - done,
+                                 static_cast<off_t>(header.pictureOffset() + done));
+    if (read < 0 && errno == EINTR) continue;
+    if (read < 0) ThrowSystemError(path);
+    if (read == 0) throw CClipError(path + ": truncated, the end of the picture is missing");
+    done += static_cast<std::size_t>(read);
+  }
+  const std::size_t datums = Components(header) * static_cast<std::size_t>(header.width());
+  const auto decode = IsSwapped(header) ? DecodeRow<true> : DecodeRow<false>;
+  for (std::size_t y = 0; y < static_cast<std::size_t>(header.height()); ++y)
+    decode(bytes.data() + y * row, header.bitSize(), datums, stored + y * datums);
+}
+
+void WriteDpxFile(const std::string& path, const std::string& name, const CDpxHeader& header,
+                  const std::uint16_t* stored) {
+  const std::size_t count = PictureBytes(header), row = RowBytes(header);
+  const std::size_t datums = Components(header) * static_cast<std::size_t>(header.width());
+  std::vector<std::uint8_t>& bytes = PictureMemory(count);
+  const auto encode = IsSwapped(header) ? EncodeRow<true> : EncodeRow<false>;
+  for (std::size_t y = 0; y < static_cast<std::size_t>(header.height()); ++y)
+    encode(stored + y * datums, header.bitSize(), datums, bytes.data() + y * row);
+  CDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC);
+  if (file.value() < 0) ThrowSystemError(name);
+  WriteAll(file.value(), header.bytes().data(), header.bytes().size(), name);
+  WriteAll(file.value(), bytes.data(), count, name);
+  WriteAll(file.value(), header.trailer().data(), header.trailer().size(), name);
+  if (!file.close()) ThrowSystemError(name);
+}

@@ -1,0 +1,212 @@
+#include <cmath>
+#include <random>
+
+#include "TemporaryFolder.h"
+#include "VideoFiles.h"
+#include "clip/ClipReader.h"
+#include "clip/ClipWriter.h"
+#include "clip/TestShot.h"
+
+namespace {
+
+using Samples = std::vector<std::uint16_t>;
+
+std::unique_ptr<IClipReader> SmallShot(int frames, int depth = 16) {
+  STestShotSettings settings;
+  settings.width = 96;
+  settings.height = 64;
+  settings.frames = frames;
+  settings.firstFrame = 1001;
+  settings.depth = depth;
+  return MakeTestShotReader(settings);
+}
+
+Samples ReadFrame(IClipReader& clip, int frame) {
+  Samples samples(clip.info().format.getBytesPerField() / 2);
+  clip.readFrame(frame, samples.data());
+  return samples;
+}
+
+std::vector<Samples> ReadAll(IClipReader& clip) {
+  std::vector<Samples> frames;
+  for (int frame = clip.info().firstFrame; frame < clip.info().endFrame; ++frame)
+    frames.push_back(ReadFrame(clip, frame));
+  return frames;
+}
+
+void CopyRange(IClipReader& source, const std::string& path, int first, int end) {
+  const auto writer = CreateClip(path, source, first, end, {});
+  for (int frame = first; frame < end; ++frame)
+    writer->writeFrame(frame, ReadFrame(source, frame).data());
+  writer->finish();
+}
+
+/// Root of the mean squared difference, in parts of full range.
+double Difference(const Samples& a, const Samples& b) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < a.size(); ++i) sum += std::pow((a[i] - b[i]) / 65535.0, 2);
+  return std::sqrt(sum / static_cast<double>(a.size()));
+}
+
+}  // namespace
+
+TEST(Video, LosslessVideoKeepsEverySample) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(7);
+  const std::vector<Samples> frames = ReadAll(*shot);
+  CopyRange(*shot, folder("a.mkv"), 1001, 1008);
+  const auto clip = OpenClip(folder("a.mkv"), 2);
+  const SClipInfo& info = clip->info();
+  EXPECT_EQ(info.frameCount(), 7);
+  EXPECT_EQ(info.frameRate, (SFrameRate{24, 1}));
+  EXPECT_EQ(info.startTimecode.toText(), "01:00:00:00");
+  EXPECT_TRUE(ReadAll(*clip) == frames);
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"a.mkv"});
+
+  CopyRange(*clip, folder("b.mkv"), 2, 6);
+  const auto part = OpenClip(folder("b.mkv"), 1);
+  EXPECT_TRUE(ReadAll(*part) == std::vector<Samples>(frames.begin() + 2, frames.begin() + 6));
+  EXPECT_EQ(part->info().startTimecode.toText(), "01:00:00:02");
+}
+
+/// The limits: a ten-bit picture with full chroma, one with half, and eight bits with a quarter and
+/// lossy coding. A wrong matrix, range or chroma position is far above them.
+TEST(Video, OtherKindsShowTheSamePicture) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(3, 10);
+  const std::vector<Samples> frames = ReadAll(*shot);
+  struct SCase {
+    const char* name;
+    double limit;
+  };
+  for (const SCase& c : {SCase{"a.mov", 0.006}, SCase{"a.mp4", 0.03}}) {
+    CopyRange(*shot, folder(c.name), 1001, 1004);
+    const auto clip = OpenClip(folder(c.name), 1);
+    ASSERT_EQ(clip->info().frameCount(), 3) << c.name;
+    for (int frame = 0; frame < 3; ++frame)
+      EXPECT_LT(Difference(ReadFrame(*clip, frame), frames[static_cast<std::size_t>(frame)]),
+                c.limit)
+          << c.name << " frame " << frame;
+  }
+}
+
+TEST(Video, AnyOrderGivesTheFramesOfTheSequentialOrder) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(40, 8);
+  struct SCase {
+    const char* name;
+    int keyInterval;
+    int betweenFrames;
+  };
+  const SCase cases[] = {{"b-frames.mp4", 12, 2},
+                         {"b-frames.mkv", 12, 2},
+                         {"one key.mp4", 250, 0},
+                         {"intra.mp4", 1, 0}};
+  for (const SCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    SVideoMaking making;
+    making.keyInterval = c.keyInterval;
+    making.betweenFrames = c.betweenFrames;
+    MakeVideo(folder(c.name), *shot, making);
+    const auto clip = OpenClip(folder(c.name), 2);
+    ASSERT_EQ(clip->info().frameCount(), 40);
+    const std::vector<Samples> frames = ReadAll(*clip);
+    std::mt19937 random(5);
+    std::vector<int> order{0, 39, 38, 37, 0, 1, 2, 20, 20, 19, 24, 23, 12, 11, 13};
+    for (int i = 0; i < 30; ++i) order.push_back(static_cast<int>(random() % 40));
+    for (const int frame : order)
+      ASSERT_TRUE(ReadFrame(*clip, frame) == frames[static_cast<std::size_t>(frame)]) << frame;
+  }
+}
+
+TEST(Video, FramesOfUnequalLengthAreFramesInTheirOrderAndKeepTheirTimes) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(8, 8);
+  SVideoMaking making;
+  making.times = {0, 40, 80, 200, 210, 300, 1000, 1040};
+  MakeVideo(folder("a.mkv"), *shot, making);
+  const auto clip = OpenClip(folder("a.mkv"), 1);
+  EXPECT_EQ(clip->info().frameCount(), 8);
+  EXPECT_EQ(clip->info().metadata.at("VariableFrameRate"), "yes");
+  const std::vector<Samples> frames = ReadAll(*clip);
+  EXPECT_TRUE(ReadFrame(*clip, 5) == frames[5]);
+  CopyRange(*clip, folder("b.mkv"), 1, 8);
+  EXPECT_EQ(TimesOf(folder("b.mkv")), (std::vector<int>{0, 40, 160, 170, 260, 960, 1000}));
+}
+
+TEST(Video, SoundOfTheRangeGoesAlong) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(24, 8);
+  SVideoMaking making;
+  making.hasSound = true;
+  MakeVideo(folder("a.mkv"), *shot, making);
+  const auto clip = OpenClip(folder("a.mkv"), 1);
+  const std::vector<std::int16_t> all = SoundOf(folder("a.mkv"));
+  ASSERT_EQ(all.size(), 48000u);
+  CopyRange(*clip, folder("whole.mkv"), 0, 24);
+  EXPECT_TRUE(SoundOf(folder("whole.mkv")) == all);
+  CopyRange(*clip, folder("part.mkv"), 6, 18);
+  const std::vector<std::int16_t> part = SoundOf(folder("part.mkv"));
+  EXPECT_TRUE(part == std::vector<std::int16_t>(all.begin() + 12000, all.begin() + 36000));
+}
+
+TEST(Video, AnUnfinishedVideoIsNoVideo) {
+  const CTemporaryFolder folder;
+  folder.makeFile("a.mkv", "old");
+  const auto shot = SmallShot(3);
+  SWriteOptions options;
+  options.overwrite = true;
+  {
+    const auto writer = CreateClip(folder("a.mkv"), *shot, 1001, 1004, options);
+    writer->writeFrame(1001, ReadFrame(*shot, 1001).data());
+    EXPECT_EQ(FileBytes(folder("a.mkv")), "old");
+    EXPECT_EQ(folder.names().size(), 2u);
+  }
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"a.mkv"});
+  EXPECT_EQ(FileBytes(folder("a.mkv")), "old");
+
+  const auto writer = CreateClip(folder("a.mkv"), *shot, 1001, 1004, options);
+  writer->writeFrame(1002, ReadFrame(*shot, 1002).data());
+  ExpectMentions(ErrorOf([&] { writer->writeFrame(1001, ReadFrame(*shot, 1001).data()); }),
+                 {"frame 1001", "a.mkv", "rising order"});
+}
+
+TEST(Video, WhatIsNoVideoIsRefused) {
+  const CTemporaryFolder folder;
+  folder.makeFile("a.mp4", std::string(5000, 'x'));
+  ExpectMentions(ErrorOf([&] { OpenClip(folder("a.mp4"), 1); }), {"a.mp4", "cannot be"});
+  ExpectMentions(ErrorOf([&] { OpenClip(folder("b.mp4"), 1); }), {"b.mp4", "no such file"});
+  const auto shot = SmallShot(3);
+  CopyRange(*shot, folder("odd.mkv"), 1001, 1004);
+  STestShotSettings odd;
+  odd.width = 97;
+  odd.height = 64;
+  odd.frames = 1;
+  ExpectMentions(ErrorOf([&] {
+                   CreateClip(folder("odd.mp4"), *MakeTestShotReader(odd), odd.firstFrame,
+                              odd.firstFrame + 1, {});
+                 }),
+                 {"odd.mp4", "even width", "97 x 64"});
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.mp4", "odd.mkv"}));
+}
+
+TEST(Video, AFrameCutOffIsNamedAndTheOthersAreThere) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(6);
+  CopyRange(*shot, folder("a.mkv"), 1001, 1007);
+  const auto size = std::filesystem::file_size(folder("a.mkv"));
+  std::filesystem::resize_file(folder("a.mkv"), size * 2 / 3);
+  const auto clip = OpenClip(folder("a.mkv"), 1);
+  EXPECT_TRUE(ReadFrame(*clip, 0) == ReadFrame(*shot, 1001));
+  EXPECT_LT(clip->info().frameCount(), 6);
+  for (int frame = 0; frame < clip->info().frameCount(); ++frame) {
+    Samples samples(clip->info().format.getBytesPerField() / 2);
+    const std::string error = ErrorOf([&] { clip->readFrame(frame, samples.data()); });
+    if (error == "no error") {
+      EXPECT_TRUE(samples == ReadFrame(*shot, 1001 + frame)) << frame;
+    } else {
+      ExpectMentions(error, {"frame " + std::to_string(frame), "a.mkv"});
+    }
+  }
+  EXPECT_TRUE(ReadFrame(*clip, 1) == ReadFrame(*shot, 1002));
+}
