@@ -74,20 +74,13 @@ int CFramePipeline::call(int (CToolProcessor::*operation)(SIterationRecord&)) {
 bool CFramePipeline::advance() {
   if (!started_ || endOfMaterial_ || error_ != 0) return false;
   switch (phase_) {
-    case EPhase::begin:
-      return beginIteration();
-    case EPhase::inputs:
-      return getInputs();
-    case EPhase::buffers:
-      return getOutputBuffers();
-    case EPhase::process:
-      return process();
-    case EPhase::release:
-      return releaseInputs();
-    case EPhase::send:
-      return sendOutputs();
-    case EPhase::end:
-      return endIteration();
+    case EPhase::begin: return beginIteration();
+    case EPhase::inputs: return getInputs();
+    case EPhase::buffers: return getOutputBuffers();
+    case EPhase::process: return process();
+    case EPhase::release: return releaseInputs();
+    case EPhase::send: return sendOutputs();
+    case EPhase::end: return endIteration();
   }
   return false;
 }

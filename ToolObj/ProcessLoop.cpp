@@ -24,14 +24,10 @@ void CProcessLoop::ProcessLoop() {
 CProcessLoop::EControlState CProcessLoop::nextState(int command) {
   if (command == CAutotoolCommand::EXIT) return EControlState::exiting;
   switch (state_) {
-    case EControlState::stopped:
-      return whileStopped(command);
-    case EControlState::running:
-      return whileRunning(command);
-    case EControlState::paused:
-      return whilePaused(command);
-    case EControlState::exiting:
-      break;
+    case EControlState::stopped: return whileStopped(command);
+    case EControlState::running: return whileRunning(command);
+    case EControlState::paused: return whilePaused(command);
+    case EControlState::exiting: break;
   }
   return state_;
 }

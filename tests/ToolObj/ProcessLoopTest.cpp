@@ -307,6 +307,11 @@ TEST(ProcessLoop, WinsMemoryBackFromTheOldestCachedFrame) {
   CSourceEdge filler(rig.format, rig.pool);
   for (const int frame : {900, 901}) rig.host.toolFrameCache.CacheFrame(filler.getFrame(frame));
   rig.processor->iterations = 1;
+  rig.processor->processing = [&rig](SIterationRecord&) {
+    EXPECT_NE(rig.processor->output().slots[0]->samples(), nullptr);
+    rig.processor->input().slots[0]->setNotCacheable(true);
+    return 0;
+  };
   EXPECT_EQ(rig.run(), (Texts{"2", "4", "1"}));
   EXPECT_EQ(rig.sentFrames(), (Texts{"100", "end"}));
   const std::unique_ptr<CToolFrameBuffer> kept(rig.host.toolFrameCache.takeOldest());
