@@ -21,6 +21,8 @@ bool CStabilizerTool::onTrackingStart() {
     return false;
   }
   editor_.keepFirstFrame();
+  const int* e = boxExtents_;
+  setBoxExtents(e[0], e[1], e[2], e[3], e[4], e[5]);  // points from elsewhere bring other sizes
   needsRetracking_ = true;
   if (runState_ == RUN_IDLE) {
     forgetPendingRequest();
@@ -48,12 +50,9 @@ bool CStabilizerTool::checkMarkInChange() {
   CNavSystemInterface* host = getSystemAPI();
   if (host->getFolderText() != folderText_ || host->isFirstShow()) return true;
   switch (editor_.markInChange()) {
-    case MARK_DELETED:
-      return mayDeleteMarkIn();
-    case MARK_MOVED_OUTSIDE:
-      return mayMoveMarkIn();
-    default:
-      return true;
+    case MARK_DELETED: return mayDeleteMarkIn();
+    case MARK_MOVED_OUTSIDE: return mayMoveMarkIn();
+    default: return true;
   }
 }
 

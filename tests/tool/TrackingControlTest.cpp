@@ -42,6 +42,14 @@ TEST_F(TrackingControl, ARefusedPassEndsTheWaitForIt) {
   EXPECT_EQ(tool.runState(), RUN_ERROR);
 }
 
+TEST_F(TrackingControl, APassIsTrackedWithTheBoxesOfTheSettings) {
+  tool.setBoxExtents(6, 6, 8, 8, 8, 8);
+  placePoints();
+  tool.livePoints().SetBoxExtents(-1, -1, -1, -1, -1, -1);
+  ASSERT_TRUE(tool.onTrackingStart());
+  EXPECT_FALSE(tool.livePoints().BoxExtentsDiffer(6, 6, 8, 8, 8, 8));
+}
+
 TEST_F(TrackingControl, APassDuringSmoothingIsTakenAfterIt) {
   placePoints();
   shot.setRunState(RUN_SMOOTHING);
