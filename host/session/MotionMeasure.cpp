@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <numbers>
 
 #include "support/Numerics.h"
@@ -64,6 +65,28 @@ std::vector<SFrameMotion> FitMotion(const CTrackingArray& array, const SPoint2& 
   for (const auto& [frame, points] : array.frames)
     motion.push_back(fit(frame, pairsOf(first, points, centre)));
   return motion;
+}
+
+int MostTypicalPoint(const CTrackingArray& array, const std::vector<SFrameMotion>& motion,
+                     const SPoint2& centre) {
+  if (array.frames.empty()) return -1;
+  const CTrackingPoints& first = array.frames.begin()->second;
+  std::map<int, double> distance;
+  auto shared = motion.begin();
+  for (const auto& [frame, points] : array.frames) {
+    const double turn = shared->angle / DEGREES;
+    for (const auto& [index, point] : points.Entries()) {
+      const CTrackPoint& start = first.Entries().at(index);
+      const double x = start.x - turn * (start.y - centre.y) + shared->x;
+      const double y = start.y + turn * (start.x - centre.x) + shared->y;
+      distance[index] += std::hypot(point.x - x, point.y - y);
+    }
+    ++shared;
+  }
+  const auto nearest =
+      std::min_element(distance.begin(), distance.end(),
+                       [](const auto& a, const auto& b) { return a.second < b.second; });
+  return nearest == distance.end() ? -1 : nearest->first;
 }
 
 std::vector<SFrameMotion> MotionOfTriangles(const CTrackingArray& triangles,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "session/MotionMeasure.h"
 #include "support/ErrorReport.h"
 
 namespace {
@@ -194,8 +195,22 @@ void CShotSession::finishTracking() {
   }
   const bool tracked = tracking_.failure.empty();
   if (monitor_) monitor_->StopProgress(tracked);
-  if (tracked) editor_->setTracked();
+  if (tracked) {
+    editor_->setTracked();
+    selectTypicalPoint();
+  }
   tool_->onTrackingEnd(tracked ? 0 : 1);
+}
+
+/// The zoom fill takes its extent from the path of the selected point. In a batch run nobody
+/// selects one; a point on a moving subject would be the wrong one.
+void CShotSession::selectTypicalPoint() {
+  if (!settings_.batch) return;
+  const CImageFormat& format = info().format;
+  const SPoint2 centre{(format.getPixelsPerLine() - 1) * 0.5,
+                       (format.getLinesPerFrame() - 1) * 0.5};
+  const CTrackingArray& array = *editor_->trackingArray();
+  editor_->selectedPoint = MostTypicalPoint(array, FitMotion(array, centre), centre);
 }
 
 /// The set must hold every point in every frame, numbered without gaps: points that could not be

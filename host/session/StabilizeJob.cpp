@@ -5,12 +5,12 @@
 
 #include "clip/ClipWriter.h"
 #include "session/MotionGraph.h"
+#include "session/PointFinder.h"
 #include "session/ShotReport.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
 #include "support/Threads.h"
 #include "toolkit/Application.h"
-#include "tracker/FeatureDetector.h"
 
 namespace {
 
@@ -106,9 +106,7 @@ void CStabilizeJob::applyEntry() {
 }
 
 void CStabilizeJob::placePoints() {
-  STrackSettings track;
-  track.trackBoxExtentX = track.trackBoxExtentY = *options_.trackBox;
-  track.region = result_.region;
+  const STrackSettings track = TrackSettingsOf(options_, result_.region);
   for (const SPoint2& point : options_.points) {
     if (!CShotTracker::canTrack(point, track))
       throw CUsageError("--point " + std::to_string(point.x) + "," + std::to_string(point.y) +
@@ -116,13 +114,7 @@ void CStabilizeJob::placePoints() {
     result_.features.push_back({point.x, point.y, 0.0});
   }
   if (options_.points.empty()) {
-    std::vector<std::uint16_t> samples(result_.clip.format.getBytesPerField() / 2);
-    session_->reader().readFrame(*options_.in, samples.data());
-    SFeatureSettings settings;
-    settings.count = options_.autoPoints;
-    settings.region = result_.region;
-    settings.margin = *options_.trackBox + *options_.search;
-    result_.features = DetectFeatures(samples.data(), result_.clip.format, settings);
+    result_.features = FindPoints(session_->reader(), options_, result_.region);
     if (result_.features.empty())
       throw CJobError(-1, options_.input + ": frame " + std::to_string(*options_.in) +
                               ": nothing in the picture can be tracked (no texture above the "

@@ -93,40 +93,29 @@ double alphaOf(int position) {
 
 const char* modeName(EMotion motion) {
   switch (motion) {
-    case EMotion::smooth:
-      return "STABMODE_Smoothed";
-    case EMotion::match:
-      return "STABMODE_Registered";
-    case EMotion::remove:
-      break;
+    case EMotion::smooth: return "STABMODE_Smoothed";
+    case EMotion::match: return "STABMODE_Registered";
+    case EMotion::remove: break;
   }
   return "STABMODE_Flat";
 }
 
 const char* fillName(EFill fill) {
   switch (fill) {
-    case EFill::black:
-      return "MISSING_DATA_Black";
-    case EFill::previous:
-      return "MISSING_DATA_Previous_Frame";
-    case EFill::zoom:
-      return "MISSING_DATA_Zoom";
-    case EFill::white:
-      break;
+    case EFill::black: return "MISSING_DATA_Black";
+    case EFill::previous: return "MISSING_DATA_Previous_Frame";
+    case EFill::zoom: return "MISSING_DATA_Zoom";
+    case EFill::white: break;
   }
   return "MISSING_DATA_White";
 }
 
 const char* warpName(EWarp warp) {
   switch (warp) {
-    case EWarp::logarithmic:
-      return "U_Fcn_Logrithmic";
-    case EWarp::thinPlate:
-      return "U_Fcn_Thin_Plate";
-    case EWarp::none:
-      return "U_Fcn_None";
-    case EWarp::euclidean:
-      break;
+    case EWarp::logarithmic: return "U_Fcn_Logrithmic";
+    case EWarp::thinPlate: return "U_Fcn_Thin_Plate";
+    case EWarp::none: return "U_Fcn_None";
+    case EWarp::euclidean: break;
   }
   return "U_Fcn_Euclidean";
 }

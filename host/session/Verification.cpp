@@ -1,18 +1,10 @@
+#include "session/PointFinder.h"
 #include "session/StabilizeJob.h"
 #include "support/Threads.h"
 
 namespace {
 
 constexpr int WORST_FRAMES = 10;
-
-STrackSettings trackSettings(const SStabilizeResult& result, int threads) {
-  STrackSettings track;
-  track.trackBoxExtentX = track.trackBoxExtentY = *result.options.trackBox;
-  track.searchLeft = track.searchRight = track.searchUp = track.searchDown = *result.options.search;
-  track.region = result.region;
-  track.threads = threads;
-  return track;
-}
 
 /// The points that the shot was stabilised on, where they lie in the first frame of the output:
 /// they say which part of the picture was meant to become steady. They are followed afresh.
@@ -48,7 +40,8 @@ class CMeasuredShot {
 
 int trackOutput(CMeasuredShot& shot, CFrameStore& store, const SStabilizeResult& result, int first,
                 int end, const SJobObserver& observer, int threads) {
-  const STrackSettings track = trackSettings(result, threads);
+  STrackSettings track = TrackSettingsOf(result.options, result.region);
+  track.threads = threads;
   const std::map<int, SPoint2> points = pointsToFollow(result, track);
   if (points.empty()) return 0;
   CTrackingRun run(store, track, points, first, end);

@@ -46,6 +46,18 @@ TEST(FitMotion, FindsTheMotionThatThePointsShare) {
   }
 }
 
+TEST(MostTypicalPoint, GoesWithThePictureAndNotItsOwnWay) {
+  CTrackingArray array = shotOf(PATH, 5);
+  CTrackingPoints& points = array.PointsAt(101);
+  points.Point(0).x += 0.4;
+  points.Point(1).x -= 0.4;
+  points.Point(2).y += 0.4;
+  points.Point(4).y -= 0.4;
+  array.PointsAt(102).Point(0).y -= 30.0;
+  EXPECT_EQ(MostTypicalPoint(array, FitMotion(array, CENTRE), CENTRE), 3);
+  EXPECT_EQ(MostTypicalPoint(CTrackingArray(), {}, CENTRE), -1);
+}
+
 TEST(FitMotion, OnePointHasNoRotation) {
   const std::vector<SFrameMotion> motion = FitMotion(shotOf({PATH[0], {101, 2, 3, 0}}, 1), CENTRE);
   EXPECT_NEAR(motion[1].x, 2.0, 1e-9);

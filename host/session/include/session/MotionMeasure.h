@@ -20,6 +20,12 @@ struct SFrameMotion {
 /// entry is zero. `array` holds every point in every frame.
 std::vector<SFrameMotion> FitMotion(const CTrackingArray& array, const SPoint2& centre);
 
+/// The point whose path stays nearest to the motion that all share: the one to stand for the
+/// picture. -1 when the array is empty. `array` holds every point in every frame; `motion` is its
+/// FitMotion.
+int MostTypicalPoint(const CTrackingArray& array, const std::vector<SFrameMotion>& motion,
+                     const SPoint2& centre);
+
 /// The motion that a smoothed (or measured) triangle of points stands for, frame by frame, against
 /// the first frame.
 std::vector<SFrameMotion> MotionOfTriangles(const CTrackingArray& triangles, const SPoint2& centre);

@@ -138,6 +138,7 @@ class CShotSession : public CNavSystemInterface {
   void takeTrackingResults();
   void finishTracking();
   bool keepUsablePoints();
+  void selectTypicalPoint();
 
   const SSettings settings_;
   std::unique_ptr<IClipReader> reader_;
