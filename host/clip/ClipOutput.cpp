@@ -1,6 +1,7 @@
 #include "ClipOutput.h"
 
 #include <filesystem>
+#include <optional>
 
 #include "NullClip.h"
 #include "SequenceWriter.h"
@@ -46,39 +47,36 @@ void RefuseMissingParent(const std::string& path, bool isSequence) {
     throw CClipError((isSequence ? above : folder).string() + ": no such folder");
 }
 
-/// Files of the source that an output file might be.
-std::string SourceFile(const SClipInfo& source, int frame) {
-  if (!IsSequenceSource(source)) return source.path;
-  return FindSequence(source.path).pattern.filePath(frame);
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code ignored;
+  return fs::equivalent(a, b, ignored);
 }
 
 void RefuseSequenceOutput(const SSequencePattern& output, const SClipInfo& source, int first,
                           int end, bool overwrite) {
+  std::optional<SSequencePattern> from;
   if (IsSequenceSource(source)) {
-    SSequencePattern from = FindSequence(source.path).pattern;
-    from.folder = CanonicalPath(from.folder.empty() ? "." : from.folder);
+    from = FindSequence(source.path).pattern;
+    from->folder = CanonicalPath(from->folder.empty() ? "." : from->folder) + "/";
     SSequencePattern to = output;
-    to.folder = CanonicalPath(to.folder.empty() ? "." : to.folder);
-    if (from == to) throw CClipError(output.text() + ": the output is the input");
+    to.folder = CanonicalPath(to.folder.empty() ? "." : to.folder) + "/";
+    if (*from == to) throw CClipError(output.text() + ": the output is the input");
   }
   for (int frame = first; frame < end; ++frame) {
     const std::string file = output.filePath(frame);
     if (!Exists(file)) continue;
     // A link in the output folder may lead back to the source.
-    std::error_code ignored;
-    if (fs::equivalent(file, SourceFile(source, frame), ignored))
+    if (IsSameFile(file, from ? from->filePath(frame) : source.path))
       throw CClipError(file + ": the output is the input");
+    std::error_code ignored;
     if (fs::is_directory(file, ignored)) throw CClipError(file + ": is a folder");
     if (!overwrite) throw CClipError(file + ": exists already");
   }
 }
 
-void RefuseVideoOutput(const std::string& path, const SClipInfo& source, int first,
-                       bool overwrite) {
+void RefuseVideoOutput(const std::string& path, const SClipInfo& source, bool overwrite) {
   if (!Exists(path)) return;
-  std::error_code ignored;
-  if (fs::equivalent(path, SourceFile(source, first), ignored) ||
-      CanonicalPath(path) == CanonicalPath(source.path))
+  if (IsSameFile(path, source.path) || CanonicalPath(path) == CanonicalPath(source.path))
     throw CClipError(path + ": the output is the input");
   if (!overwrite) throw CClipError(path + ": exists already");
 }
@@ -124,7 +122,7 @@ void CheckOutput(const std::string& path, const SClipInfo& source, int first, in
   if (isSequence)
     RefuseSequenceOutput(output.pattern, source, first, end, overwrite);
   else
-    RefuseVideoOutput(path, source, first, overwrite);
+    RefuseVideoOutput(path, source, overwrite);
 }
 
 std::unique_ptr<IClipWriter> CreateClip(const std::string& path, IClipReader& source, int first,

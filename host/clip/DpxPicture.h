@@ -7,7 +7,7 @@
 
 /// The pictures of the DPX files that film is scanned to: RGB or RGBA in 8 bits, 10 bits filled
 /// from the top (three components in a word, method A) or 16 bits, either byte order, rows of whole
-/// words. Read and written here because the image library takes some fifteen times as long, reads
+/// words. Read and written here because the image library takes several times as long, reads
 /// the ends of ten-bit RGBA rows wrongly and does not keep the header. Other layouts go through the
 /// library. THREAD: any.
 

@@ -202,18 +202,19 @@ std::string SImageTraits::text() const {
 }
 
 SImageTraits ReadImageTraits(const std::string& path) {
+  RequireWholeFile(path, ExtensionOf(path));
   return TraitsOf(*OpenImage(path), path);
 }
 
 void ReadImage(const std::string& path, const SImageTraits& expected, int threads,
                std::uint16_t* samples) {
   if (ReadPlainDpx(path, expected, samples)) return;
+  RequireWholeFile(path, expected.extension);
   const std::unique_ptr<OIIO::ImageInput> input = OpenImage(path);
   input->threads(threads);
   const SImageTraits traits = TraitsOf(*input, path);
   if (!traits.isSameKind(expected))
     throw CClipError(path + ": is " + traits.text() + ", the sequence is " + expected.text());
-  RequireWholeFile(path, traits.extension);
   const std::size_t count = StoredCount(traits);
   if (traits.channels == 3) return ReadStored(*input, traits, path, samples, count);
   std::vector<std::uint16_t>& stored = Scratch<std::uint16_t>(count);

@@ -14,8 +14,13 @@ class CClipError : public std::runtime_error {
 };
 
 /// Reads frames of a clip as 16-bit RGB. Complete frames only; no colour conversion beyond what the
-/// source's own encoding needs. An untouched pixel that is read and written back has the same code
-/// value in the file.
+/// source's own encoding needs. An untouched pixel that is read and written back to the same kind
+/// of file has the same code value there. (Not so in YUV video: eight bits with halved chroma do
+/// not go through RGB bit by bit.) Codes of 8 to 12 bits are widened by repeating their bits.
+/// Half-precision numbers are carried as their bit patterns times two, so that 1.0 is 30720 (the
+/// format's white) and blending is linear within an octave of light; negative, infinite and
+/// undefined numbers, and floats that are no halves, are refused. Alpha is carried where it is
+/// opaque and refused elsewhere; grey is shown as three equal components and goes back as one.
 /// THREAD: one at a time per reader, unless isParallel(). Owns its files.
 class IClipReader {
  public:
