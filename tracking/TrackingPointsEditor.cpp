@@ -80,6 +80,7 @@ bool CTrackingPointsEditor::isFrameTracked(int frame) {
 
 void CTrackingPointsEditor::keepFirstFrame() {
   if (array_ == nullptr) return;
+  array_->RemoveLeadingEmptyFrames();
   array_->KeepOnlyFrame(array_->FirstFrame());
   pointsChangedHook.notify();
 }
@@ -129,10 +130,13 @@ void CTrackingPointsEditor::updateMarks() {
 
 void CTrackingPointsEditor::evaluatePointStatus(int point) {
   if (array_ == nullptr) return;
+  const int end = array_->EndFrame();
   int status = TRACK_STATUS_NotTracked;
   if (array_->IsTrackedOver(point, markIn_, markOut_)) {
     status = isTrackingValid() ? TRACK_STATUS_Tracked : TRACK_STATUS_NeedsRetrack;
   }
+  // The question inserts the frame that it misses; behind the last one that would count as tracked.
+  array_->frames.erase(array_->frames.lower_bound(end), array_->frames.end());
   array_->SetTrackStatus(point, status);
 }
 

@@ -293,6 +293,22 @@ TEST_F(TrackingPointsEditor, ClearingAndKeepingAreAnnounced) {
   EXPECT_EQ(editor.markOut(), -1);
 }
 
+// Drawing asks whether points cover the marks, and asking inserts the frames that are missing.
+TEST_F(TrackingPointsEditor, KeepingTheFirstFrameKeepsThePoints) {
+  array.PointsAt(90);
+  editor.keepFirstFrame();
+  EXPECT_EQ(array.FirstFrame(), 100);
+  EXPECT_EQ(array.NumberOfPoints(), 2);
+}
+
+TEST_F(TrackingPointsEditor, AskingForAPointsStatusDoesNotMakeTheSetReachFurther) {
+  array.attributes[0];
+  editor.applyMarks(100, 142);
+  editor.evaluatePointStatus(0);
+  EXPECT_EQ(array.TrackStatus(0), TRACK_STATUS_NotTracked);
+  EXPECT_TRUE(editor.needsRetracking()) << "frame 141 was never tracked";
+}
+
 TEST(TrackingPointsEditorAlone, DoesNothingWithoutArrayAndHost) {
   CRecordingHost host;
   host.markIn = 3;

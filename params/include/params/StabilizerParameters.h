@@ -39,7 +39,7 @@ class CStabilizerParameters {
   int GoodFramesOut = 1;   ///< anchor frames before mark OUT
   int RefFrameIndex = 0;   ///< absolute frame
   double Jitter = 0.0;     ///< 0 to 10
-  double Alpha2 = 0.0001;  ///< weight of the measured path; -1 leaves it, 0 holds still
+  double Alpha2 = 0.0001;  ///< weight of the measured path; -1 leaves it, 0 is smoothest
   int HMode = STABMODE_Flat;
   int VMode = STABMODE_Flat;
   int RMode = STABMODE_None;

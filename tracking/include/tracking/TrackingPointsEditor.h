@@ -52,7 +52,7 @@ class CTrackingPointsEditor {
   bool isTrackingValid();
   bool needsRetracking() { return !isTrackingValid(); }
   bool isFrameTracked(int frame);
-  /// Drops all but the first frame; the set is untracked then.
+  /// Drops all but the first frame with a point; the set is untracked then.
   void keepFirstFrame();
   void clearAll();
   /// What the host's current mark would do to the data: 0 nothing to say, 1 mark deleted, 2 moved
