@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <functional>
@@ -10,9 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "Faults.h"
 #include "doubles/RecordingHost.h"
 #include "doubles/RecordingProgressMonitor.h"
 #include "doubles/ShotDouble.h"
+#include "doubles/TraceCapture.h"
 #include "render/StabilizerToolParameters.h"
 #include "support/Threads.h"
 #include "support/ZoomFractional.h"
@@ -45,10 +48,12 @@ class CSourceEdge : public CToolEdge {
  public:
   CBufferPool* pool = nullptr;
   int end = INT_MAX;
+  std::function<void(int frame)> onRequest = [](int) {};
 
  protected:
   CToolFrameBuffer* requestFrame(int frame) override {
     if (frame < 0 || frame >= end) return nullptr;
+    onRequest(frame);
     auto buffer = std::make_unique<CToolFrameBuffer>(imageFormat(), pool);
     buffer->setFrameIndex(frame);
     EXPECT_TRUE(buffer->ensureSamples());
@@ -73,6 +78,8 @@ class CPass {
   int frames = 10;
   int threads = 2;
   int framesAvailable = INT_MAX;
+  /// Called on the processor's thread when it fetches this frame's input.
+  std::map<int, std::function<void(CStabilizerProc& processor)>> onFetch;
   CRecordingProgressMonitor monitor;
 
   std::map<int, SOutput> outputs;
@@ -109,6 +116,11 @@ class CPass {
     source.pool = &host.framePool(format.getBytesPerField());
     source.end = framesAvailable == INT_MAX ? INT_MAX : FIRST + framesAvailable;
     CStabilizerProc processor(20, "Stabilize", &host, &abort, &monitor);
+    source.onRequest = [&](int frame) {
+      if (const auto found = onFetch.find(frame - FIRST); found != onFetch.end()) {
+        found->second(processor);
+      }
+    };
     processor.node().connectInput(0, &source);
     processor.node().connectOutput(0, &results);
     processor.SetIOConfig(CToolIOConfig(1, 1, threads));
@@ -117,13 +129,17 @@ class CPass {
     processor.SetFrameRange(range);
     EXPECT_EQ(processor.ConfigurePorts(), 0);
 
-    auto settings = std::make_unique<CStabilizerToolParameters>(0, shot, parameters);
-    processor.commandQueue().Add({CAutotoolCommand::NEW_PARAMETERS, settings.release()});
+    send(processor, parameters);
     processor.commandQueue().Add({CAutotoolCommand::RUN, nullptr});
     waitFor(processor, CAutotoolStatus::STOPPED, results);
     processor.commandQueue().Add({CAutotoolCommand::EXIT, nullptr});
     waitFor(processor, CAutotoolStatus::THREAD_ENDED, results);
     BThreadWaitForAll();
+  }
+
+  void send(CStabilizerProc& processor, const CStabilizerParameters& settings) {
+    auto copy = std::make_unique<CStabilizerToolParameters>(0, shot, settings);
+    processor.commandQueue().Add({CAutotoolCommand::NEW_PARAMETERS, copy.release()});
   }
 
   int sample(int frame, int x, int y, int component = 0) const {
@@ -379,6 +395,86 @@ TEST(StabilizerProcTest, MotionThatLeavesNothingToZoomIsRefused) {
   pass.run();
   EXPECT_EQ(pass.errorCode, CStabilizerProc::FAILED_FRAME);
   EXPECT_TRUE(pass.outputs.empty());
+}
+
+TEST(StabilizerProcTest, ParametersThatArriveInMidPassHoldFromTheNextFrame) {
+  constexpr int LAST_BEFORE = 4;
+  for (const int fill : {MISSING_DATA_Black, MISSING_DATA_Previous_Frame, MISSING_DATA_Zoom}) {
+    SCOPED_TRACE(fill);
+    CPass pass;
+    pass.setMotion(-10, 0);
+    pass.parameters.GoodFramesIn = pass.parameters.GoodFramesOut = 0;
+    pass.onFetch[LAST_BEFORE] = [&](CStabilizerProc& processor) {
+      CStabilizerParameters later = pass.parameters;
+      later.MissingDataFill = fill;
+      pass.send(processor, later);
+    };
+    pass.run();
+    ASSERT_EQ(pass.outputs.size(), 10U);
+    for (const int frame : {LAST_BEFORE, LAST_BEFORE + 1, 9}) {
+      expectFrame(
+          pass, frame,
+          [=](int x, int y) {
+            if (x >= 10) return sourceSample(FIRST + frame, x - 10, y, 0);
+            if (frame == LAST_BEFORE || fill == MISSING_DATA_Black) return MISSING;
+            return sourceSample(FIRST + LAST_BEFORE + 1, x, y, 0);  // the first that looked back
+          },
+          frame == LAST_BEFORE ? WHITE : BLACK);
+    }
+  }
+}
+
+TEST(StabilizerProcTest, ABandThatThrowsFailsTheFrame) {
+  const CFaultsInScope faults;
+  const CTraceCapture trace(0);
+  CPass pass;
+  pass.threads = 3;
+  pass.setMotion(0.5, 0);  // every band meets the last column
+  pass.onFetch[4] = [&](CStabilizerProc&) { faults->bilinearThrows = true; };
+  pass.run();
+  EXPECT_EQ(pass.errorCode, CStabilizerProc::FAILED_FRAME);
+  EXPECT_EQ(pass.outputs.size(), 4U);
+  EXPECT_FALSE(pass.shot.rendered);
+  EXPECT_TRUE(pass.monitor.calls.contains("StopProgress 0"));
+  const std::string defect = "StabilizerSliceThreadStart: Stabilizer Slice created major error";
+  const std::string failure =
+      "ERROR: CStabilizerProc::StabilizeFrame: StabilizeFrame failed:A part of frame 104 was not "
+      "rendered";
+  EXPECT_EQ(trace.lines.texts(), (std::vector<std::string>{
+                                     defect, defect, defect, failure,
+                                     "ERROR: CToolProcessor::ProcessLoop Processing Error -8508"}));
+}
+
+TEST(StabilizerProcTest, BandsWithoutAThreadOfTheirOwnAreRenderedAllTheSame) {
+  const auto framesOf = [](const std::function<void(const CFaultsInScope&)>& prepare) {
+    const CFaultsInScope faults;
+    prepare(faults);
+    CPass pass;
+    pass.threads = 4;
+    pass.setMotion(1.3, -0.4, 0.01);
+    pass.run();
+    EXPECT_EQ(pass.errorCode, 0);
+    EXPECT_TRUE(pass.shot.rendered);
+    std::map<int, Samples> frames;
+    for (const auto& [frame, output] : pass.outputs) frames[frame] = output.samples;
+    return frames;
+  };
+  const std::map<int, Samples> expected = framesOf([](const CFaultsInScope&) {});
+  ASSERT_EQ(expected.size(), 10U);
+
+  // The first thread is the processor's own.
+  for (const int good : {1, 2}) {
+    SCOPED_TRACE(good);
+    EXPECT_EQ(framesOf([good](const CFaultsInScope& faults) { faults->goodSpawns = good; }),
+              expected);
+    const CTraceCapture trace(0);
+    EXPECT_EQ(framesOf([good](const CFaultsInScope& faults) { faults->goodBegins = good; }),
+              expected);
+    const std::vector<std::string> lines = trace.lines.texts();
+    EXPECT_EQ(
+        std::count(lines.begin(), lines.end(), "StabilizerSliceThreadStart: BThreadBegin failed"),
+        4 - good);
+  }
 }
 
 }  // namespace
