@@ -73,6 +73,17 @@ int CFramePipeline::call(int (CToolProcessor::*operation)(SIterationRecord&)) {
 
 bool CFramePipeline::advance() {
   if (!started_ || endOfMaterial_ || error_ != 0) return false;
+  bool didWork = false;
+  // Edges, hooks and memory may throw as well: the host waits for statuses, not for a lost thread.
+  const int result = guarded([&] {
+    didWork = performPhase();
+    return 0;
+  });
+  if (result != 0) error_ = result;
+  return didWork;
+}
+
+bool CFramePipeline::performPhase() {
   switch (phase_) {
     case EPhase::begin: return beginIteration();
     case EPhase::inputs: return getInputs();

@@ -54,6 +54,7 @@ class CFramePipeline {
  private:
   enum class EPhase { begin, inputs, buffers, process, release, send, end };
 
+  bool performPhase();
   bool beginIteration();
   bool finishMaterial();
   bool getInputs();

@@ -185,6 +185,13 @@ TEST_F(CProcessLoopTest, AnOperationThatThrowsFailsTheRunOnly) {
   EXPECT_TRUE(trace.lines.contains("ERROR: CToolProcessor::ProcessLoop caught no"));
 }
 
+TEST_F(CProcessLoopTest, ASourceThatThrowsFailsTheRunOnly) {
+  source.onFrame = [](CToolFrameBuffer&) { throw std::runtime_error("unreadable"); };
+  EXPECT_EQ(run(), (Texts{"2", "5 -1", "1"}));
+  source.onFrame = nullptr;
+  EXPECT_EQ(run(), (Texts{"2", "4", "1"}));
+}
+
 TEST_F(CProcessLoopTest, CommandsInTheMiddleOfARun) {
   postAt("DoProcess 1", STOP);
   EXPECT_EQ(run(), (Texts{"2", "1"}));

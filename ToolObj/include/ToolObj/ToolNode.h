@@ -42,9 +42,10 @@ class CToolEdge {
   virtual void announceFormat(const CImageFormat& format, int frameCount, double value);
 
  protected:
-  /// Called by getFrame when the queue does not hold the frame. Default: null.
+  /// Called by getFrame when the queue does not hold the frame. Default: null. What it throws fails
+  /// the run.
   virtual CToolFrameBuffer* requestFrame(int frame);
-  /// Called after a frame was queued.
+  /// Called after a frame was queued; must not throw, since the frame has changed hands.
   virtual void onFramePut() {}
   /// Called by flush after the queue was emptied.
   virtual void onFlush() {}
