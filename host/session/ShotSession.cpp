@@ -43,7 +43,9 @@ CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings&
   toolFrameCache_.setEnabled(false);
 }
 
-CShotSession::~CShotSession() {
+CShotSession::~CShotSession() { endPasses(); }
+
+void CShotSession::endPasses() {
   trackingRun_.reset();
   setups_.clear();
 }

@@ -194,9 +194,10 @@ void CStabilizeJob::closeTool() {
     session_->setTool(nullptr);
     tool_ = nullptr;
   }
-  // Processors are the plug-in's code and write through the writer: they go before both.
-  session_.reset();
+  // Processors are the plug-in's code and write through the writer, which reads from the clip.
+  if (session_) session_->endPasses();
   writer_.reset();
+  session_.reset();
   plugin_.reset();
 }
 

@@ -67,6 +67,9 @@ class CShotSession : public CNavSystemInterface {
   const STrackingOutcome& tracking() const { return tracking_; }
   /// The first frame of the running or last pass that could not be read or written; empty: none.
   const std::string& frameFailure() const { return setups_.failure(); }
+  /// Ends every pass and destroys the tool's processors. A plug-in is unloaded, and a writer destroyed,
+  /// only after this.
+  void endPasses();
   /// Waits for the frames of the last pass to be written; how many were.
   int finishWriting() { return setups_.finishWriting(); }
 
