@@ -87,13 +87,28 @@ int CStabilizerProc::DoProcess(SIterationRecord& iteration) {
 }
 
 int CStabilizerProc::finishFrame(CToolFrameBuffer& output) {
-  if (parameters_.MissingDataFill == MISSING_DATA_Zoom) {
-    zoom_.convert(*zoomSource_, area_, output_, output_);
+  if (parameters_.MissingDataFill == MISSING_DATA_Zoom && !zoomFrame(output.frameIndex())) {
+    return FAILED_FRAME;
   }
   if (FillNeedsPreviousFrame(parameters_.MissingDataFill)) rememberFrame(output_);
   output.changedRegions().Add(activePicture_, nullptr, pixelsPerLine_, lines_,
                               format_->getComponentCountExcAlpha());
   return 0;
+}
+
+/// Enlarges the output in place: what was filled from the previous frame is filled, so the memory
+/// of that frame may hold the picture that is enlarged.
+bool CStabilizerProc::zoomFrame(int frame) {
+  rememberFrame(output_);
+  if (!zoom_.prepare(*zoomSource_, area_)) return true;
+  const bool whole = sliceThreads_->Run([this](int slice) {
+    const SRows rows = rowsOfSlice(slice);
+    zoom_.convertRows(rows.first, rows.last, previous_.samples(), output_);
+  });
+  if (whole) return true;
+  fail("CStabilizerProc::DoProcess", FAILED_FRAME,
+       "A part of frame " + std::to_string(frame) + " was not enlarged");
+  return false;
 }
 
 void CStabilizerProc::rememberFrame(const std::uint16_t* samples) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <vector>
 
 namespace {
@@ -53,38 +54,40 @@ struct SAxis {
   }
 };
 
-// Three components and one more, which the next pixel overwrites: four lanes fill a vector.
+// Three components and one more, which the next pixel overwrites: four lanes fill a vector. Written
+// with the compiler's own vectors: left to itself it spreads the lanes over scalars.
 constexpr int LANES = 4;
+using FourValues = float __attribute__((vector_size(LANES * sizeof(float))));
+
+inline FourValues fourFrom(const float* values) {
+  FourValues four;
+  std::memcpy(&four, values, sizeof four);
+  return four;
+}
 
 // `source` holds one value past the last pixel read, `target` has room for one past the last.
 // Each value is limited to the range of the samples it was made of.
 void filterLine(const float* source, const SAxis& axis, int count, int origin, float* target) {
   const int* sample = axis.samples.data();
   const float* weight = axis.weights.data();
+  const int taps = axis.taps;
   for (int i = 0; i < count; ++i) {
-    const float* first = source + static_cast<std::ptrdiff_t>(sample[0] - origin) * COMPONENTS;
-    float sum[LANES];
-    float low[LANES];
-    float high[LANES];
-    for (int l = 0; l < LANES; ++l) {
-      sum[l] = first[l] * weight[0];
-      low[l] = first[l];
-      high[l] = first[l];
+    FourValues low =
+        fourFrom(source + static_cast<std::ptrdiff_t>(sample[0] - origin) * COMPONENTS);
+    FourValues high = low;
+    FourValues sum = low * weight[0];
+    for (int t = 1; t < taps; ++t) {
+      const FourValues next =
+          fourFrom(source + static_cast<std::ptrdiff_t>(sample[t] - origin) * COMPONENTS);
+      sum += next * weight[t];
+      low = next < low ? next : low;
+      high = next > high ? next : high;
     }
-    for (int t = 1; t < axis.taps; ++t) {
-      const float* next = source + static_cast<std::ptrdiff_t>(sample[t] - origin) * COMPONENTS;
-      for (int l = 0; l < LANES; ++l) {
-        sum[l] += next[l] * weight[t];
-        low[l] = next[l] < low[l] ? next[l] : low[l];
-        high[l] = next[l] > high[l] ? next[l] : high[l];
-      }
-    }
-    for (int l = 0; l < LANES; ++l) {
-      const float floored = sum[l] < low[l] ? low[l] : sum[l];
-      target[i * COMPONENTS + l] = floored > high[l] ? high[l] : floored;
-    }
-    sample += axis.taps;
-    weight += axis.taps;
+    const FourValues floored = sum < low ? low : sum;
+    const FourValues limited = floored > high ? high : floored;
+    std::memcpy(target + static_cast<std::ptrdiff_t>(i) * COMPONENTS, &limited, sizeof limited);
+    sample += taps;
+    weight += taps;
   }
 }
 
@@ -136,19 +139,60 @@ struct CZoomFractional::SImpl {
   bool isSetUp = false;
   SAxis horizontal;
   SAxis vertical;
-  // Recycled between calls.
-  std::vector<std::uint16_t> copy;  // the lines read, when they are overwritten meanwhile
-  std::vector<float> widened;       // one source line
-  std::vector<float> filtered;      // the last lines filtered horizontally, one slot per tap
-  std::vector<int> slotLine;        // the source line in each slot, or -1
-  std::vector<const float*> lines;
+  std::vector<std::uint16_t> copy;  // the lines read, when they are overwritten meanwhile; recycled
 
   bool accepts(const SRectD& from, const SRect& to) const;
   void setUp(const SRectD& newSource, const SRect& newTarget);
-  void makeRoom();
   const std::uint16_t* copyOf(const std::uint16_t* frame);
-  const float* filteredLine(int y, const std::uint16_t* frame);
+  void convertRows(int first, int last, const std::uint16_t* input, std::uint16_t* output) const;
 };
+
+namespace {
+
+/// The source lines that one walk down the target has filtered horizontally. A target line needs at
+/// most `taps` neighbouring ones, so as many slots are enough.
+class CFilteredLines {
+ public:
+  CFilteredLines(const std::uint16_t* frame, int pixelsPerLine, const SAxis& horizontal, int taps,
+                 int count, int firstColumn, int lastColumn)
+      : firstPixel_(frame + static_cast<std::ptrdiff_t>(firstColumn) * COMPONENTS),
+        frameStride_(static_cast<std::ptrdiff_t>(pixelsPerLine) * COMPONENTS),
+        horizontal_(horizontal),
+        taps_(taps),
+        count_(count),
+        firstColumn_(firstColumn),
+        samplesRead_((lastColumn - firstColumn + 1) * COMPONENTS),
+        stride_(static_cast<std::size_t>(count) * COMPONENTS + LINE_PADDING),
+        widened_(static_cast<std::size_t>(samplesRead_) + LINE_PADDING),
+        filtered_(stride_ * static_cast<std::size_t>(taps)),
+        slotLine_(static_cast<std::size_t>(taps), -1) {}
+
+  const float* line(int y) {
+    const auto slot = static_cast<std::size_t>(y % taps_);
+    float* filtered = filtered_.data() + slot * stride_;
+    if (slotLine_[slot] == y) return filtered;
+    const std::uint16_t* samples = firstPixel_ + y * frameStride_;
+    for (int i = 0; i < samplesRead_; ++i) widened_[i] = samples[i];
+    filterLine(widened_.data(), horizontal_, count_, firstColumn_, filtered);
+    slotLine_[slot] = y;
+    return filtered;
+  }
+
+ private:
+  const std::uint16_t* firstPixel_;
+  std::ptrdiff_t frameStride_;
+  const SAxis& horizontal_;
+  int taps_;
+  int count_;
+  int firstColumn_;
+  int samplesRead_;
+  std::size_t stride_;
+  std::vector<float> widened_;  // one source line
+  std::vector<float> filtered_;
+  std::vector<int> slotLine_;  // the source line in each slot, or -1
+};
+
+}  // namespace
 
 void CZoomFractional::SImpl::setUp(const SRectD& newSource, const SRect& newTarget) {
   if (isSetUp && newSource == source && newTarget == target) return;
@@ -171,22 +215,6 @@ void CZoomFractional::SImpl::setUp(const SRectD& newSource, const SRect& newTarg
   isSetUp = true;
 }
 
-// A target line needs at most `taps` neighbouring source lines, so as many slots are enough.
-const float* CZoomFractional::SImpl::filteredLine(int y, const std::uint16_t* frame) {
-  const int count = target.right - target.left + 1;
-  const std::size_t stride = static_cast<std::size_t>(count) * COMPONENTS + LINE_PADDING;
-  const auto slot = static_cast<std::size_t>(y % vertical.taps);
-  float* line = filtered.data() + slot * stride;
-  if (slotLine[slot] == y) return line;
-  const std::uint16_t* samples =
-      frame + (static_cast<std::size_t>(y) * pixelsPerLine + reach.left) * COMPONENTS;
-  const int samplesRead = (reach.right - reach.left + 1) * COMPONENTS;
-  for (int i = 0; i < samplesRead; ++i) widened[i] = samples[i];
-  filterLine(widened.data(), horizontal, count, reach.left, line);
-  slotLine[slot] = y;
-  return line;
-}
-
 CZoomFractional::CZoomFractional(int /*quality*/) : impl_(std::make_unique<SImpl>()) {}
 
 CZoomFractional::~CZoomFractional() = default;
@@ -207,16 +235,6 @@ bool CZoomFractional::SImpl::accepts(const SRectD& from, const SRect& to) const 
   return isInFrame && isNearFrame && from.left < from.right && from.top < from.bottom;
 }
 
-void CZoomFractional::SImpl::makeRoom() {
-  const std::size_t read = static_cast<std::size_t>(reach.right - reach.left + 1) * COMPONENTS;
-  const std::size_t written = static_cast<std::size_t>(target.right - target.left + 1) * COMPONENTS;
-  const auto taps = static_cast<std::size_t>(vertical.taps);
-  widened.resize(read + LINE_PADDING);
-  filtered.resize((written + LINE_PADDING) * taps);
-  slotLine.assign(taps, -1);
-  lines.resize(taps);
-}
-
 // The lines within reach, kept from being overwritten while they are still read.
 const std::uint16_t* CZoomFractional::SImpl::copyOf(const std::uint16_t* frame) {
   const std::size_t stride = static_cast<std::size_t>(pixelsPerLine) * COMPONENTS;
@@ -227,23 +245,38 @@ const std::uint16_t* CZoomFractional::SImpl::copyOf(const std::uint16_t* frame) 
   return copy.data();
 }
 
+void CZoomFractional::SImpl::convertRows(int first, int last, const std::uint16_t* input,
+                                         std::uint16_t* output) const {
+  const int count = target.right - target.left + 1;
+  const int taps = vertical.taps;
+  CFilteredLines filtered(input, pixelsPerLine, horizontal, taps, count, reach.left, reach.right);
+  std::vector<const float*> lines(static_cast<std::size_t>(taps));
+  for (int y = std::max(first, target.top); y <= std::min(last, target.bottom); ++y) {
+    const std::size_t row = static_cast<std::size_t>(y - target.top) * taps;
+    for (int t = 0; t < taps; ++t) lines[t] = filtered.line(vertical.samples[row + t]);
+    const std::size_t at = static_cast<std::size_t>(y) * pixelsPerLine + target.left;
+    combineLines(lines.data(), vertical.weights.data() + row, taps, count * COMPONENTS,
+                 output + at * COMPONENTS);
+  }
+}
+
 void CZoomFractional::convert(const SRectD& source, const SRect& target, const std::uint16_t* input,
                               std::uint16_t* output) {
-  SImpl& zoom = *impl_;
-  if (!zoom.accepts(source, target)) return;
-  zoom.setUp(source, target);
-  zoom.makeRoom();
-  const std::uint16_t* frame = input == output ? zoom.copyOf(input) : input;
+  if (!prepare(source, target)) return;
+  const std::uint16_t* frame = input == output ? impl_->copyOf(input) : input;
+  impl_->convertRows(target.top, target.bottom, frame, output);
+}
 
-  const int samplesWritten = (target.right - target.left + 1) * COMPONENTS;
-  const int taps = zoom.vertical.taps;
-  const int* sample = zoom.vertical.samples.data();
-  const float* weight = zoom.vertical.weights.data();
-  for (int y = target.top; y <= target.bottom; ++y) {
-    for (int t = 0; t < taps; ++t) zoom.lines[t] = zoom.filteredLine(sample[t], frame);
-    const std::size_t at = (static_cast<std::size_t>(y) * zoom.pixelsPerLine + target.left);
-    combineLines(zoom.lines.data(), weight, taps, samplesWritten, output + at * COMPONENTS);
-    sample += taps;
-    weight += taps;
+bool CZoomFractional::prepare(const SRectD& source, const SRect& target) {
+  if (!impl_->accepts(source, target)) {
+    impl_->isSetUp = false;
+    return false;
   }
+  impl_->setUp(source, target);
+  return true;
+}
+
+void CZoomFractional::convertRows(int firstRow, int lastRow, const std::uint16_t* input,
+                                  std::uint16_t* output) const {
+  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, input, output);
 }

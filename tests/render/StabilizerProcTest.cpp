@@ -309,7 +309,7 @@ TEST(StabilizerProcTest, ABoxBeyondTheFrameIsCutAndOneOutsideItIsRefused) {
 
 TEST(StabilizerProcTest, TheNumberOfThreadsChangesNothing) {
   for (const int lines : {30, 5, 1}) {
-    for (const int fill : {MISSING_DATA_White, MISSING_DATA_Previous_Frame}) {
+    for (const int fill : {MISSING_DATA_White, MISSING_DATA_Previous_Frame, MISSING_DATA_Zoom}) {
       std::map<int, SOutput> first;
       for (const int threads : {1, 2, 3, 7, 8, 100}) {
         CPass pass(61, lines);
@@ -318,6 +318,8 @@ TEST(StabilizerProcTest, TheNumberOfThreadsChangesNothing) {
         pass.parameters.RMode = STABMODE_Smoothed;
         pass.parameters.MissingDataFill = fill;
         pass.setMotion(1.3, -0.4, 0.01);
+        pass.shot.addMovingPoint(2, FIRST, 4, 20, 15, 1.3, 0);
+        pass.shot.selected = 2;
         pass.run();
         ASSERT_EQ(pass.outputs.size(), 4U);
         if (threads == 1) first = pass.outputs;

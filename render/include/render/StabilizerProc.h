@@ -62,6 +62,7 @@ class CStabilizerProc final : public CToolProcessor {
   };
   SRows rowsOfSlice(int slice) const;
   bool resampleInBands(const SWarpMap& map);
+  bool zoomFrame(int frame);
   void rememberFrame(const std::uint16_t* samples);
   int finishFrame(CToolFrameBuffer& output);
 

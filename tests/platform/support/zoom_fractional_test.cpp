@@ -144,6 +144,26 @@ TEST(ZoomFractional, InPlaceEqualsTwoFrames) {
   EXPECT_EQ(inPlace.samples, apart.samples);
 }
 
+TEST(ZoomFractional, PartsEqualTheWhole) {
+  const SFrame from = noiseFrame(64, 48);
+  const SRectD source{10.25, 9.5, 50.75, 40.125};
+  const SRect target{4, 3, 59, 44};
+  SFrame whole = from;
+  zoom(source, target, from, whole);
+  CZoomFractional parts(2);
+  parts.initialize(CImageFormat(64, 48), 2, 2, 128, 128, 128);
+  SFrame to = from;
+  ASSERT_TRUE(parts.prepare(source, target));
+  for (const auto& [first, last] : {std::pair{30, 100}, {-5, 3}, {4, 4}, {9, 8}, {5, 29}}) {
+    parts.convertRows(first, last, from.samples.data(), to.samples.data());
+  }
+  EXPECT_EQ(to.samples, whole.samples);
+
+  EXPECT_FALSE(parts.prepare({50, 9, 10, 40}, target));
+  parts.convertRows(0, 47, whole.samples.data(), to.samples.data());
+  EXPECT_EQ(to.samples, whole.samples) << "a source without extent writes nothing";
+}
+
 TEST(ZoomFractional, SecondRectangleDoesNotSeeTheFirst) {
   const SFrame from = noiseFrame(64, 48);
   CZoomFractional recycled(2);

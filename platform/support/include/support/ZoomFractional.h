@@ -13,7 +13,7 @@
 ///
 /// Weights are computed for the exact position of every pixel, once per pair of rectangles, and
 /// working memory is kept between calls: make one object per pass, not one per frame.
-/// THREAD: one call at a time per object.
+/// THREAD: one call at a time per object, but convertRows.
 class CZoomFractional {
  public:
   /// `quality` 2 is the one there is: cubic (Mitchell & Netravali 1988, B = 0, C = 1/2).
@@ -34,6 +34,15 @@ class CZoomFractional {
   /// frame; target lies in the frame. Otherwise nothing is written.
   void convert(const SRectD& source, const SRect& target, const std::uint16_t* input,
                std::uint16_t* output);
+
+  /// convert in parts, for several threads: prepare, then convertRows until the rows [target.top,
+  /// target.bottom] are done, in any division and with the same result. False, and convertRows
+  /// writes nothing, where convert would write nothing.
+  bool prepare(const SRectD& source, const SRect& target);
+  /// Rows [firstRow, lastRow] of the target; those outside it are left out. `input` and `output` do
+  /// not overlap. THREAD: any, several at once for different rows.
+  void convertRows(int firstRow, int lastRow, const std::uint16_t* input,
+                   std::uint16_t* output) const;
 
  private:
   struct SImpl;
