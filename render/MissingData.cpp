@@ -90,7 +90,12 @@ void CopyOutside(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine
 
 void PaintOutside(std::uint16_t* samples, int pixelsPerLine, int lines, const SRect& inside,
                   const std::uint16_t color[3]) {
+  const bool isGrey = color[0] == color[1] && color[1] == color[2];
   forEachPartOutside(pixelsPerLine, lines, inside, [=](std::size_t first, std::size_t count) {
+    if (isGrey) {  // black nearly always is
+      std::fill_n(samples + first, count, color[0]);
+      return;
+    }
     for (std::size_t i = first; i < first + count; i += SAMPLES_PER_PIXEL) {
       std::copy_n(color, SAMPLES_PER_PIXEL, samples + i);
     }

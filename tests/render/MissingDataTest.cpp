@@ -61,14 +61,17 @@ TEST(MissingDataTest, MotionAcrossTheWholePictureLeavesNothingToZoom) {
 TEST(MissingDataTest, CopyAndPaintTouchOnlyTheOutside) {
   constexpr int WIDTH = 9;
   constexpr int LINES = 7;
-  const std::uint16_t color[3] = {1, 2, 3};
+  const std::uint16_t mixed[3] = {1, 2, 3};
+  const std::uint16_t grey[3] = {4, 4, 4};
   for (const SRect inside : {SRect{2, 1, 5, 4}, SRect{0, 0, 8, 6}, SRect{0, 2, 8, 6},
                              SRect{3, 0, 8, 0}, SRect{8, 6, 8, 6}}) {
     std::vector<std::uint16_t> source(WIDTH * LINES * 3, 50);
     std::vector<std::uint16_t> copied(source.size(), 99);
     std::vector<std::uint16_t> painted(source.size(), 99);
+    std::vector<std::uint16_t> greyed(source.size(), 99);
     CopyOutside(source.data(), copied.data(), WIDTH, LINES, inside);
-    PaintOutside(painted.data(), WIDTH, LINES, inside, color);
+    PaintOutside(painted.data(), WIDTH, LINES, inside, mixed);
+    PaintOutside(greyed.data(), WIDTH, LINES, inside, grey);
     for (int i = 0; i < WIDTH * LINES * 3; ++i) {
       const int x = i / 3 % WIDTH;
       const int y = i / 3 / WIDTH;
@@ -76,6 +79,7 @@ TEST(MissingDataTest, CopyAndPaintTouchOnlyTheOutside) {
           x >= inside.left && x <= inside.right && y >= inside.top && y <= inside.bottom;
       ASSERT_EQ(copied[static_cast<std::size_t>(i)], isInside ? 99 : 50) << x << " " << y;
       ASSERT_EQ(painted[static_cast<std::size_t>(i)], isInside ? 99 : 1 + i % 3) << x << " " << y;
+      ASSERT_EQ(greyed[static_cast<std::size_t>(i)], isInside ? 99 : 4) << x << " " << y;
     }
   }
 }
