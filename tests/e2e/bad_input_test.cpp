@@ -21,6 +21,8 @@ struct SBadInput {
   const char* says;
 };
 
+void PrintTo(const SBadInput& bad, std::ostream* stream) { *stream << bad.arguments; }
+
 const SBadInput BAD_INPUTS[] = {
     {"NoSuchFile", "", "nowhere.mov -o out.####.dpx", 1, "nowhere.mov"},
     {"EmptyFolder", "mkdir empty", "empty -o out.####.dpx", 1, "empty"},

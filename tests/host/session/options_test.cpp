@@ -21,6 +21,8 @@ struct SRefusal {
   const char* says;
 };
 
+void PrintTo(const SRefusal& refusal, std::ostream* stream) { *stream << refusal.says; }
+
 class Refused : public ::testing::TestWithParam<SRefusal> {};
 
 TEST_P(Refused, NamesTheOption) {
