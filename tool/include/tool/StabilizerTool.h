@@ -207,10 +207,8 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   int sendParameters(const char* who, CAutoErrorReporter& reporter);
   bool checkMarksAndClip(CAutoErrorReporter& reporter);
 
-  int startFromIdle(int event, int frame, int& newState);
-  int whileRunning(int event, const CAutotoolStatus& status, int& newState, bool& report);
-  int whilePausing(int event, const CAutotoolStatus& status, int& newState);
-  int whilePaused(int event, int frame, int& newState);
+  int performShotEvent(int event, const CAutotoolStatus& status, int frame, int& newState);
+  int startPass(int event, const CAutotoolStatus& status, int frame, int& newState);
   void onRunStopped();
 
   bool isTrackingWorthProtecting();
