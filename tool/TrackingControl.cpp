@@ -9,9 +9,6 @@ namespace {
 // A shorter pass is done again sooner than a question is read.
 constexpr int SECONDS_WORTH_PROTECTING = 60;
 
-// How the editor sees a moved mark.
-enum EMarkChange { MARK_DELETED = 1, MARK_MOVED_OUTSIDE = 3 };
-
 }  // namespace
 
 bool CStabilizerTool::onTrackingStart() {
@@ -51,7 +48,7 @@ bool CStabilizerTool::checkMarkInChange() {
   if (host->getFolderText() != folderText_ || host->isFirstShow()) return true;
   switch (editor_.markInChange()) {
     case MARK_DELETED: return mayDeleteMarkIn();
-    case MARK_MOVED_OUTSIDE: return mayMoveMarkIn();
+    case MARK_OUTSIDE: return mayMoveMarkIn();
     default: return true;
   }
 }
@@ -78,7 +75,7 @@ bool CStabilizerTool::mayMoveMarkIn() {
 bool CStabilizerTool::checkMarkOutChange() {
   if (getSystemAPI()->getFolderText() != folderText_) return true;
   const int change = editor_.markOutChange();
-  if (change != MARK_DELETED && change != MARK_MOVED_OUTSIDE) return true;
+  if (change != MARK_DELETED && change != MARK_OUTSIDE) return true;
   if (!markOutWarnings_ || !isTrackingWorthProtecting()) return true;
   const char* question =
       change == MARK_DELETED

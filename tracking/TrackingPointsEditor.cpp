@@ -8,8 +8,6 @@ constexpr int COLOR_TRACKED = 2;
 constexpr int COLOR_RENDERED = 4;
 constexpr int COLOR_ANCHOR = 8;
 
-enum EMarkChange { MARK_UNCHANGED = 0, MARK_DELETED = 1, MARK_INSIDE = 2, MARK_OUTSIDE = 3 };
-
 }  // namespace
 
 CTrackingPointsEditor::CTrackingPointsEditor()
@@ -143,14 +141,9 @@ void CTrackingPointsEditor::evaluatePointStatus(int point) {
 /// False when the marks keep the frame from being drawn.
 bool CTrackingPointsEditor::drawingColor(int frame, int& color) const {
   switch (array_->TrackState()) {
-    case TRACK_STATE_Tracked:
-      color = COLOR_TRACKED;
-      break;
-    case TRACK_STATE_Rendered:
-      color = COLOR_RENDERED;
-      break;
-    default:
-      color = COLOR_UNTRACKED;
+    case TRACK_STATE_Tracked: color = COLOR_TRACKED; break;
+    case TRACK_STATE_Rendered: color = COLOR_RENDERED; break;
+    default: color = COLOR_UNTRACKED;
   }
   if (suspended_) return true;
   const int in = host_->getMarkIn();

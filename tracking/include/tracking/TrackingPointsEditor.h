@@ -4,6 +4,10 @@
 #include "support/Hook.h"
 #include "tracking/TrackingArray.h"
 
+/// What a moved mark would do to the tracking data: nothing to say, the mark was deleted, it moved
+/// inside the tracked frames, or outside. Hosts hold these numbers; do not change.
+enum EMarkChange { MARK_UNCHANGED = 0, MARK_DELETED = 1, MARK_INSIDE = 2, MARK_OUTSIDE = 3 };
+
 /// The object through which host and tool share the live tracking data: selection, visibility,
 /// change notifiers, what a change of the marks does to the data, and drawing. The tool owns it and
 /// hands it to the host while it is active. Without an array operations on data do nothing (0,
@@ -55,8 +59,7 @@ class CTrackingPointsEditor {
   /// Drops all but the first frame with a point; the set is untracked then.
   void keepFirstFrame();
   void clearAll();
-  /// What the host's current mark would do to the data: 0 nothing to say, 1 mark deleted, 2 moved
-  /// inside the tracked frames, 3 moved outside.
+  /// What the host's current mark would do to the data, an EMarkChange.
   int markInChange();
   int markOutChange();
   /// Adjusts the data to new marks (negative: unset) and remembers them. No mark IN, now or before:
