@@ -80,7 +80,7 @@ void CStabilizerTool::saveMattingBox() {
   CAutoErrorReporter reporter("CStabilizerTool::saveMattingBox");
   CBinManager bin;
   CIniFile* desktop = bin.openDesktop(clip->path());
-  if (!desktop) return;
+  if (!desktop) return reporter.repeat();
   if (mattingBoxValid_) {
     desktop->WriteInteger(SECTION, "Left", mattingBox_.left);
     desktop->WriteInteger(SECTION, "Top", mattingBox_.top);

@@ -59,6 +59,18 @@ TEST_F(MattingBox, StoredBoxesMustHoldAPicture) {
   bin.closeDesktop(desktop, false);
 }
 
+TEST_F(MattingBox, SettingsThatCannotTakeItAreReportedAndLeftAlone) {
+  const std::string desktop = CBinManager().desktopFileName(host.clip.clipPath);
+  std::filesystem::create_directories(desktop);  // something that is no settings file
+  tool.setMattingBox({4, 5, 60, 40});
+  forgetCalls();
+  EXPECT_EQ(tool.toolDeactivate(), 0);
+  ASSERT_EQ(errors.size(), 1u);
+  EXPECT_EQ(errors[0].rfind("CStabilizerTool::saveMattingBox ", 0), 0u) << errors[0];
+  EXPECT_NE(errors[0].find(desktop), std::string::npos) << errors[0];
+  EXPECT_TRUE(std::filesystem::is_directory(desktop));
+}
+
 TEST_F(MattingBox, WithoutAClipIsInvalid) {
   tool.setMattingBox({4, 5, 60, 40});
   host.clipOpen = false;
