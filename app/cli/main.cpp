@@ -9,6 +9,7 @@
 #include "ConsoleMonitor.h"
 #include "clip/ClipReader.h"
 #include "clip/ClipWriter.h"
+#include "session/ClipCopy.h"
 #include "session/PluginLibrary.h"
 #include "session/ShotReport.h"
 #include "session/StabilizeJob.h"
@@ -81,18 +82,11 @@ int makeTestShot(const SCommandLine& commandLine) {
       CreateClip(commandLine.testShotOutput, *shot, info.firstFrame, info.endFrame,
                  {commandLine.testShotOverwrite, AvailableProcessorCoreCount()});
   CConsoleMonitor monitor(commandLine.verbosity < 0, isatty(STDERR_FILENO) != 0);
-  monitor.SetStatusMessage("Making the test shot");
-  monitor.SetFrameCount(info.frameCount(), 1);
-  monitor.StartProgress();
-  std::vector<std::uint16_t> samples(info.format.getBytesPerField() / 2);
-  for (int frame = info.firstFrame; frame < info.endFrame; ++frame) {
-    if (interrupted) throw CInterrupted();
-    shot->readFrame(frame, samples.data());
-    writer->writeFrame(frame, samples.data());
-    monitor.BumpProgress(1);
-  }
-  writer->finish();
-  monitor.StopProgress(true);
+  SJobObserver observer;
+  observer.monitor = &monitor;
+  observer.interrupted = &interrupted;
+  CopyClip(*shot, *writer, info.firstFrame, info.endFrame, AvailableProcessorCoreCount(),
+           "Making the test shot", observer);
   const std::string& truth = commandLine.testShotTruth;
   if (!truth.empty() && !WriteFileWhole(truth, CTestShot(commandLine.testShot).truthAsJson()))
     throw CJobError(-1, theError.getMessage());

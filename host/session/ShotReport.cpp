@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "clip/ClipWriter.h"
+#include "session/ClipCopy.h"
 #include "session/SideBySide.h"
 
 namespace {
@@ -185,18 +186,5 @@ void WriteComparison(const SStabilizeResult& result, const SJobObserver& observe
                          COMPARE_WIDTH);
   const std::unique_ptr<IClipWriter> writer =
       CreateClip(options.compare, both, in, out, {options.overwrite, options.threads});
-  std::vector<std::uint16_t> samples(both.info().format.getBytesPerField() / 2);
-  if (observer.monitor) {
-    observer.monitor->SetStatusMessage("Comparing");
-    observer.monitor->SetFrameCount(out - in, 1);
-    observer.monitor->StartProgress();
-  }
-  for (int frame = in; frame < out; ++frame) {
-    if (observer.interrupted && *observer.interrupted) throw CInterrupted();
-    both.readFrame(frame, samples.data());
-    writer->writeFrame(frame, samples.data());
-    if (observer.monitor) observer.monitor->BumpProgress(1);
-  }
-  writer->finish();
-  if (observer.monitor) observer.monitor->StopProgress(true);
+  CopyClip(both, *writer, in, out, options.threads, "Comparing", observer);
 }

@@ -43,7 +43,9 @@ CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings&
   toolFrameCache_.setEnabled(false);
 }
 
-CShotSession::~CShotSession() { endPasses(); }
+CShotSession::~CShotSession() {
+  endPasses();
+}
 
 void CShotSession::endPasses() {
   trackingRun_.reset();
@@ -133,14 +135,15 @@ STrackSettings CShotSession::trackSettings() const {
 void CShotSession::StartTrackingRun() {
   trackingRun_.reset();
   tracking_ = {};
-  if (!tool_ || !editor_ || !editor_->trackingArray()) return;
-  if (!tool_->onTrackingStart()) {
-    tracking_.failure = "the tool has no points to track between the marks";
-    tool_->onTrackingEnd(1);
-    return;
-  }
+  if (!tool_) return;
+  if (!hasTrackingData()) return failTracking("the tool is not active");
+  if (!tool_->onTrackingStart())
+    return failTracking("the tool has no points to track between the marks");
+  // The points lie on the first frame of the set, which may have been tracked from another mark IN.
+  CTrackingArray& array = *editor_->trackingArray();
+  if (array.FirstFrame() != markIn_) array.MoveToFrame(markIn_);
   std::map<int, SPoint2> points;
-  for (const auto& [index, point] : editor_->trackingArray()->FindPoints(markIn_).Entries())
+  for (const auto& [index, point] : array.FindPoints(markIn_).Entries())
     if (point.IsValid()) points[index] = {point.x, point.y};
   tracking_.ran = true;
   trackingTimer_.Start();
@@ -156,7 +159,20 @@ void CShotSession::StopTrackingRun() {
   if (trackingRun_) trackingRun_->cancel();
 }
 
+bool CShotSession::hasTrackingData() const {
+  return editor_ && editor_->trackingArray();
+}
+
+/// A tool that waits for a pass hears of its end, whatever kept it from running.
+void CShotSession::failTracking(const std::string& why) {
+  trackingRun_.reset();
+  tracking_.failure = why;
+  if (monitor_) monitor_->StopProgress(false);
+  if (tool_) tool_->onTrackingEnd(1);
+}
+
 void CShotSession::pumpTracking() {
+  if (!tool_ || !hasTrackingData()) return failTracking("the tool was deactivated while tracking");
   const bool finished = trackingRun_->isFinished();  // before taking: nothing comes after it
   takeTrackingResults();
   if (finished) finishTracking();

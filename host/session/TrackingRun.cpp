@@ -16,6 +16,20 @@ CTrackingRun::~CTrackingRun() {
   thread_.join();
 }
 
+namespace {
+
+/// "15 no match in the search area, 1 left the picture".
+std::string reasonsOf(const std::map<int, STrackedPoint>& points) {
+  std::map<ELossReason, int> counts;
+  for (const auto& [index, point] : points) ++counts[point.reason];
+  std::string text;
+  for (const auto& [reason, count] : counts)
+    text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + ToText(reason);
+  return text;
+}
+
+}  // namespace
+
 void CTrackingRun::cancel() {
   cancelled_ = true;
   store_.wake();
@@ -73,13 +87,9 @@ bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
       std::all_of(result.points.begin(), result.points.end(),
                   [](const auto& point) { return point.second.state == EPointState::lost; });
   if (allLost) {
-    failure_ = "frame " + std::to_string(frame) + ": every tracking point was lost (";
-    std::string separator;
-    for (const auto& [index, point] : result.points) {
-      failure_ += separator + "point " + std::to_string(index) + ": " + ToText(point.reason);
-      separator = ", ";
-    }
-    failure_ += ")";
+    failure_ = "frame " + std::to_string(frame) + ": every tracking point was lost (" +
+               reasonsOf(result.points) + "); where the shot ends there, say --out " +
+               std::to_string(frame);
     return false;
   }
   add(std::move(result));

@@ -67,8 +67,8 @@ class CShotSession : public CNavSystemInterface {
   const STrackingOutcome& tracking() const { return tracking_; }
   /// The first frame of the running or last pass that could not be read or written; empty: none.
   const std::string& frameFailure() const { return setups_.failure(); }
-  /// Ends every pass and destroys the tool's processors. A plug-in is unloaded, and a writer destroyed,
-  /// only after this.
+  /// Ends every pass and destroys the tool's processors. A plug-in is unloaded, and a writer
+  /// destroyed, only after this.
   void endPasses();
   /// Waits for the frames of the last pass to be written; how many were.
   int finishWriting() { return setups_.finishWriting(); }
@@ -137,6 +137,8 @@ class CShotSession : public CNavSystemInterface {
  private:
   void tellMarksChanged();
   STrackSettings trackSettings() const;
+  bool hasTrackingData() const;
+  void failTracking(const std::string& why);
   void pumpTracking();
   void takeTrackingResults();
   void finishTracking();
