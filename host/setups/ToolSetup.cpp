@@ -27,6 +27,7 @@ void CToolSetup::setFrameRange(const CToolFrameRange& range) {
   CToolFrameRange::SFrameRange& wanted = clipped.inputs.front();
   wanted.firstFrame = std::max(wanted.firstFrame, store_.info().firstFrame);
   wanted.endFrame = std::min(wanted.endFrame, store_.info().endFrame);
+  oneFrame_ = wanted.flag ? range.inputs.front().firstFrame + 1 : CWriterEdge::EVERY_FRAME;
   first_ = wanted.firstFrame;
   end_ = wanted.endFrame;
   processor_->SetFrameRange(clipped);
@@ -40,9 +41,10 @@ int CToolSetup::run(IClipWriter* writer, int writerThreads) {
   const int result = processor_->ConfigurePorts();
   if (result != 0) return result;
   input_.clearFailure();
-  if (status_ != STATUS_PAUSED) output_.open(writer, writerThreads);
+  if (status_ != STATUS_PAUSED) output_.open(writer, writerThreads, oneFrame_);
   store_.start(first_, end_);
   post(CAutotoolCommand::RUN);
+  status_ = STATUS_RUNNING;  // not only once the processor has said so
   return 0;
 }
 

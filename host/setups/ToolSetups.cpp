@@ -56,11 +56,16 @@ int CToolSetups::setParameters(CToolParameters* parameters) {
   return 0;
 }
 
+bool CToolSetups::writes(const CToolSetup& setup) const {
+  if (setup.kind() == CNavSystemInterface::SETUP_RANGE) return renders_;
+  return setup.kind() == CNavSystemInterface::SETUP_RENDER_FRAME;
+}
+
 void CToolSetups::run() {
   CToolSetup* setup = activeSetup();
   if (!setup) return;
   failure_.clear();
-  startFailure_ = setup->run(renders_ ? writer_ : nullptr, settings_.writerThreads);
+  startFailure_ = setup->run(writes(*setup) ? writer_ : nullptr, settings_.writerThreads);
 }
 
 void CToolSetups::pause() {

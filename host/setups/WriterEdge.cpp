@@ -20,10 +20,11 @@ void CWriterEdge::endThreads() {
   threads_.clear();
 }
 
-void CWriterEdge::open(IClipWriter* writer, int threads) {
+void CWriterEdge::open(IClipWriter* writer, int threads, int onlyFrame) {
   endThreads();
   quit_ = false;
   writer_ = writer;
+  onlyFrame_ = onlyFrame;
   written_ = 0;
   failure_.clear();
   const int count = writer && writer->isParallel() ? std::max(1, threads) : 1;
@@ -75,11 +76,14 @@ void CWriterEdge::writerThread() {
     --queued_;
     ++writing_;
     IClipWriter* writer = failure_.empty() ? writer_ : nullptr;
+    const int onlyFrame = onlyFrame_;
     lock.unlock();
     {
       // A flush may have emptied the queue since the count was taken.
       const std::unique_ptr<CToolFrameBuffer> frame(queue().takeOldest());
-      if (frame && !frame->isEndOfMaterial() && writer) write(*frame, writer);
+      const bool wanted = frame && !frame->isEndOfMaterial() &&
+                          (onlyFrame == EVERY_FRAME || onlyFrame == frame->frameIndex());
+      if (wanted && writer) write(*frame, writer);
     }
     lock.lock();
     --writing_;

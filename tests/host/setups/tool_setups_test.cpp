@@ -100,9 +100,9 @@ class ToolSetups : public ::testing::Test {
     setups_.reset();
     host_.toolFrameCache.clear();  // its frames' memory is the store's
   }
-  void run(int first, int end) {
+  void run(int first, int end, bool oneFrame = false) {
     CToolFrameRange range(1, 1);
-    range.inputs[0] = {false, first, end};
+    range.inputs[0] = {oneFrame, first, end};
     ASSERT_EQ(setups_->setFrameRange(range), 0);
     setups_->run();
   }
@@ -178,6 +178,41 @@ TEST_F(ToolSetups, PreviewWritesNothing) {
   pumpUntil(CAutotoolStatus::STOPPED);
   EXPECT_EQ(setups_->finishWriting(), 0);
   EXPECT_TRUE(writer_->order.empty());
+}
+
+// One-frame passes process the frame's neighbours too, and no render mode is set for them.
+TEST_F(ToolSetups, OnlyARenderedFrameOfTheOneFramePassesIsWritten) {
+  struct {
+    const char* name;
+    int kind, renderMode, frame;
+    std::vector<int> written;
+  } const cases[] = {
+      {"render", CNavSystemInterface::SETUP_RENDER_FRAME, 0, 5, {5}},
+      {"render at the clip's start", CNavSystemInterface::SETUP_RENDER_FRAME, 0, 0, {0}},
+      {"render at the clip's end", CNavSystemInterface::SETUP_RENDER_FRAME, 1, 19, {19}},
+      {"preview after a render", CNavSystemInterface::SETUP_FRAME_3, 1, 5, {}},
+      {"other preview", CNavSystemInterface::SETUP_FRAME_4, 1, 5, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    open(0, 20, false);
+    ASSERT_EQ(setups_->activate(setups_->make(c.kind, CToolIOConfig(1, 1, 1))), 0);
+    setups_->setRenderMode(c.renderMode);
+    run(c.frame - 1, c.frame + 2, true);
+    pumpUntil(CAutotoolStatus::STOPPED);
+    EXPECT_EQ(setups_->finishWriting(), static_cast<int>(c.written.size()));
+    EXPECT_EQ(writer_->order, c.written);
+  }
+}
+
+TEST_F(ToolSetups, AStartedRunIsRunningAtOnceAndUntilItStopped) {
+  open(0, 20, false);
+  const int running = CNavSystemInterface::SETUP_STATUS_RUNNING;
+  EXPECT_NE(setups_->status(setups_->active()), running);
+  run(0, 20);
+  EXPECT_EQ(setups_->status(setups_->active()), running);
+  pumpUntil(CAutotoolStatus::STOPPED);
+  EXPECT_NE(setups_->status(setups_->active()), running);
 }
 
 TEST_F(ToolSetups, ASetupMayBeDestroyedInTheMiddleOfARun) {

@@ -50,6 +50,7 @@ class CToolSetup {
   std::unique_ptr<CToolProcessor> processor_;
   int first_ = 0;
   int end_ = 0;
+  int oneFrame_ = CWriterEdge::EVERY_FRAME;  ///< the frame that a one-frame pass is about
   int status_ = STATUS_STOPPED;
   bool threadEnded_ = false;
 };
@@ -79,6 +80,7 @@ class CToolSetups {
   void destroy(int handle);
   int setFrameRange(const CToolFrameRange& range);
   int setParameters(CToolParameters* parameters);
+  /// For range setups; of the one-frame setups only the render-frame one writes, its one frame.
   void setRenderMode(int mode) { renders_ = mode == 1; }
   void run();
   void pause();
@@ -95,6 +97,7 @@ class CToolSetups {
 
  private:
   CToolSetup* activeSetup() const;
+  bool writes(const CToolSetup& setup) const;
 
   CFrameStore& store_;
   const SSettings settings_;

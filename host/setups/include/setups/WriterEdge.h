@@ -18,9 +18,12 @@ class CWriterEdge : public CToolEdge {
   explicit CWriterEdge(int limit);
   ~CWriterEdge() override;
 
-  /// Where frames go from now on; null drops them. Not owned; must outlive `drain`. More than one
-  /// thread writes only where the writer is parallel. REQUIRES: nothing is queued.
-  void open(IClipWriter* writer, int threads);
+  static constexpr int EVERY_FRAME = -1;
+
+  /// Where frames go from now on; null drops them, as `onlyFrame` does with all the others. Not
+  /// owned; must outlive `drain`. More than one thread writes only where the writer is parallel.
+  /// REQUIRES: nothing is queued.
+  void open(IClipWriter* writer, int threads, int onlyFrame);
   /// Waits until every queued frame is written or dropped.
   void drain();
   int framesWritten() const;
@@ -38,6 +41,7 @@ class CWriterEdge : public CToolEdge {
   mutable std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;
   IClipWriter* writer_ = nullptr;
+  int onlyFrame_ = EVERY_FRAME;
   int queued_ = 0;
   int writing_ = 0;
   int written_ = 0;
