@@ -6,9 +6,20 @@
 
 namespace {
 
+/// Takes a name for its value; the names alone, in a message a person can read.
 template <typename T>
 CLI::Validator nameOf(const std::map<std::string, T>& names) {
-  return CLI::CheckedTransformer(names, CLI::ignore_case).description("");
+  const auto take = [&names](std::string& text) -> std::string {
+    const auto found = names.find(CLI::ignore_case(text));
+    if (found == names.end()) {
+      std::string message = "wants one of";
+      for (const auto& [name, value] : names) message += " " + name + ",";
+      return message + " not \"" + text + "\"";
+    }
+    text = std::to_string(static_cast<int>(found->second));
+    return {};
+  };
+  return CLI::Validator(take, "");
 }
 
 const std::map<std::string, EStabilize> STABILIZE_NAMES = {{"horizontal", EStabilize::horizontal},

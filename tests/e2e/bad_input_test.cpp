@@ -21,7 +21,9 @@ struct SBadInput {
   const char* says;
 };
 
-void PrintTo(const SBadInput& bad, std::ostream* stream) { *stream << bad.arguments; }
+void PrintTo(const SBadInput& bad, std::ostream* stream) {
+  *stream << bad.arguments;
+}
 
 const SBadInput BAD_INPUTS[] = {
     {"NoSuchFile", "", "nowhere.mov -o out.####.dpx", 1, "nowhere.mov"},
@@ -59,7 +61,9 @@ const SBadInput BAD_INPUTS[] = {
     {"OutputBelowAFile", "touch file", "scan.####.dpx -o file/out.####.dpx", 1, "file"},
     {"UnknownContainer", "", "scan.####.dpx -o out.xyz", 1, "out.xyz"},
     {"UnknownOption", "", "scan.####.dpx -o out.####.dpx --frobnicate", 2, "--frobnicate"},
-    {"UnknownChoice", "", "scan.####.dpx -o out.####.dpx --motion wobble", 2, "--motion"},
+    {"UnknownChoice", "", "scan.####.dpx -o out.####.dpx --motion wobble", 2,
+     "--motion: wants one of match, remove, smooth, not \"wobble\""},
+    {"NumberForAChoice", "", "scan.####.dpx -o out.####.dpx --fill 1", 2, "--fill: wants one of"},
     {"NoOutput", "", "scan.####.dpx", 2, "--output"},
     {"PointOutsideThePicture", "", "scan.####.dpx -o out.####.dpx --point 500,10", 2, "--point"},
     {"PointThatIsNone", "", "scan.####.dpx -o out.####.dpx --point 1;2", 2, "--point"},
