@@ -125,6 +125,7 @@ int CStabilizerProc::prepareFill() {
     return fail(operation, FAILED_FRAME,
                 "Zoom: the motion leaves no picture area that all frames have in common");
   }
+  shot_->setZoomSource(*zoomSource_);
   return 0;
 }
 

@@ -130,6 +130,7 @@ CToolProcessor* CStabilizerTool::makeToolProcessorInstance(const CAbortFlag* abo
 // finished is entered here, before the run state moves on. Points that were edited meanwhile are
 // not the ones that were rendered.
 int CStabilizerTool::onToolProcessingStatus(const CAutotoolStatus* status) {
+  if (status->status == CAutotoolStatus::STOPPED) editor_.setZoomSource(passZoomSource_);
   if (status->status == CAutotoolStatus::STOPPED && passCompleted_.exchange(false) &&
       wholeRangeRun_ && isTracked()) {
     editor_.setRendered();
@@ -191,6 +192,7 @@ int CStabilizerTool::sendFrameRange(const CToolFrameRange& range, const char* wh
 int CStabilizerTool::sendParameters(const char* who, CAutoErrorReporter& reporter) {
   takePassCopies();
   passCompleted_ = false;
+  passZoomSource_ = {};
   const int hostValue = getSystemAPI()->getParameterValue();
   const int result = getSystemAPI()->SetToolParameters(
       new CStabilizerToolParameters(hostValue, *this, gatherParameters()));

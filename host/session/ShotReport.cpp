@@ -153,6 +153,7 @@ std::string ReportAsJson(const SStabilizeResult& result) {
       {"marks", {*options.in, *options.out}},
       {"region",
        {result.region.left, result.region.top, result.region.right, result.region.bottom}},
+      {"zoom", result.zoom},
       {"points", pointsJson(result)},
       {"frames", framesJson(result)}};
   if (result.verification)

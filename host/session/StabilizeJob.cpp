@@ -184,6 +184,17 @@ void CStabilizeJob::collectMotion() {
   const CTrackingPoints& to = editor.smoothedMotion()->frames.at(*options_.in);
   for (const auto& [index, point] : editor.trackingArray()->FindPoints(*options_.in).Entries())
     result_.outputPoints.push_back(MovedPoint({point.x, point.y}, from, to));
+  applyZoom(editor.zoomSource());
+}
+
+void CStabilizeJob::applyZoom(const SRectD& source) {
+  if (source == SRectD{}) return;
+  const SRect& region = result_.region;
+  result_.zoom = (region.right - region.left + 1) / (source.right - source.left);
+  // Pixel i covers [i, i + 1): rectangles speak of edges, points of centres.
+  for (SPoint2& point : result_.outputPoints)
+    point = {region.left + (point.x + 0.5 - source.left) * result_.zoom - 0.5,
+             region.top + (point.y + 0.5 - source.top) * result_.zoom - 0.5};
 }
 
 void CStabilizeJob::closeTool() {

@@ -81,7 +81,11 @@ SVerification VerifyOutput(const std::string& path, int first, int end,
   const CImageFormat& format = reader->info().format;
   verification.motion = FitMotion(
       shot.array(), {(format.getPixelsPerLine() - 1) * 0.5, (format.getLinesPerFrame() - 1) * 0.5});
-  for (SFrameMotion& motion : verification.motion) motion.frame -= offset;
+  for (SFrameMotion& motion : verification.motion) {
+    motion.frame -= offset;
+    motion.x /= result.zoom;  // pixels of the picture as it was shot
+    motion.y /= result.zoom;
+  }
   verification.before = Steadiness(Deviations(result.measured, result.intended));
   const std::vector<SDeviation> after = Deviations(verification.motion, result.intended);
   verification.after = Steadiness(after);

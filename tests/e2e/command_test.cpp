@@ -60,6 +60,14 @@ TEST_F(Command, AWeavingScanComesOutSteadyByItsTruth) {
       << "the anchor frame stays as it is";
 }
 
+TEST_F(Command, AZoomedPictureIsMeasuredAsItWasShot) {
+  mustRun(std::string("stabilize test-shot -o scan.####.dpx --rotation 0 ") + SMALL_SHOT);
+  const SRun zoomed =
+      run("stabilize scan.####.dpx -o steady.####.dpx --fill zoom --verify --max-residual 0.1");
+  ASSERT_EQ(zoomed.status, 0) << zoomed.output;
+  EXPECT_GT(numbersAfter(zoomed.output, "weave").at(0), 0.5) << zoomed.output;
+}
+
 TEST_F(Command, ResidualAboveTheLimitFails) {
   mustRun(std::string("stabilize test-shot -o scan.####.tif ") + SMALL_SHOT);
   const SRun strict =

@@ -177,6 +177,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   SRect mattingBox() override { return pass_.mattingBox; }
   int selectedPoint() override { return pass_.selectedPoint; }
   void setRendered() override { passCompleted_ = true; }
+  void setZoomSource(const SRectD& source) override { passZoomSource_ = source; }
   void setRunState(int state) override;
   void setSmoothedFlag(bool smoothed) override { smoothed_ = smoothed; }
   IToolProgressMonitor* progressMonitor() override { return getProgressMonitor(); }
@@ -271,6 +272,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   std::atomic<int> runState_{RUN_IDLE};
   std::atomic<bool> smoothed_{false};
   std::atomic<bool> passCompleted_{false};
+  SRectD passZoomSource_;  // the processor's until it reports "stopped", then this thread's
   CThreadLock parametersLock_;
   CStabilizerParameters parameters_;
   CThreadLock statusLock_;

@@ -48,6 +48,11 @@ class CTrackingPointsEditor {
   const CTrackingArray* originalMotion() const { return originalMotion_; }
   const CTrackingArray* smoothedMotion() const { return smoothedMotion_; }
 
+  /// The part of the picture that the last pass enlarged to its processing region; empty (all zero)
+  /// when it enlarged nothing.
+  void setZoomSource(const SRectD& source) { zoomSource_ = source; }
+  const SRectD& zoomSource() const { return zoomSource_; }
+
   /// Forgets the marks and clears all points.
   void resetMarks();
   void setTracked();
@@ -90,6 +95,7 @@ class CTrackingPointsEditor {
   CTrackingArray* array_ = nullptr;
   const CTrackingArray* originalMotion_ = nullptr;
   const CTrackingArray* smoothedMotion_ = nullptr;
+  SRectD zoomSource_;
   int markIn_ = -1;
   int markOut_ = -1;
   bool suspended_ = false;

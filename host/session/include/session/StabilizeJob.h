@@ -55,6 +55,7 @@ struct SStabilizeResult {
   std::vector<SFrameMotion> measured;  ///< motion of the input
   std::vector<SFrameMotion> intended;  ///< the path that the picture was put on
   std::vector<SPoint2> outputPoints;   ///< the points used, in the first frame of the output
+  double zoom = 1.0;                   ///< how much larger the zoom fill made the picture
   std::optional<SVerification> verification;
   int framesWritten = 0;
   double trackSeconds = 0.0;
@@ -86,6 +87,7 @@ class CStabilizeJob {
   void pumpUntilIdle();
   void throwWhatFailed();
   void collectMotion();
+  void applyZoom(const SRectD& source);
   void closeTool();
   void verify();
   void writeExtras();

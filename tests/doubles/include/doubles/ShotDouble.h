@@ -24,6 +24,7 @@ class CShotDouble : public IStabilizerShot {
   CRecordingProgressMonitor monitor;
   std::atomic<bool> smoothed{false};
   std::atomic<bool> rendered{false};
+  SRectD zoomSource;
 
   /// A tracked point that moves: frame `first` + i holds the point at (x + i * dx, y + i * dy).
   void addMovingPoint(int point, int first, int count, double x, double y, double dx, double dy);
@@ -34,6 +35,7 @@ class CShotDouble : public IStabilizerShot {
   SRect mattingBox() override { return box; }
   int selectedPoint() override { return selected; }
   void setRendered() override;
+  void setZoomSource(const SRectD& source) override { zoomSource = source; }
 
   int runState() override { return runState_; }
   void setRunState(int state) override;
