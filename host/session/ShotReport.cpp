@@ -124,7 +124,8 @@ std::string lostPointsText(const SStabilizeResult& result) {
   return text;
 }
 
-std::string verificationText(const SVerification& verification, const CImageFormat& format) {
+std::string verificationText(const SVerification& verification, const CImageFormat& format,
+                             bool rotationStabilised) {
   const double width = format.getPixelsPerLine() * 0.01;
   const double height = format.getLinesPerFrame() * 0.01;
   const SSteadiness& before = verification.before;
@@ -135,7 +136,11 @@ std::string verificationText(const SVerification& verification, const CImageForm
                before.weave / width, after.weave, after.weave / width);
   text += line("\n  jump      %8.4f px  %.4f %%  ->  %8.4f px  %.4f %%", before.jump,
                before.jump / height, after.jump, after.jump / height);
-  text += line("\n  rotation  %8.5f deg           ->  %8.5f deg", before.rotation, after.rotation);
+  if (rotationStabilised)
+    text +=
+        line("\n  rotation  %8.5f deg           ->  %8.5f deg", before.rotation, after.rotation);
+  else
+    text += "\n  rotation  left as shot";
   text += "\nworst frames";
   for (const SDeviation& deviation : verification.worst)
     text += line("\n  frame %6d  %+8.4f %+8.4f px", deviation.frame, deviation.x, deviation.y);
@@ -165,13 +170,16 @@ std::string ReportAsJson(const SStabilizeResult& result) {
 }
 
 std::string SummaryAsText(const SStabilizeResult& result) {
+  const SStabilizeOptions& options = result.options;
   const double seconds = result.trackSeconds + result.renderSeconds;
   std::string text =
       line("%d frames written, %d of %d points used, %.1f frames/s", result.framesWritten,
            usedPoints(result), static_cast<int>(result.features.size()),
            seconds > 0.0 ? result.framesWritten / seconds : 0.0);
   text += lostPointsText(result);
-  if (result.verification) text += verificationText(*result.verification, result.clip.format);
+  if (result.verification)
+    text += verificationText(*result.verification, result.clip.format,
+                             options.stabilize == EStabilize::rotation);
   return text;
 }
 

@@ -180,11 +180,20 @@ void CStabilizeJob::collectMotion() {
   if (!editor.originalMotion() || !editor.smoothedMotion()) return;
   result_.measured = MotionOfTriangles(*editor.originalMotion(), centre);
   result_.intended = MotionOfTriangles(*editor.smoothedMotion(), centre);
+  if (options_.stabilize != EStabilize::rotation)
+    keepRotation(FitMotion(*editor.trackingArray(), centre));
   const CTrackingPoints& from = editor.originalMotion()->frames.at(*options_.in);
   const CTrackingPoints& to = editor.smoothedMotion()->frames.at(*options_.in);
   for (const auto& [index, point] : editor.trackingArray()->FindPoints(*options_.in).Entries())
     result_.outputPoints.push_back(MovedPoint({point.x, point.y}, from, to));
   applyZoom(editor.zoomSource());
+}
+
+/// The tool does not measure a rotation that it leaves alone; the picture keeps it as it was shot.
+void CStabilizeJob::keepRotation(const std::vector<SFrameMotion>& asShot) {
+  const std::size_t count = std::min(asShot.size(), result_.measured.size());
+  for (std::size_t i = 0; i < count; ++i)
+    result_.measured[i].angle = result_.intended[i].angle = asShot[i].angle;
 }
 
 void CStabilizeJob::applyZoom(const SRectD& source) {

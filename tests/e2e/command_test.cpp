@@ -68,6 +68,16 @@ TEST_F(Command, AZoomedPictureIsMeasuredAsItWasShot) {
   EXPECT_GT(numbersAfter(zoomed.output, "weave").at(0), 0.5) << zoomed.output;
 }
 
+TEST_F(Command, ARotationThatIsLeftAloneIsNotBlamedOnTheResult) {
+  mustRun(std::string("stabilize test-shot -o scan.####.dpx --rotation 0.2 ") + SMALL_SHOT);
+  const SRun both = run("stabilize scan.####.dpx -o steady.####.dpx --verify --report report.json");
+  ASSERT_EQ(both.status, 0) << both.output;
+  EXPECT_NE(both.output.find("rotation  left as shot"), std::string::npos) << both.output;
+  const std::string report = FileText(folder_.path() / "report.json");
+  const std::string after = report.substr(report.find("\"after\""));
+  EXPECT_LT(std::stod(after.substr(after.find("rotationDegrees") + 17)), 0.02) << after;
+}
+
 TEST_F(Command, ResidualAboveTheLimitFails) {
   mustRun(std::string("stabilize test-shot -o scan.####.tif ") + SMALL_SHOT);
   const SRun strict =

@@ -87,6 +87,7 @@ class CStabilizeJob {
   void pumpUntilIdle();
   void throwWhatFailed();
   void collectMotion();
+  void keepRotation(const std::vector<SFrameMotion>& asShot);
   void applyZoom(const SRectD& source);
   void closeTool();
   void verify();
