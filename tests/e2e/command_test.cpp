@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <regex>
+#include <cstdlib>
 #include <vector>
 
 #include "Program.h"
@@ -31,10 +31,13 @@ class Command : public ::testing::Test {
     const std::size_t at = text.find(word);
     if (at == std::string::npos) return numbers;
     const std::string line = text.substr(at + word.size(), text.find('\n', at) - at - word.size());
-    const std::regex number("[-+]?[0-9]+\\.[0-9]+");
-    for (auto i = std::sregex_iterator(line.begin(), line.end(), number);
-         i != std::sregex_iterator(); ++i)
-      numbers.push_back(std::stod(i->str()));
+    for (std::size_t i = 0; i < line.size();) {
+      char* end = nullptr;
+      const double value = std::strtod(line.c_str() + i, &end);
+      const std::size_t next = static_cast<std::size_t>(end - line.c_str());
+      if (next > i) numbers.push_back(value);
+      i = std::max(next, i + 1);
+    }
     return numbers;
   }
 
