@@ -2,7 +2,7 @@
 // sequence twice (once to track, once to render) and write it once. Rounds alternate; every output
 // is checked to be complete and steady before its time counts.
 //
-//   command_bench [FRAMES [WIDTH HEIGHT]]      default: 96 frames of 2048 x 1556, DPX 10 bit
+//   command_bench [FRAMES [WIDTH HEIGHT]]      default: 240 frames of 2048 x 1556, DPX 10 bit
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -116,7 +116,7 @@ bool compare(const fs::path& folder, int frames, const char* axes, int threads) 
 
 int main(int argc, char** argv) {
   STestShotSettings shot;
-  shot.frames = argc > 1 ? std::atoi(argv[1]) : 96;
+  shot.frames = argc > 1 ? std::atoi(argv[1]) : 240;
   shot.width = argc > 3 ? std::atoi(argv[2]) : 2048;
   shot.height = argc > 3 ? std::atoi(argv[3]) : 1556;
   std::string pattern = (fs::temp_directory_path() / "stabilize-bench-XXXXXX").string();
