@@ -123,20 +123,13 @@ std::int32_t _ReadProperties(std::string, std::string) {
 /// Texts stay the library's and are void once it is unloaded.
 void* _Resource(std::int32_t number) {
   switch (number) {
-    case 1:
-      return untyped(TOOL_NAMES);
-    case 2:
-      return reinterpret_cast<void*>(std::intptr_t{1});
-    case 3:
-      return untyped(TOOL_NAME);
-    case 4:
-      return library.legalText;
-    case 5:
-      return library.trademarkText;
-    case 6:
-      return library.companyText;
-    default:
-      return nullptr;
+    case 1: return untyped(TOOL_NAMES);
+    case 2: return reinterpret_cast<void*>(std::intptr_t{1});
+    case 3: return untyped(TOOL_NAME);
+    case 4: return library.legalText;
+    case 5: return library.trademarkText;
+    case 6: return library.companyText;
+    default: return nullptr;
   }
 }
 

@@ -49,17 +49,10 @@ matrix<long double> warpSystem(const std::vector<CTrackPoint>& centres) {
 
 void SelectRadialBasis(int uFunction) {
   switch (uFunction) {
-    case U_Fcn_Logrithmic:
-      radialBasis = &ULogrithmic;
-      break;
-    case U_Fcn_None:
-      radialBasis = &UIdenity;
-      break;
-    case U_Fcn_Thin_Plate:
-      radialBasis = &UThinPlate;
-      break;
-    default:
-      radialBasis = &UEuclidean;
+    case U_Fcn_Logrithmic: radialBasis = &ULogrithmic; break;
+    case U_Fcn_None: radialBasis = &UIdenity; break;
+    case U_Fcn_Thin_Plate: radialBasis = &UThinPlate; break;
+    default: radialBasis = &UEuclidean;
   }
 }
 

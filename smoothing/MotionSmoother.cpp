@@ -92,8 +92,7 @@ void SmoothSequence(int mode, std::span<double> sequence, int anchorsIn, int anc
       std::ranges::fill(sequence, still);
       break;
     }
-    default:
-      break;
+    default: break;
   }
 }
 

@@ -1,5 +1,6 @@
-// Part of every test program: threads of the support library are joined late, at the next spawn or when
-// a plug-in goes; a test program that ends waits for them, so that ThreadSanitizer finds none left.
+// Part of every test program: threads of the support library are joined late, at the next spawn or
+// when a plug-in goes; a test program that ends waits for them, so that ThreadSanitizer finds none
+// left.
 #include <gtest/gtest.h>
 
 #include "support/Threads.h"

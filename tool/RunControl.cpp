@@ -5,30 +5,17 @@
 
 void CStabilizerTool::request(int number) {
   switch (number) {
-    case REQUEST_TRACK_IF_POSSIBLE:
-      return requestTrackIfPossible();
-    case REQUEST_TRACK:
-      return requestTracking();
-    case REQUEST_PARAMETERS_CHANGED:
-      return requestSmoothing();
-    case REQUEST_PREVIEW_FRAME:
-      return requestPass(EVENT_PREVIEW_FRAME);
-    case REQUEST_PREVIEW_ALL:
-      return requestPass(EVENT_PREVIEW_RANGE);
-    case REQUEST_RENDER_FRAME:
-      return requestPass(EVENT_RENDER_FRAME);
-    case REQUEST_RENDER_ALL:
-      return requestPass(EVENT_RENDER_RANGE);
-    case REQUEST_PAUSE:
-      pauseProcessing();
-      return;
-    case REQUEST_RESUME:
-      resumeProcessing(resumeFrame_);
-      return;
-    case REQUEST_STOP:
-      return stop();
-    default:
-      return;
+    case REQUEST_TRACK_IF_POSSIBLE: return requestTrackIfPossible();
+    case REQUEST_TRACK: return requestTracking();
+    case REQUEST_PARAMETERS_CHANGED: return requestSmoothing();
+    case REQUEST_PREVIEW_FRAME: return requestPass(EVENT_PREVIEW_FRAME);
+    case REQUEST_PREVIEW_ALL: return requestPass(EVENT_PREVIEW_RANGE);
+    case REQUEST_RENDER_FRAME: return requestPass(EVENT_RENDER_FRAME);
+    case REQUEST_RENDER_ALL: return requestPass(EVENT_RENDER_RANGE);
+    case REQUEST_PAUSE: pauseProcessing(); return;
+    case REQUEST_RESUME: resumeProcessing(resumeFrame_); return;
+    case REQUEST_STOP: return stop();
+    default: return;
   }
 }
 
@@ -105,9 +92,7 @@ int CStabilizerTool::onHeartbeat() {
       deferredRender_ = false;
       runState_ = RUN_IDLE;
       break;
-    case RUN_TRACKING_REQUESTED:
-      StartTracking();
-      break;
+    case RUN_TRACKING_REQUESTED: StartTracking(); break;
     case RUN_TRACKED:
       refreshExecutionButtons();
       runState_ = RUN_SMOOTHING_REQUESTED;
@@ -115,20 +100,11 @@ int CStabilizerTool::onHeartbeat() {
       needsRetracking_ = false;
       startSmoothing();
       break;
-    case RUN_SMOOTHING_REQUESTED:
-      startSmoothing();
-      break;
-    case RUN_SMOOTHED:
-      onSmoothingCompleted();
-      break;
-    case RUN_RENDER_REQUESTED:
-      startRequestedPass();
-      break;
-    case RUN_RENDERED:
-      onPassEnded();
-      break;
-    default:
-      break;
+    case RUN_SMOOTHING_REQUESTED: startSmoothing(); break;
+    case RUN_SMOOTHED: onSmoothingCompleted(); break;
+    case RUN_RENDER_REQUESTED: startRequestedPass(); break;
+    case RUN_RENDERED: onPassEnded(); break;
+    default: break;
   }
   if (pointsChanged_) {
     pointsChanged_ = false;

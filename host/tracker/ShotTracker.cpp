@@ -72,14 +72,10 @@ struct SPoint {
 
 std::string ToText(ELossReason reason) {
   switch (reason) {
-    case ELossReason::none:
-      return "not lost";
-    case ELossReason::leftPicture:
-      return "left the picture";
-    case ELossReason::noMatch:
-      return "no match in the search area";
-    case ELossReason::ambiguous:
-      return "several places match alike";
+    case ELossReason::none: return "not lost";
+    case ELossReason::leftPicture: return "left the picture";
+    case ELossReason::noMatch: return "no match in the search area";
+    case ELossReason::ambiguous: return "several places match alike";
   }
   return "unknown";
 }

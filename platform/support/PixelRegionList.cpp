@@ -25,12 +25,9 @@ std::size_t samplesOf(const SRect& rect, int components) {
 
 bool belongsTo(int line, CPixelRegionList::EField field) {
   switch (field) {
-    case CPixelRegionList::EField::first:
-      return line % 2 == 0;
-    case CPixelRegionList::EField::second:
-      return line % 2 != 0;
-    case CPixelRegionList::EField::both:
-      return true;
+    case CPixelRegionList::EField::first: return line % 2 == 0;
+    case CPixelRegionList::EField::second: return line % 2 != 0;
+    case CPixelRegionList::EField::both: return true;
   }
   return false;
 }

@@ -179,7 +179,9 @@ void CThreadEvent::Wait() {
   set_.wait(lock, [this] { return isSet_; });
 }
 
-void SetAvailableProcessorCoreCount(int count) { chosenCoreCount = std::max(0, count); }
+void SetAvailableProcessorCoreCount(int count) {
+  chosenCoreCount = std::max(0, count);
+}
 
 int AvailableProcessorCoreCount() {
   if (const int chosen = chosenCoreCount) return chosen;

@@ -43,8 +43,8 @@ class IStabilizerShot {
   virtual int selectedPoint() = 0;
   /// A pass over the whole range has completed with the tracked array.
   virtual void setRendered() = 0;
-  /// The part of the picture that the running pass enlarges to its processing rectangle (zoom fill).
-  /// Called by the processor's thread before its first frame.
+  /// The part of the picture that the running pass enlarges to its processing rectangle (zoom
+  /// fill). Called by the processor's thread before its first frame.
   virtual void setZoomSource(const SRectD& source) = 0;
 
   virtual int runState() = 0;

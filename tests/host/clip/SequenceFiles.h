@@ -28,7 +28,7 @@ inline OIIO::ImageSpec SpecOf(const SImageCase& c, int width, int height) {
   return spec;
 }
 
-/// `values`: as the file stores them, in the type of the specification.
+/// `values`: as the file stores them, in the type that its ImageSpec names.
 inline void WriteRaw(const std::string& path, const OIIO::ImageSpec& spec, const void* values) {
   const auto output = OIIO::ImageOutput::create(path);
   if (!output || !output->open(path, spec) || !output->write_image(spec.format, values) ||

@@ -21,7 +21,9 @@ struct SRefusal {
   const char* says;
 };
 
-void PrintTo(const SRefusal& refusal, std::ostream* stream) { *stream << refusal.says; }
+void PrintTo(const SRefusal& refusal, std::ostream* stream) {
+  *stream << refusal.says;
+}
 
 class Refused : public ::testing::TestWithParam<SRefusal> {};
 

@@ -5,15 +5,29 @@
 class CToolObject;
 
 extern "C" {
-std::string _QTX_PluginVersion(std::int32_t*) { return "9.9.9.9"; }
+std::string _QTX_PluginVersion(std::int32_t*) {
+  return "9.9.9.9";
+}
 #ifndef LACKS_CREATE
-CToolObject* _Create(std::string) { return nullptr; }
+CToolObject* _Create(std::string) {
+  return nullptr;
+}
 #endif
-std::int32_t _Properties() { return 1; }
+std::int32_t _Properties() {
+  return 1;
+}
 #ifndef LACKS_PROPERTIES
-std::int32_t _WriteProperties(std::string, std::string) { return 1; }
+std::int32_t _WriteProperties(std::string, std::string) {
+  return 1;
+}
 #endif
-std::int32_t _ReadProperties(std::string, std::string) { return 1; }
-void* _Resource(std::int32_t) { return nullptr; }
-std::int32_t _SendTheMessage(std::int32_t, void*) { return 1; }
+std::int32_t _ReadProperties(std::string, std::string) {
+  return 1;
+}
+void* _Resource(std::int32_t) {
+  return nullptr;
+}
+std::int32_t _SendTheMessage(std::int32_t, void*) {
+  return 1;
+}
 }
