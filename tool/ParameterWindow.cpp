@@ -1,10 +1,11 @@
 #include "tool/ParameterWindow.h"
 
 #include "tool/StabilizerTool.h"
+#include "toolkit/Application.h"
 
 void CParameterWindow::show() {
   visible_ = true;
-  tool_.showMattingBox(isUseMattingChecked());
+  tool_.showMattingBox(showMattingBoxChecked_ && isUseMattingChecked());
   tool_.setTrackingPointsVisible(showPointsChecked_);
   sendBoxExtents();
 }
@@ -36,6 +37,14 @@ bool CParameterWindow::isUseMattingChecked() const {
 void CParameterWindow::setUseMattingChecked(bool checked) {
   CAutoThreadLock lock(lock_, "CParameterWindow::setUseMattingChecked");
   parameters_.UseMatting = checked;
+}
+
+std::string CParameterWindow::askPointsFileToSave(const std::string& suggestedName) {
+  return Application()->askFileToSave("Save Tracking Points", "*.points", suggestedName);
+}
+
+std::string CParameterWindow::askPointsFileToLoad(const std::string& suggestedName) {
+  return Application()->askFileToOpen("Load Tracking Points", "*.points", suggestedName);
 }
 
 void CParameterWindow::sendBoxExtents() {

@@ -100,6 +100,24 @@ bool CShotSession::copyDisplayedFrame(std::uint16_t* samples) {
   }
 }
 
+bool CShotSession::readDisplayedPixel(int x, int y, int& maximum, float (&components)[3]) {
+  const CImageFormat& format = info().format;
+  const int width = format.getPixelsPerLine();
+  if (x < 0 || y < 0 || x >= width || y >= format.getLinesPerFrame()) return false;
+  if (displayedPixels_.frame != displayedFrame_) {
+    displayedPixels_.frame = -1;
+    displayedPixels_.samples.resize(format.getBytesPerField() / sizeof(std::uint16_t));
+    if (!copyDisplayedFrame(displayedPixels_.samples.data())) return false;
+    displayedPixels_.frame = displayedFrame_;
+  }
+  constexpr int COMPONENTS = 3;
+  const std::size_t pixel = static_cast<std::size_t>(y) * width + x;
+  maximum = 65535;
+  for (int c = 0; c < COMPONENTS; ++c)
+    components[c] = static_cast<float>(displayedPixels_.samples[pixel * COMPONENTS + c]) / 65535.0F;
+  return true;
+}
+
 std::string CShotSession::getFolderText() {
   return info().path;
 }

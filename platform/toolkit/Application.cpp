@@ -29,6 +29,16 @@ EConfirmation TApplication::confirm(const std::string&) {
   return EConfirmation::proceed;
 }
 
+std::string TApplication::askFileToOpen(const std::string&, const std::string&,
+                                        const std::string&) {
+  return {};
+}
+
+std::string TApplication::askFileToSave(const std::string&, const std::string&,
+                                        const std::string&) {
+  return {};
+}
+
 TApplication* Application() {
   TApplication* const application = current.load();
   return application != nullptr ? application : headless();

@@ -1,6 +1,7 @@
 #include "doubles/RecordingHost.h"
 
 #include <algorithm>
+#include <iterator>
 
 int CClipDouble::frameOfTimecode(const CTimecode& timecode) const {
   return timecode.frameCount() < 0 ? -1 : first + timecode.frameCount();
@@ -36,6 +37,14 @@ void CRecordingHost::goToFrame(int frame) {
 bool CRecordingHost::copyDisplayedFrame(std::uint16_t* samples) {
   if (displayedSamples.empty()) return false;
   std::copy(displayedSamples.begin(), displayedSamples.end(), samples);
+  return true;
+}
+
+bool CRecordingHost::readDisplayedPixel(int x, int y, int& maximum, float (&components)[3]) {
+  record("readDisplayedPixel", x, y);
+  if (!clipOpen) return false;
+  maximum = pixelMaximum;
+  std::copy(std::begin(pixel), std::end(pixel), components);
   return true;
 }
 
@@ -132,6 +141,11 @@ void CRecordingHost::drawTrackBox(double x, double y, int halfWidth, int halfHei
 void CRecordingHost::drawArrow(double fromX, double fromY, double toX, double toY, int length,
                                int width) {
   record("drawArrow", fromX, fromY, toX, toY, length, width);
+}
+
+void CRecordingHost::showCursor(const SCursorImage* newCursor) {
+  cursor = newCursor;
+  record("showCursor", newCursor != nullptr);
 }
 
 void CRecordingHost::setToolEditor(CTrackingPointsEditor* newEditor) {

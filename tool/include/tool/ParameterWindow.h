@@ -21,19 +21,27 @@ class CParameterWindow : public IStabilizerWindow {
 
   // Nothing is drawn.
   void updateExecutionButtons(int, bool) override {}
+  /// There is no button to press: a host without an operator asks the tool itself.
+  bool runExecutionCommand(int) override { return false; }
   void updateStatusLine() override {}
   void updatePointButtons() override {}
   void updateGraphs() override {}
   void clipChanged() override {}
 
+  bool isShowPointsEnabled() const override { return true; }
   bool isShowPointsChecked() const override { return showPointsChecked_; }
   void setShowPointsChecked(bool checked) override { showPointsChecked_ = checked; }
+  bool isShowMattingBoxChecked() const override { return showMattingBoxChecked_; }
+  void setShowMattingBoxChecked(bool checked) override { showMattingBoxChecked_ = checked; }
   bool isUseMattingChecked() const override;
   void setUseMattingChecked(bool checked) override;
 
-  /// There is nobody to ask.
-  std::string askPointsFileToSave(const std::string&) override { return {}; }
-  std::string askPointsFileToLoad(const std::string&) override { return {}; }
+  TControl* focusTarget(EFocusTarget) override { return nullptr; }
+  std::vector<TRadioButton*> buttonsOf(EButtonGroup) override { return {}; }
+
+  /// Asked through the application: a host without an operator answers from what it was told.
+  std::string askPointsFileToSave(const std::string& suggestedName) override;
+  std::string askPointsFileToLoad(const std::string& suggestedName) override;
 
  private:
   void sendBoxExtents();
@@ -41,6 +49,7 @@ class CParameterWindow : public IStabilizerWindow {
   CStabilizerTool& tool_;
   bool visible_ = false;
   bool showPointsChecked_ = true;
+  bool showMattingBoxChecked_ = true;
   mutable CThreadLock lock_;
   CStabilizerParameters parameters_;
 };

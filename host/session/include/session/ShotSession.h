@@ -84,6 +84,8 @@ class CShotSession : public CNavSystemInterface {
   const IClip* getClip() override { return clip_.get(); }
   const CImageFormat* getClipImageFormat() override { return &reader_->info().format; }
   bool copyDisplayedFrame(std::uint16_t* samples) override;
+  void prepareDisplayedPixels(int) override {}
+  bool readDisplayedPixel(int x, int y, int& maximum, float (&components)[3]) override;
   std::string getFolderText() override;
   int MakeSimpleToolSetup(const std::string& toolName, int kind,
                           const CToolIOConfig& config) override;
@@ -120,6 +122,7 @@ class CShotSession : public CNavSystemInterface {
   void drawRectangle(int, const SRect&) override {}
   void drawTrackBox(double, double, int, int, int, int, bool) override {}
   void drawArrow(double, double, double, double, int, int) override {}
+  void showCursor(const SCursorImage*) override {}
   void setToolEditor(CTrackingPointsEditor* editor) override { editor_ = editor; }
   void setToolProgressMonitor(IToolProgressMonitor* monitor) override { monitor_ = monitor; }
   void setToolActive(bool) override {}
@@ -135,6 +138,12 @@ class CShotSession : public CNavSystemInterface {
   void removeToolControlPanel(int) override {}
 
  private:
+  /// The samples that the pointer reads, kept while it moves over one frame.
+  struct SDisplayedPixels {
+    int frame = -1;
+    std::vector<std::uint16_t> samples;
+  };
+
   void tellMarksChanged();
   STrackSettings trackSettings() const;
   bool hasTrackingData() const;
@@ -161,6 +170,7 @@ class CShotSession : public CNavSystemInterface {
   int markIn_ = -1;
   int markOut_ = -1;
   int displayedFrame_;
+  SDisplayedPixels displayedPixels_;
   bool displaySetting_ = true;
   bool tellingMarks_ = false;
   SRect trackingRegion_;

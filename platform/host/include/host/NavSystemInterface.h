@@ -6,6 +6,7 @@
 
 #include "host/Clip.h"
 #include "host/ToolRecords.h"
+#include "support/CursorImage.h"
 #include "support/ImageFormat.h"
 #include "support/Memory.h"
 #include "support/Rect.h"
@@ -42,6 +43,11 @@ class CNavSystemInterface {
   virtual const CImageFormat* getClipImageFormat() = 0;
   /// Copies the displayed frame's 16-bit samples (getBytesPerField bytes). False without a frame.
   virtual bool copyDisplayedFrame(std::uint16_t* samples) = 0;
+  /// Makes the displayed frame's pixels readable. `displayed` 1: as they are shown.
+  virtual void prepareDisplayedPixels(int displayed) = 0;
+  /// The pixel at (x, y) of the frame: the largest component value, and three components as
+  /// fractions of it. False without such a pixel.
+  virtual bool readDisplayedPixel(int x, int y, int& maximum, float (&components)[3]) = 0;
   /// A text whose folder part belongs to the current clip.
   virtual std::string getFolderText() = 0;
 
@@ -98,6 +104,9 @@ class CNavSystemInterface {
                             int searchHalfHeight, bool highlight) = 0;
   virtual void drawArrow(double fromX, double fromY, double toX, double toY, int length,
                          int width) = 0;
+
+  /// The pointer over the display; null restores the normal one. The picture stays the caller's.
+  virtual void showCursor(const SCursorImage* cursor) = 0;
 
   /// Kept until replaced; null takes it back.
   virtual void setToolEditor(CTrackingPointsEditor* editor) = 0;

@@ -7,7 +7,8 @@ enum class ECursor { normal, busy, appStarting };
 enum class EConfirmation { proceed = 0, cancel = 1 };
 
 /// The seam to a window toolkit: what the tool asks of whichever application it runs in. The class
-/// itself is the headless application: nothing is shown, every question is answered "proceed".
+/// itself is the headless application: nothing is shown, every question is answered "proceed", no
+/// file is chosen.
 /// THREAD: the user-interface thread, except `processMessages`, `setCursor` and `cursor` (any: the
 /// smoothing thread shows the busy cursor).
 class TApplication {
@@ -24,6 +25,12 @@ class TApplication {
   virtual void processMessages();
   virtual void showError(const std::string& text);
   virtual EConfirmation confirm(const std::string& question);
+  /// A file dialog with its title, a pattern of names ("*.points") and a name to begin with. The
+  /// chosen path; empty when the operator cancelled.
+  virtual std::string askFileToOpen(const std::string& title, const std::string& pattern,
+                                    const std::string& suggestedName);
+  virtual std::string askFileToSave(const std::string& title, const std::string& pattern,
+                                    const std::string& suggestedName);
 
  private:
   std::atomic<ECursor> cursor_ = ECursor::normal;

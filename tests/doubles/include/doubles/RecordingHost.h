@@ -64,6 +64,8 @@ class CRecordingHost : public CNavSystemInterface {
   CClipDouble clip;
   CImageFormat imageFormat{64, 48};
   std::vector<std::uint16_t> displayedSamples;  ///< empty: no frame to copy
+  int pixelMaximum = 1023;
+  float pixel[3] = {0.0F, 0.0F, 0.0F};  ///< every pixel of the displayed frame, as fractions
   std::string folderText = "/clips/shot";
   bool firstShow = false;
   bool renderPermitted = true;
@@ -83,6 +85,7 @@ class CRecordingHost : public CNavSystemInterface {
   std::unique_ptr<CToolFrameRange> frameRange;  ///< of the last SetToolFrameRange
   std::unique_ptr<CToolParameters> parameters;  ///< of the last SetToolParameters
   int renderMode = -1;
+  const SCursorImage* cursor = nullptr;
   CTrackingPointsEditor* editor = nullptr;
   IToolProgressMonitor* toolProgressMonitor = nullptr;
   TControl* controlPanel = nullptr;
@@ -102,6 +105,10 @@ class CRecordingHost : public CNavSystemInterface {
   const IClip* getClip() override { return clipOpen ? &clip : nullptr; }
   const CImageFormat* getClipImageFormat() override { return clipOpen ? &imageFormat : nullptr; }
   bool copyDisplayedFrame(std::uint16_t* samples) override;
+  void prepareDisplayedPixels(int displayed) override {
+    record("prepareDisplayedPixels", displayed);
+  }
+  bool readDisplayedPixel(int x, int y, int& maximum, float (&components)[3]) override;
   std::string getFolderText() override { return folderText; }
 
   int MakeSimpleToolSetup(const std::string& toolName, int kind,
@@ -144,6 +151,7 @@ class CRecordingHost : public CNavSystemInterface {
   void drawArrow(double fromX, double fromY, double toX, double toY, int length,
                  int width) override;
 
+  void showCursor(const SCursorImage* newCursor) override;
   void setToolEditor(CTrackingPointsEditor* newEditor) override;
   void setToolProgressMonitor(IToolProgressMonitor* monitor) override;
   void setToolActive(bool active) override;
