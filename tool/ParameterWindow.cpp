@@ -16,6 +16,10 @@ void CParameterWindow::hide() {
   tool_.setTrackingPointsVisible(false);
 }
 
+void CParameterWindow::toggleColorPicker() {
+  tool_.setColorPickerOn(!tool_.isColorPickerOn());
+}
+
 CStabilizerParameters CParameterWindow::gatherParameters() {
   CAutoThreadLock lock(lock_, "CParameterWindow::gatherParameters");
   return parameters_;

@@ -140,13 +140,17 @@ class ToolTest : public testing::Test {
     return tool.onToolProcessingStatus(&record);
   }
 
+  virtual std::unique_ptr<CRecordingWindow> makeWindow(CStabilizerTool& owner) {
+    return std::make_unique<CRecordingWindow>(owner);
+  }
+
   CRecordingHost host;
   CScriptedApplication application;
   std::vector<std::string> errors;  ///< "operation code text"
   std::vector<std::string> trace;
   CRecordingWindow* window = nullptr;
   CTimedTool tool{"Stabilize", [this](CStabilizerTool& owner) {
-                    auto made = std::make_unique<CRecordingWindow>(owner);
+                    auto made = makeWindow(owner);
                     window = made.get();
                     return made;
                   }};
