@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "support/BinManager.h"
@@ -13,6 +14,12 @@ constexpr const char* SECTION = "BlueBoundingBox";
 bool isYuv(const CImageFormat& format) {
   const int components = format.getPixelComponents();
   return components == 50 || components == 51 || components == 103;
+}
+
+/// A picked component in 8-bit code values, which is what a border's colour is told in.
+int eightBitCode(int component, int maximum) {
+  if (maximum <= 0) return 0;  // nothing was read yet
+  return static_cast<int>(std::lround(255.0 * component / maximum));
 }
 
 }  // namespace
@@ -57,6 +64,20 @@ void CStabilizerTool::findMattingBox(const std::array<int, 3>& color, int seedX,
                            seedY));
 }
 
+void CStabilizerTool::findMattingBoxOfPick() {
+  std::array<int, 3> color{};
+  colorPicker_.getColor(color[0], color[1], color[2]);
+  for (int& component : color) component = eightBitCode(component, colorPicker_.getMaximum());
+  int x = 0;
+  int y = 0;
+  colorPicker_.getPosition(x, y);
+  findMattingBox(color, x, y);
+}
+
+void CStabilizerTool::turnColorPickerOff() {
+  if (colorPicker_.isOn()) colorPicker_.setMode(false);
+}
+
 void CStabilizerTool::loadMattingBox() {
   mattingBoxValid_ = false;
   const IClip* clip = getSystemAPI()->getClip();
@@ -70,6 +91,7 @@ void CStabilizerTool::loadMattingBox() {
   const SRect box{edge("Left"), edge("Top"), edge("Right"), edge("Bottom")};
   bin.closeDesktop(desktop, false);
   if (box.left >= 0 && box.top >= 0 && box.left < box.right && box.top < box.bottom) {
+    turnColorPickerOff();
     setMattingBox(box);
   }
 }

@@ -89,6 +89,10 @@ void CParameterWindow::saveAutoPoints() {
   tool_.SaveTrackingPoints(GetFilePath(host->getFolderText()) + AUTO_POINTS_FILE);
 }
 
+void CParameterWindow::toggleColorPicker() {
+  tool_.setColorPickerOn(!tool_.isColorPickerOn());
+}
+
 CStabilizerParameters CParameterWindow::gatherParameters() {
   CAutoThreadLock lock(lock_, "CParameterWindow::gatherParameters");
   return parameters_;

@@ -85,6 +85,7 @@ bool CStabilizerTool::LoadTrackingPoints(const std::string& path, bool setMarks)
     return refuse(CANNOT_LOAD, path, "A tracking pass is under way; stop it first");
   }
   if (window_) window_->setUseMattingChecked(loaded.UseMatting());
+  turnColorPickerOff();
   setMattingBox(loaded.MattingBox());
   const bool hasPoints = loaded.NumberOfPoints() > 0;
   const bool marksTaken = hasPoints && setMarks && takeMarksOf(loaded);

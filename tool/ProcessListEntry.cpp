@@ -19,6 +19,7 @@ int CStabilizerTool::runPDLEntry(CPDLEntry& entry) {
     } else if (child.GetName() == "TrackingArray") {
       CTrackingArray loaded;
       loaded.ReadPDLEntry(child);
+      turnColorPickerOff();
       setMattingBox(loaded.MattingBox());
       tracked_ = loaded;
       editor_.selectedPoint = -1;

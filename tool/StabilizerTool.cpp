@@ -8,6 +8,8 @@
 namespace {
 
 constexpr int POINTS_CHANGED_SLOT = 1;
+constexpr int COLOR_CHANGED_SLOT = 2;
+constexpr int PICKED_SLOT = 3;
 // Readers of traces know these two assertions by this place.
 constexpr const char* ASSERTION_FILE = ".\\StabilizerTool";
 
@@ -18,6 +20,9 @@ CStabilizerTool::CStabilizerTool(const std::string& toolName, WindowFactory make
       makeWindow_(std::move(makeWindow)),
       settingsFileName_(IniFileNameFor("Stabilizer")) {
   smoothingEnded_.Set();
+  // What the pointer passes over decides nothing; the click does.
+  colorPicker_.colorChangedHook.subscribe(this, COLOR_CHANGED_SLOT, [] {});
+  colorPicker_.pickedHook.subscribe(this, PICKED_SLOT, [this] { findMattingBoxOfPick(); });
 }
 
 CStabilizerTool::~CStabilizerTool() {
@@ -34,6 +39,7 @@ int CStabilizerTool::toolInitialize(CNavSystemInterface* systemInterface) {
   }
   window_ = makeWindow_(*this);
   editor_.setSystemAPI(systemInterface);
+  colorPicker_.setSystemAPI(systemInterface);
   editor_.setTrackingArray(&tracked_, false);
   folderText_ = systemInterface->getFolderText();
   newClipPending_ = true;
@@ -74,6 +80,10 @@ int CStabilizerTool::toolActivate() {
     onNewClip();
   } else if (marksChangePending_) {
     if (refreshPending_) refresh();
+    // A mark that was moved and put back is no other shot.
+    const bool moved =
+        host->getMarkIn() != editor_.markIn() || host->getMarkOut() != editor_.markOut();
+    if (clearOnShotChange_ && moved) clearAllTrackingData();
     onMarksChange();
   }
   newClipPending_ = marksChangePending_ = refreshPending_ = pointsChanged_ = false;
@@ -102,6 +112,7 @@ int CStabilizerTool::toolDeactivate() {
   QTXunlockPreallocPool(PREALLOC_POOL_BUFFER_HOLDERS);
   active_ = false;
   saveMattingBox();
+  turnColorPickerOff();
   getProgressMonitor()->SetIdle(true);
   host->setToolProgressMonitor(nullptr);
   return 0;
@@ -143,6 +154,7 @@ int CStabilizerTool::onClipChange() {
   getSystemAPI()->prepareForToolCall();
   getSystemAPI()->setDisplayMode(0);
   releaseToolSetups(false);
+  turnColorPickerOff();
   refresh();
   return HANDLED;
 }
@@ -178,22 +190,17 @@ int CStabilizerTool::drawOverlay() {
   return CONSUMED;
 }
 
-int CStabilizerTool::onToolCommand(CToolCommand& command) {
-  if (!isToolShowing()) return NOT_HANDLED;
-  const int number = command.getCommandNumber();
-  TraceAt(3, "Stabilizer Tool command number " + std::to_string(number));
-  int result = NOT_HANDLED;
-  if (number == STAB_CMD_TRACK) {
-    request(REQUEST_TRACK);
-    result = HANDLED;
-  }
-  refreshExecutionButtons();
-  return result;
+int CStabilizerTool::onMouseMove(CUserInput& input) {
+  if (isToolShowing() && getSystemAPI()->isClipAvailable()) colorPicker_.sample(input);
+  return NOT_HANDLED;
 }
 
 int CStabilizerTool::onUserInput(CUserInput& input) {
   if (!isToolShowing() || !getSystemAPI()->isClipAvailable()) return NOT_HANDLED;
-  return CToolObject::onUserInput(input);
+  int result = NOT_HANDLED;
+  if (input.action == CUserInput::ACTION_BUTTON_DOWN) result = colorPicker_.buttonDown(input);
+  if (input.action == CUserInput::ACTION_BUTTON_UP) result = colorPicker_.buttonUp(input);
+  return result != NOT_HANDLED ? result : CToolObject::onUserInput(input);
 }
 
 void CStabilizerTool::showTrackingPoints() {

@@ -36,7 +36,7 @@ class CCopying {
     }
   }
   void copy(int frame, std::uint16_t* samples) {
-    if (observer_.interrupted && *observer_.interrupted) throw CInterrupted();
+    if (observer_.isInterrupted()) throw CInterrupted();
     reader_.readFrame(frame, samples);
     writer_.writeFrame(frame, samples);
     if (observer_.monitor) observer_.monitor->BumpProgress(1);

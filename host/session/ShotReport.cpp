@@ -183,6 +183,15 @@ std::string SummaryAsText(const SStabilizeResult& result) {
   return text;
 }
 
+std::string TooUnsteady(const SStabilizeResult& result) {
+  if (!result.verification || !result.options.maxResidual) return {};
+  const double residual =
+      std::max(result.verification->after.weave, result.verification->after.jump);
+  if (residual <= *result.options.maxResidual) return {};
+  return line("residual motion of %.4f px is larger than --max-residual %g", residual,
+              *result.options.maxResidual);
+}
+
 void WriteComparison(const SStabilizeResult& result, const SJobObserver& observer) {
   const SStabilizeOptions& options = result.options;
   const int in = *options.in;

@@ -46,7 +46,7 @@ int trackOutput(CMeasuredShot& shot, CFrameStore& store, const SStabilizeResult&
   if (points.empty()) return 0;
   CTrackingRun run(store, track, points, first, end);
   for (bool finished = false; !finished;) {
-    if (observer.interrupted && *observer.interrupted) throw CInterrupted();
+    if (observer.isInterrupted()) throw CInterrupted();
     finished = run.isFinished();
     shot.take(run, observer.monitor);
     if (!finished) QTXmillisleep(5);

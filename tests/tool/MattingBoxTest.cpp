@@ -16,6 +16,28 @@ class MattingBox : public ToolTest {
     ASSERT_TRUE(bin.closeDesktop(desktop, true));
   }
 
+  /// A matted frame whose border has an 8-bit code value.
+  void paintBorder(int code) {
+    const int width = host.imageFormat.getPixelsPerLine();
+    const int height = host.imageFormat.getLinesPerFrame();
+    host.displayedSamples.assign(static_cast<std::size_t>(width) * height * 3,
+                                 static_cast<std::uint16_t>(code * 257));
+    for (int y = 6; y < 42; ++y) {
+      for (int i = 8 * 3; i < 56 * 3; ++i) host.displayedSamples[y * width * 3 + i] = 50000;
+    }
+  }
+
+  void click(int x, int y) {
+    CUserInput input;
+    input.key = 1;
+    input.imageX = x;
+    input.imageY = y;
+    input.action = CUserInput::ACTION_BUTTON_DOWN;
+    EXPECT_EQ(tool.onUserInput(input), CToolObject::CONSUMED);
+    input.action = CUserInput::ACTION_BUTTON_UP;
+    EXPECT_EQ(tool.onUserInput(input), CToolObject::CONSUMED);
+  }
+
   void reactivate() {
     tool.toolDeactivate();
     tool.toolActivate();
@@ -113,15 +135,43 @@ TEST_F(MattingBox, IsDrawnWhileShownAndValid) {
 }
 
 TEST_F(MattingBox, OfANewClipIsFoundOnItsFrame) {
-  const int width = host.imageFormat.getPixelsPerLine();
-  const int height = host.imageFormat.getLinesPerFrame();
-  host.displayedSamples.assign(static_cast<std::size_t>(width) * height * 3, 25 * 257);
-  for (int y = 6; y < 42; ++y) {
-    for (int i = 8 * 3; i < 56 * 3; ++i) host.displayedSamples[y * width * 3 + i] = 50000;
-  }
+  paintBorder(25);
   tool.onNewClip();
   EXPECT_TRUE(tool.isMattingBoxValid());
   EXPECT_EQ(tool.getMattingBox(), (SRect{8, 6, 55, 41}));
+}
+
+// The picker counts in the host's code values, borders are told in 8-bit ones. At 0, 0 and outside
+// the frame the box hangs on the colour alone, elsewhere the border is measured at the click.
+TEST_F(MattingBox, APickedBorderIsFoundAtEveryDepth) {
+  const SRect whole{0, 0, 63, 47};
+  const struct {
+    const char* name;
+    int border, picked, maximum, x, y;
+    bool found;
+  } cases[] = {
+      {"16 bits, colour alone", 25, 25, 65535, 0, 0, true},
+      {"16 bits, beside the frame", 25, 25, 65535, 70, -4, true},
+      {"16 bits, measured", 25, 25, 65535, 3, 30, true},
+      {"10 bits, colour alone", 25, 25, 1023, 0, 0, true},
+      {"8 bits, colour alone", 25, 25, 255, 0, 0, true},
+      {"a light border", 180, 180, 65535, 0, 0, true},
+      {"a light border, measured", 180, 180, 65535, 3, 30, true},
+      {"within the tolerance", 25, 74, 65535, 0, 0, true},
+      {"beyond the tolerance", 25, 76, 65535, 0, 0, false},
+      {"not the colour that is looked for", 180, 25, 65535, 0, 0, false},
+  };
+  tool.setColorPickerOn(true);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    paintBorder(c.border);
+    tool.setMattingBox(whole);
+    host.pixelMaximum = c.maximum;
+    for (float& component : host.pixel) component = static_cast<float>(c.picked) / 255.0F;
+    click(c.x, c.y);
+    EXPECT_EQ(tool.getMattingBox(), c.found ? (SRect{8, 6, 55, 41}) : whole);
+  }
+  EXPECT_TRUE(tool.isColorPickerOn()) << "the next click may do better";
 }
 
 }  // namespace

@@ -96,6 +96,96 @@ TEST_F(Notifications, KeysReachTheCommandHandler) {
   EXPECT_TRUE(trace.empty());
 }
 
+TEST_F(Notifications, TheMouseReachesThePickerWhileItIsOn) {
+  CUserInput mouse;
+  ASSERT_EQ(mouse.parse("LButton ButtonDown"), 0);
+  mouse.imageX = 7;
+  mouse.imageY = 9;
+  CUserInput release = mouse;
+  release.action = CUserInput::ACTION_BUTTON_UP;
+  const auto events = [&] {
+    host.calls.clear();
+    const std::vector<int> results{tool.onMouseMove(mouse), tool.onUserInput(mouse),
+                                   tool.onUserInput(release)};
+    EXPECT_EQ(results[0], CToolObject::NOT_HANDLED);
+    EXPECT_EQ(results[1], results[2]);
+    return std::pair(results[1], host.calls.count("readDisplayedPixel"));
+  };
+  const std::pair unheard{static_cast<int>(CToolObject::NOT_HANDLED), 0};
+  EXPECT_EQ(events(), unheard);
+  tool.setColorPickerOn(true);
+  EXPECT_EQ(events(), std::pair(static_cast<int>(CToolObject::CONSUMED), 2));
+  EXPECT_TRUE(host.calls.contains("readDisplayedPixel 7 9"));
+  host.clipOpen = false;
+  EXPECT_EQ(events(), unheard);
+  host.clipOpen = true;
+  tool.toolHide();
+  EXPECT_EQ(events(), unheard);
+}
+
+TEST_F(Notifications, ThePickerGoesOffWithWhatItPicksFrom) {
+  CPDLEntry settings;
+  CStabilizerParameters().WritePDLEntry(settings.FirstElement());
+  CPDLEntry settingsAndPoints;
+  tool.capturePDLEntry(settingsAndPoints);
+  const struct {
+    const char* name;
+    std::function<void()> moment;
+    bool staysOn;
+  } cases[] = {
+      {"clip change", [this] { tool.onClipChange(); }, false},
+      {"a new clip without a box", [this] { tool.onNewClip(); }, true},
+      {"settings", [&] { tool.runPDLEntry(settings); }, true},
+      {"settings with points and box", [&] { tool.runPDLEntry(settingsAndPoints); }, false},
+      {"a new clip with a box of its own",
+       [this] {
+         tool.setMattingBox({4, 5, 60, 40});
+         tool.onClipChange();  // keeps the box with the clip
+         tool.setColorPickerOn(true);
+         tool.onNewClip();
+       },
+       false},
+      {"framing", [this] { tool.onFramingChange(); }, true},
+      {"marks", [this] { tool.onMarksChange(); }, true},
+      {"deactivation", [this] { tool.toolDeactivate(); }, false},
+  };
+  for (const auto& c : cases) {
+    tool.setColorPickerOn(true);
+    c.moment();
+    EXPECT_EQ(tool.isColorPickerOn(), c.staysOn) << c.name;
+    EXPECT_EQ(host.cursor != nullptr, c.staysOn) << c.name;
+  }
+}
+
+TEST_F(Notifications, AnotherShotClearsThePointsIfTheOperatorWishes) {
+  const struct {
+    const char* name;
+    bool clears;
+    int in, out, points;
+  } cases[] = {
+      {"inside the tracked frames", true, 102, 108, 0},
+      {"outside", true, 300, 310, 0},
+      {"put back", true, IN, OUT, 2},
+      {"points are to be kept", false, 102, 108, 2},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    host.markIn = IN;
+    host.markOut = OUT;
+    tool.editor().updateMarks();
+    makeTracked();
+    tool.setClearOnShotChange(c.clears);
+    tool.toolDeactivate();
+    host.markIn = c.in;
+    host.markOut = c.out;
+    tool.onMarksChange();
+    tool.toolActivate();
+    EXPECT_EQ(tool.livePoints().NumberOfPoints(), c.points);
+    EXPECT_EQ(tool.editor().markIn(), c.in);
+    EXPECT_EQ(tool.editor().markOut(), c.out);
+  }
+}
+
 TEST_F(Notifications, ClipChangeAnnouncesBeforeTheHostLeaves) {
   int announced = 0;
   tool.clipChangedHook.subscribe(this, 0, [&] {

@@ -164,6 +164,10 @@ class ToolTest : public testing::Test {
     return tool.onToolProcessingStatus(&record);
   }
 
+  virtual std::unique_ptr<CRecordingWindow> makeWindow(CStabilizerTool& owner) {
+    return std::make_unique<CRecordingWindow>(owner);
+  }
+
   CSettingsFolder settingsFolder;
   CRecordingHost host;
   CScriptedApplication application;
@@ -171,7 +175,7 @@ class ToolTest : public testing::Test {
   std::vector<std::string> trace;
   CRecordingWindow* window = nullptr;
   CTimedTool tool{"Stabilize", [this](CStabilizerTool& owner) {
-                    auto made = std::make_unique<CRecordingWindow>(owner);
+                    auto made = makeWindow(owner);
                     window = made.get();
                     return made;
                   }};

@@ -40,6 +40,7 @@ class CParameterWindow : public IStabilizerWindow {
   void updateExecutionButtons(int, bool) override {}
   /// There is no button to press: a host without an operator asks the tool itself.
   bool runExecutionCommand(int) override { return false; }
+  void toggleColorPicker() override;
   void updateStatusLine() override {}
   void updatePointButtons() override {}
   void updateGraphs() override {}

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "ToolObj/ColorPickTool.h"
 #include "ToolObj/ToolObject.h"
 #include "params/StabilizerParameters.h"
 #include "smoothing/StabilizerShot.h"
@@ -64,10 +65,17 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   int onNewClip() override;
   int onFramingChange() override;
   int drawOverlay() override;
-  int onToolCommand(CToolCommand& command) override;
+  int onMouseMove(CUserInput& input) override;
   int onUserInput(CUserInput& input) override;
   void showTrackingPoints() override;
   void onProcessingStateChanged(int state, bool renderFlag) override;
+
+  // What commands do (CommandActions.cpp).
+  /// While the window shows, performs an EStabilizerCommand or EExecutionCommand: 18 where it
+  /// consumed its input, else 1. A picker that is on is switched off by what consumed its input.
+  int onToolCommand(CToolCommand& command) override;
+  /// The keys say that Shift is down: points are then loaded without their marks.
+  bool isShiftHeld() const { return shiftHeld_; }
 
   // Settings and points as one process-list entry (ProcessListEntry.cpp).
   int capturePDLEntry(CPDLEntry& entry) override;
@@ -141,9 +149,14 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   /// Switching on repairs the box: without a valid one it becomes the whole frame.
   void showMattingBox(bool show);
   bool isMattingBoxShown() const { return mattingBoxShown_; }
-  /// Finds the border on the displayed frame; colour in 8-bit code values, seed a pixel of the
-  /// border or 0, 0. Nothing happens without a frame.
+  /// Finds the border on the displayed frame; colour in 8-bit code values whatever the clip's
+  /// depth, seed a pixel of the border, or 0, 0 or a place outside the frame for none. Nothing
+  /// happens without a frame.
   void findMattingBox(const std::array<int, 3>& color = {25, 25, 25}, int seedX = 0, int seedY = 0);
+  /// While the colour picker is on, a click into the picture says which colour the border has and
+  /// where it lies, and the box is found from that.
+  void setColorPickerOn(bool on) { colorPicker_.setMode(on); }
+  bool isColorPickerOn() const { return colorPicker_.isOn(); }
 
   // What the window shows (ShotAccess.cpp).
   int runState() override { return runState_; }
@@ -203,6 +216,15 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   void destroyWindow();
   void releaseToolSetups(bool keepRunning);
 
+  // Actions of commands. REQUIRES: a window.
+  int performCommand(int number);
+  void togglePointVisibility();
+  void toggleMattingBoxVisibility();
+  void setMarksFromPoints();
+  void focusOn(EFocusTarget target);
+  void focusOnChoice(EButtonGroup group);
+  void stepOrFocusFill();
+
   void requestTracking();
   void requestTrackIfPossible();
   void requestSmoothing();
@@ -246,12 +268,15 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   void keepMattingBox(const SRect& box);
   void loadMattingBox();
   void saveMattingBox();
+  void findMattingBoxOfPick();
+  void turnColorPickerOff();
 
   // The shot.
   CTrackingArray tracked_;
   CTrackingArray syntheticOriginal_;
   CTrackingArray syntheticSmoothed_;
   CTrackingPointsEditor editor_;
+  CColorPickTool colorPicker_;
   WindowFactory makeWindow_;
   std::unique_ptr<IStabilizerWindow> window_;
   int boxExtents_[6] = {10, 10, 10, 10, 10, 10};
@@ -262,6 +287,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   std::string settingsFileName_;
   int markInMovePreference_ = 3;
   int resumeFrame_ = -1;
+  bool shiftHeld_ = false;
 
   // Host notifications.
   bool active_ = false;

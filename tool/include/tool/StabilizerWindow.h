@@ -31,6 +31,8 @@ class IStabilizerWindow {
   virtual void updateExecutionButtons(int processingState, bool renderFlag) = 0;
   /// An EExecutionCommand from a key. False: its button is not to be pressed now.
   virtual bool runExecutionCommand(int command) = 0;
+  /// As a click on the colour-pick button: the tool's colour picker goes on or off.
+  virtual void toggleColorPicker() = 0;
   virtual void updateStatusLine() = 0;
   virtual void updatePointButtons() = 0;
   virtual void updateGraphs() = 0;

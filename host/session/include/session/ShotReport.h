@@ -12,6 +12,10 @@ std::string ReportAsJson(const SStabilizeResult& result);
 /// the worst frames, speed. No trailing newline.
 std::string SummaryAsText(const SStabilizeResult& result);
 
+/// Why the verified output is not as steady as `options.maxResidual` wants it; empty when it is, or
+/// when nothing was wanted.
+std::string TooUnsteady(const SStabilizeResult& result);
+
 /// Writes the side-by-side clip of input and output to `result.options.compare`. Throws CClipError,
 /// CInterrupted.
 void WriteComparison(const SStabilizeResult& result, const SJobObserver& observer);

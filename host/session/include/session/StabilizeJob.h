@@ -1,39 +1,15 @@
 #pragma once
 
-#include <atomic>
-#include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "ToolObj/ProgressMonitor.h"
+#include "session/JobObserver.h"
 #include "session/MotionMeasure.h"
-#include "session/PluginLibrary.h"
-#include "session/ShotSession.h"
 #include "session/StabilizeOptions.h"
+#include "session/ToolOnShot.h"
 #include "tracker/FeatureDetector.h"
-
-/// A shot that could not be stabilised. `code` is the tool's own where it gave one, else -1.
-class CJobError : public std::runtime_error {
- public:
-  CJobError(int code, const std::string& text) : std::runtime_error(text), code(code) {}
-  const int code;
-};
-
-/// The operator stopped the job.
-class CInterrupted : public std::runtime_error {
- public:
-  CInterrupted() : std::runtime_error("interrupted") {}
-};
-
-/// Whom a job tells how it goes. `monitor` gets every stage's progress; `note` single remarks.
-struct SJobObserver {
-  IToolProgressMonitor* monitor = nullptr;  ///< any thread; null: nobody
-  std::function<void(const std::string&)> note = [](const std::string&) {};
-  const std::atomic<bool>* interrupted = nullptr;  ///< becomes true when the job shall stop
-};
 
 /// How steady the written output is, measured on the output itself.
 struct SVerification {
@@ -79,31 +55,18 @@ class CStabilizeJob {
   SStabilizeResult run();
 
  private:
-  void openClip();
-  void openTool();
-  void applyEntry();
-  void placePoints();
+  void openShot();
   void render();
-  void pumpUntilIdle();
-  void throwWhatFailed();
   void collectMotion();
   void keepRotation(const std::vector<SFrameMotion>& asShot);
   void applyZoom(const SRectD& source);
-  void closeTool();
   void verify();
   void writeExtras();
-  bool isInterrupted() const;
-  void note(const std::string& text) const { observer_.note(text); }
 
   SStabilizeOptions options_;
   const SJobObserver observer_;
   SStabilizeResult result_;
-  std::unique_ptr<IClipWriter> writer_;
-  std::unique_ptr<CShotSession> session_;
-  std::unique_ptr<CPluginLibrary> plugin_;
-  CToolObject* tool_ = nullptr;
-  int toolErrorCode_ = 0;
-  std::string toolErrorText_;
+  std::unique_ptr<CToolOnShot> shot_;
 };
 
 /// Measures how steady the frames [first, end) of a finished clip are against the intended path.

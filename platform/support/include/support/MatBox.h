@@ -12,8 +12,8 @@
 /// values (25, 25, 25 is a dark mat). `tolerance`: how far, in 8-bit code values, a component of
 /// the mat may be from it, up or down. `yuvComponents`: the samples are luma and two colour
 /// differences; then only the luma of `color` counts and the mat is colourless. `seedX`, `seedY`: a
-/// frame pixel inside the mat, or 0, 0. With a seed the colour is measured around it and `color` is
-/// not used.
+/// frame pixel inside the mat; 0, 0 or a place outside the frame is none. With a seed the colour is
+/// measured around it and `color` is not used.
 ///
 /// Dark picture is not mat: what tells them apart is that a mat is flat. Each side's level and
 /// grain are measured on its outermost line; grain is what differs between samples 8 pixels apart,

@@ -1,0 +1,15 @@
+#include <unistd.h>
+
+#include "Commands.h"
+
+void AddQuietFlag(CLI::App& command, SProgram& program) {
+  command.add_flag_function(
+      "-q,--quiet", [&program](std::int64_t) { program.verbosity = -1; }, "Say nothing but errors");
+}
+
+CConsoleObserver::CConsoleObserver(const SProgram& program)
+    : monitor_(program.isQuiet(), isatty(STDERR_FILENO) != 0) {
+  observer_.monitor = &monitor_;
+  observer_.note = [this](const std::string& text) { monitor_.note(text); };
+  observer_.interrupted = program.interrupted;
+}

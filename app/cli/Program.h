@@ -1,0 +1,20 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+/// Exit statuses; scripts rely on them.
+enum EExitStatus { EXIT_DONE = 0, EXIT_FAILED = 1, EXIT_USAGE = 2, EXIT_INTERRUPTED = 130 };
+
+/// What the program was asked to do, and what its commands need to do it.
+struct SProgram {
+  /// The command that was chosen, with its options; returns the exit status, or throws one of the
+  /// session's errors.
+  std::function<int()> command;
+  std::string logFile;
+  int verbosity = 0;                         ///< -1 quiet
+  std::atomic<bool>* interrupted = nullptr;  ///< becomes true when the command shall stop
+
+  bool isQuiet() const { return verbosity < 0; }
+};

@@ -1,0 +1,62 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "Commands.h"
+#include "ShotOptions.h"
+#include "session/PluginLibrary.h"
+#include "session/ShotReport.h"
+
+namespace {
+
+struct SRequest {
+  SStabilizeOptions options;
+  bool version = false;
+};
+
+int showVersions() {
+  std::printf("stabilize %s\n", STAB_VERSION);
+  const CPluginLibrary plugin(CPluginLibrary::find("stabilize.so"));
+  std::printf("plug-in %s, %s\n%s\n", plugin.version().c_str(), plugin.path().c_str(),
+              plugin.legalText().c_str());
+  return EXIT_DONE;
+}
+
+int stabilize(const SStabilizeOptions& options, const SProgram& program) {
+  const CConsoleObserver console(program);
+  const SStabilizeResult result = CStabilizeJob(options, console.observer()).run();
+  if (!program.isQuiet()) std::printf("%s\n", SummaryAsText(result).c_str());
+  const std::string unsteady = TooUnsteady(result);
+  if (unsteady.empty()) return EXIT_DONE;
+  std::fprintf(stderr, "stabilize: %s\n", unsteady.c_str());
+  return EXIT_FAILED;
+}
+
+}  // namespace
+
+void AddStabilizeCommand(CLI::App& app, SProgram& program) {
+  const auto request = std::make_shared<SRequest>();
+  SStabilizeOptions& options = request->options;
+  CLI::Option* input = AddInput(app, options.input);
+  CLI::Option* output = AddOutput(app, options);
+  app.add_flag("--version", request->version, "Show versions and end");
+  AddPointOptions(app, options);
+  AddMotionOptions(app, options);
+  AddMattingOption(app, options);
+  AddResultOptions(app, options);
+  AddThreadsOption(app, options);
+  app.add_option("--log", program.logFile, "Write a log")->type_name("FILE");
+  app.add_flag_function(
+      "-v,--verbose",
+      [&program](std::int64_t count) { program.verbosity = static_cast<int>(count); },
+      "Say more; twice or three times for details");
+  AddQuietFlag(app, program);
+  app.final_callback([request, input, output, &program] {
+    if (request->version) {
+      program.command = showVersions;
+    } else if (!program.command) {
+      if (input->count() == 0) throw CLI::RequiredError("INPUT");
+      if (output->count() == 0) throw CLI::RequiredError("--output");
+      program.command = [request, &program] { return stabilize(request->options, program); };
+    }
+  });
+}

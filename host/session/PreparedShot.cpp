@@ -1,0 +1,62 @@
+#include "session/PreparedShot.h"
+
+#include <utility>
+
+#include "session/PointFinder.h"
+#include "support/Threads.h"
+
+namespace {
+
+std::vector<SFeature> givenPoints(const SStabilizeOptions& options, const SRect& region) {
+  const STrackSettings track = TrackSettingsOf(options, region);
+  std::vector<SFeature> features;
+  for (const SPoint2& point : options.points) {
+    if (!CShotTracker::canTrack(point, track))
+      throw CUsageError("--point " + std::to_string(point.x) + "," + std::to_string(point.y) +
+                        ": its track box would leave the picture");
+    features.push_back({point.x, point.y, 0.0});
+  }
+  return features;
+}
+
+std::vector<SFeature> foundPoints(IClipReader& reader, const SStabilizeOptions& options,
+                                  const SRect& region, const SJobObserver& observer) {
+  std::vector<SFeature> features = FindPoints(reader, options, region);
+  if (features.empty())
+    throw CJobError(-1, options.input + ": frame " + std::to_string(*options.in) +
+                            ": nothing in the picture can be tracked (no texture above the "
+                            "noise); give points with --point X,Y");
+  observer.note(std::to_string(features.size()) + " points found");
+  return features;
+}
+
+}  // namespace
+
+std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
+  SetAvailableProcessorCoreCount(options.threads);  // 0: what the machine has
+  options.threads = AvailableProcessorCoreCount();
+  std::unique_ptr<IClipReader> reader = OpenClip(options.input, options.threads);
+  CheckAndComplete(options, reader->info());
+  return reader;
+}
+
+SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeOptions& options,
+                          const SJobObserver& observer) {
+  const SRect wholePicture = reader->info().format.getActivePictureRect();
+  SPreparedShot shot;
+  shot.tool = std::make_unique<CToolOnShot>(std::move(reader), options.threads, *options.in,
+                                            *options.out, observer);
+  CPDLEntry entry = MakeEntry(options);
+  shot.tool->apply(entry);
+  shot.region = options.matting == EMatting::off ? wholePicture : shot.tool->points().MattingBox();
+  shot.tool->session().setTrackingRegion(shot.region);
+  shot.features = options.points.empty()
+                      ? foundPoints(shot.tool->session().reader(), options, shot.region, observer)
+                      : givenPoints(options, shot.region);
+  CTrackingPoints& points = shot.tool->points().PointsAt(*options.in);
+  int index = 0;
+  for (const SFeature& feature : shot.features)
+    points.Point(index++) = CTrackPoint(feature.x, feature.y);
+  shot.tool->tellPointsChanged();
+  return shot;
+}

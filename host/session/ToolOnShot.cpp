@@ -1,0 +1,173 @@
+#include "session/ToolOnShot.h"
+
+#include <utility>
+
+#include "support/ErrorReport.h"
+#include "support/Threads.h"
+#include "toolkit/Application.h"
+
+namespace {
+
+constexpr const char* TOOL_NAME = "Stabilize";
+// Frames in flight are what the memory of a run consists of; these bounds keep a 4096 x 2160 shot
+// far below 1.5 GiB at any length.
+constexpr int READ_AHEAD = 4;
+constexpr int OUTPUT_LIMIT = 3;
+
+CShotSession::SSettings sessionSettings(int threads) {
+  CShotSession::SSettings settings;
+  settings.threads = threads;
+  settings.readAhead = READ_AHEAD;
+  settings.outputLimit = OUTPUT_LIMIT;
+  return settings;
+}
+
+}  // namespace
+
+class CToolOnShot::CAnsweringApplication : public TApplication {
+ public:
+  std::string file;
+
+  std::string askFileToOpen(const std::string&, const std::string&, const std::string&) override {
+    return file;
+  }
+  std::string askFileToSave(const std::string&, const std::string&, const std::string&) override {
+    return file;
+  }
+};
+
+CToolOnShot::SToolErrors::SToolErrors() {
+  SetErrorSink([this](const std::string&, int newCode, const std::string& newText) {
+    // The first failure is the cause; what follows are its consequences.
+    if (!text.empty()) return;
+    code = newCode;
+    text = newText;
+  });
+}
+
+CToolOnShot::SToolErrors::~SToolErrors() {
+  SetErrorSink({});
+}
+
+CToolOnShot::CToolOnShot(std::unique_ptr<IClipReader> reader, int threads, int in, int out,
+                         const SJobObserver& observer)
+    : observer_(observer),
+      application_(std::make_unique<CAnsweringApplication>()),
+      plugin_(CPluginLibrary::find("stabilize.so")),
+      session_(std::move(reader), sessionSettings(threads)) {
+  plugin_.handOverApplication(application_.get());
+  try {
+    openTool(in, out);
+  } catch (...) {
+    close();
+    throw;
+  }
+}
+
+CToolOnShot::~CToolOnShot() {
+  close();
+}
+
+void CToolOnShot::openTool(int in, int out) {
+  CToolObject* tool = plugin_.createTool(TOOL_NAME);
+  const int code = tool->toolInitialize(&session_);
+  if (code != 0)
+    throw CJobError(code, "the tool cannot be initialised (" + std::to_string(code) + ")");
+  tool_ = tool;
+  if (observer_.monitor) tool_->setProgressMonitor(observer_.monitor);
+  session_.setTool(tool_);
+  session_.goToFrame(in);
+  tool_->toolShow();
+  tool_->toolActivate();
+  session_.setMarks(in, out);
+}
+
+void CToolOnShot::close() {
+  if (tool_) {
+    tool_->toolDeactivate();
+    tool_->toolHide();
+    tool_->toolShutdown();
+    session_.setTool(nullptr);
+    tool_ = nullptr;
+  }
+  // Processors are the plug-in's code and write through the writer, which reads from the clip.
+  session_.endPasses();
+  session_.setWriter(nullptr);
+}
+
+void CToolOnShot::apply(CPDLEntry& entry) {
+  const int code = tool_->runPDLEntry(entry);
+  if (code != 0)
+    throw CJobError(code, "the tool refused its settings (" + std::to_string(code) + ")");
+}
+
+CPDLEntry CToolOnShot::capture() {
+  CPDLEntry entry;
+  const int code = tool_->capturePDLEntry(entry);
+  if (code != 0)
+    throw CJobError(code, "the tool does not give its settings (" + std::to_string(code) + ")");
+  return entry;
+}
+
+void CToolOnShot::tellPointsChanged() {
+  session_.editor()->pointsChangedHook.notify();
+}
+
+void CToolOnShot::command(int number, const std::string& fileAnswer) {
+  application_->file = fileAnswer;
+  CToolCommand(tool_, number).execute();
+  application_->file.clear();
+  pumpUntilIdle();
+  throwWhatFailed();
+}
+
+int CToolOnShot::render(IClipWriter& writer) {
+  session_.setWriter(&writer);
+  try {
+    const int written = renderInto();
+    writer.finish();
+    session_.setWriter(nullptr);
+    return written;
+  } catch (...) {
+    close();  // while the writer still stands
+    throw;
+  }
+}
+
+int CToolOnShot::renderInto() {
+  const int code = tool_->startProcessing(CToolObject::EVENT_RENDER_RANGE, false);
+  if (code != 0) errors_.code = code;
+  pumpUntilIdle();
+  const int written = session_.finishWriting();
+  throwWhatFailed();
+  const int wanted = session_.getMarkOut() - session_.getMarkIn();
+  if (written != wanted)
+    throw CJobError(-1, "only " + std::to_string(written) + " of " + std::to_string(wanted) +
+                            " frames were written");
+  return written;
+}
+
+void CToolOnShot::pumpUntilIdle() {
+  // After the tool reports idle it still wants one beat to take its last run state back.
+  int idleRounds = 0;
+  bool stopping = false;
+  while (idleRounds < 3) {
+    session_.pump();
+    if (observer_.isInterrupted() && !stopping) {
+      stopping = true;
+      session_.StopTrackingRun();
+      tool_->stopProcessing();
+    }
+    idleRounds = tool_->getToolProcessingState() == CToolObject::STATE_IDLE ? idleRounds + 1 : 0;
+    QTXmillisleep(2);
+  }
+}
+
+void CToolOnShot::throwWhatFailed() {
+  if (observer_.isInterrupted()) throw CInterrupted();
+  if (!session_.tracking().failure.empty())
+    throw CJobError(-1, session_.info().path + ": " + session_.tracking().failure);
+  if (!session_.frameFailure().empty()) throw CJobError(-1, session_.frameFailure());
+  const int code = errors_.code != 0 ? errors_.code : tool_->getLastProcessingError();
+  if (code != 0) throw CJobError(code, errors_.text.empty() ? "the tool failed" : errors_.text);
+}
