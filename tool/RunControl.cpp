@@ -194,8 +194,10 @@ void CStabilizerTool::onPassEnded() {
   runState_ = RUN_IDLE;
 }
 
+// A run that has ended, but whose path was not taken yet, made it for the old settings too.
 void CStabilizerTool::discardSmoothedPath() {
-  if (runState_ == RUN_SMOOTHING) smoothedPathStale_ = true;
+  const int state = runState_;
+  if (state == RUN_SMOOTHING || state == RUN_SMOOTHED) smoothedPathStale_ = true;
   smoothed_ = false;
   editor_.setMotionArrays(nullptr, nullptr);
 }

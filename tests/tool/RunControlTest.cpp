@@ -250,20 +250,25 @@ TEST_F(RunControl, ABatchRenderWithCurrentTrackingStartsAtOnce) {
 
 // The path that a render is waiting for must be that of the settings as they stand.
 TEST_F(RunControl, SettingsChangedDuringSmoothingAreSmoothedAgainBeforeTheRender) {
-  makeTracked();
-  tool.request(REQUEST_RENDER_ALL);
-  tool.onHeartbeat();
-  tool.discardSmoothedPath();
-  tool.request(REQUEST_PARAMETERS_CHANGED);
-  BThreadWaitForAll();
-  // Whether the run had ended by then or not, a path of the old settings is not rendered.
-  for (int beats = 0; beats < 10 && tool.runState() != RUN_RENDERING; ++beats) {
-    if (tool.runState() == RUN_RENDER_REQUESTED) {
-      EXPECT_TRUE(tool.isSmoothed());
+  for (const bool ended : {false, true}) {  // whether the run has ended by then or not
+    SCOPED_TRACE(ended);
+    makeTracked();
+    tool.request(REQUEST_RENDER_ALL);
+    tool.onHeartbeat();
+    if (ended) BThreadWaitForAll();
+    tool.discardSmoothedPath();
+    tool.request(REQUEST_PARAMETERS_CHANGED);
+    BThreadWaitForAll();
+    for (int beats = 0; beats < 10 && tool.runState() != RUN_RENDERING; ++beats) {
+      if (tool.runState() == RUN_RENDER_REQUESTED) {
+        EXPECT_TRUE(tool.isSmoothed());
+      }
+      heartbeat();
     }
+    EXPECT_EQ(tool.runState(), RUN_RENDERING);
+    report(CAutotoolStatus::STOPPED);
     heartbeat();
   }
-  EXPECT_EQ(tool.runState(), RUN_RENDERING);
 }
 
 TEST_F(RunControl, StopGoesToWhoeverIsWorking) {

@@ -37,14 +37,16 @@ TEST_F(Files, FailedWriteNamesTheFileAndLeavesTheFolderAlone) {
   std::filesystem::create_directory(folder + "taken");
   put(folder + "taken/inside", "x");
   put(folder + "file", "x");
+  ASSERT_EQ(mkfifo((folder + "pipe").c_str(), 0600), 0);
   for (const std::string& path : {folder + "none/file", folder + "taken", folder + "file/below",
-                                  folder + std::string(300, 'n')}) {
+                                  folder + "pipe", folder + std::string(300, 'n')}) {
     theError.clear();
     EXPECT_FALSE(WriteFileWhole(path, "text")) << path;
     EXPECT_LT(theError.getError(), 0) << path;
     EXPECT_NE(theError.getMessage().find(path), std::string::npos) << theError.getMessage();
   }
-  EXPECT_EQ(entries(), 2);
+  EXPECT_EQ(entries(), 3);
+  EXPECT_TRUE(std::filesystem::is_fifo(folder + "pipe"));
   theError.clear();
 }
 
