@@ -10,7 +10,7 @@
 
 namespace {
 
-// Beyond any shot: a hundred points over a hundred thousand frames.
+// Room for the largest set that may be stored, such as 200 points over 40,000 frames.
 constexpr std::size_t LARGEST_POINTS_FILE = std::size_t{256} << 20;
 
 // People search their logs for these; do not change.
@@ -71,7 +71,7 @@ bool CStabilizerTool::SaveTrackingPoints(const std::string& path) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
   text << tracked_;
-  if (!text) return refuse(CANNOT_SAVE, path, "The points do not fit into memory as text");
+  if (!text) return refuse(CANNOT_SAVE, path, "There are more points than a points file holds");
   return file.commit(text.str()) || refuse(CANNOT_SAVE, path, theError.getMessage());
 }
 
