@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
-#include <utility>
 
 #include "session/PointFinder.h"
 #include "tracking/TrackingArray.h"
@@ -11,6 +9,7 @@
 namespace {
 
 constexpr int MOST_POINTS = 1000;
+constexpr int LARGEST_INDEX = 9999;
 constexpr const char* RECORD = "StabilizerParameters";
 constexpr const char* POINTS = "TrackingArray";
 
@@ -149,18 +148,35 @@ void checkBoxes(const CTrackingArray& array, const SStabilizeOptions& options) {
     refuse("TrackBox and SearchBox are not those of the parameters");
 }
 
+/// On the elements themselves: who reads them into an array leaves out what it could not hold.
+void checkFrame(const CPDLElement& frame, const SClipInfo& clip) {
+  const int number = frame.GetAttribInteger("FrNdx", -1);
+  if (number < clip.firstFrame || number >= clip.endFrame)
+    refuse("TPS FrNdx=\"" + frame.GetAttribString("FrNdx", "").substr(0, 60) +
+           "\" is no frame of the clip");
+  const int count = frame.GetChildCount();
+  if (count > MOST_POINTS) refuse("more than " + std::to_string(MOST_POINTS) + " points");
+  for (int i = 0; i < count; ++i) {
+    const CPDLElement point = frame.GetChild(i);
+    const int index = point.GetAttribInteger("TpNdx", -1);
+    if (index < 0 || index > LARGEST_INDEX)
+      refuse("TP TpNdx=\"" + point.GetAttribString("TpNdx", "").substr(0, 60) + "\" is no index");
+  }
+}
+
+void checkFrames(const CPDLElement& array, const SClipInfo& clip) {
+  const int count = array.GetChildCount();
+  for (int i = 0; i < count; ++i)
+    if (array.GetChild(i).GetName() == "TPS") checkFrame(array.GetChild(i), clip);
+}
+
 void takePoints(const CTrackingArray& array, SStabilizeOptions& options, const SClipInfo& clip) {
-  for (const auto& [frame, points] : array.frames)
-    if (frame < clip.firstFrame || frame >= clip.endFrame)
-      refuse("TPS FrNdx=\"" + std::to_string(frame) + "\" is no frame of the clip");
   options.points.clear();
   SRect region = clip.format.getActivePictureRect();
   if (options.matting == EMatting::box) region = options.mattingBox;
   const STrackSettings track = TrackSettingsOf(options, region);
   for (const auto& [index, point] : array.FindPoints(*options.in).Entries()) {
     if (!point.IsValid()) continue;
-    if (std::cmp_equal(options.points.size(), MOST_POINTS))
-      refuse("more than " + std::to_string(MOST_POINTS) + " points");
     if (!CShotTracker::canTrack({point.x, point.y}, track))
       refuse("point " + std::to_string(index) + " at " + std::to_string(static_cast<int>(point.x)) +
              "," + std::to_string(static_cast<int>(point.y)) +
@@ -183,6 +199,7 @@ void TakeEntrySettings(SStabilizeOptions& options, const SClipInfo& clip) {
   options.matting = useMatting ? EMatting::automatic : EMatting::off;
   const CPDLElement points = childOf(settings, POINTS);
   if (points.IsNull()) return;
+  checkFrames(points, clip);
   CTrackingArray array;
   array.ReadPDLEntry(points);
   takeRegion(array, useMatting, options, clip);

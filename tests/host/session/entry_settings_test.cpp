@@ -133,19 +133,19 @@ auto child(const char* name, const char* value) {
   };
 }
 
-void addPoints(CPDLElement array, const char* frame, const char* x, int count) {
+void addPoints(CPDLElement array, const char* frame, const char* x, int count, int firstIndex) {
   CPDLElement points = array.MakeNewChild("TPS");
   points.SetAttribString("FrNdx", frame);
   for (int i = 0; i < count; ++i) {
     CPDLElement point = points.MakeNewChild("TP");
-    point.SetAttribInteger("TpNdx", i);
+    point.SetAttribInteger("TpNdx", firstIndex + i);
     point.SetAttribString("X", x);
     point.SetAttribString("Y", "400");
   }
 }
 
-auto points(const char* frame, const char* x, int count = 1) {
-  return [=](CPDLElement, CPDLElement array) { addPoints(array, frame, x, count); };
+auto points(const char* frame, const char* x, int count = 1, int firstIndex = 0) {
+  return [=](CPDLElement, CPDLElement array) { addPoints(array, frame, x, count, firstIndex); };
 }
 
 const SHostile HOSTILE[] = {
@@ -181,6 +181,9 @@ const SHostile HOSTILE[] = {
     {"SearchBoxOfItsOwn", child("SearchBox", "-20 -20 2147483647 21"), "SearchBox"},
     {"FrameHuge", points("2147483646", "300"), "FrNdx=\"2147483646\""},
     {"FrameOutsideTheClip", points("1101", "300"), "FrNdx=\"1101\""},
+    {"FrameNegative", points("-1", "300"), "FrNdx=\"-1\""},
+    {"IndexHuge", points("1001", "300", 1, 2147483647), "TpNdx=\"2147483647\""},
+    {"IndexNegative", points("1001", "300", 1, -2147483647), "TpNdx"},
     {"PointNegative", points("1001", "-300"), "point 0 at -300,400"},
     {"PointAtTheEdge", points("1001", "1915"), "point 0 at 1915,400"},
     {"PointNan", points("1001", "nan"), "point 0 at 0,400"},
