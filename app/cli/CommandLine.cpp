@@ -12,6 +12,7 @@ bool ParseCommandLine(int argc, char** argv, SProgram& program, int& status) {
   AddTestShotCommand(app, program);
   AddResidualCommand(app, program);
   AddPreferencesCommand(app, program);
+  AddQueueCommand(app, program);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -16,9 +16,12 @@ void AddInfoCommand(CLI::App& app, SProgram& program);
 void AddTestShotCommand(CLI::App& app, SProgram& program);
 void AddResidualCommand(CLI::App& app, SProgram& program);
 void AddPreferencesCommand(CLI::App& app, SProgram& program);
+void AddQueueCommand(CLI::App& app, SProgram& program);
 
 /// -q for a command that has progress to show.
 void AddQuietFlag(CLI::App& command, SProgram& program);
+/// -v for a command that has details to tell.
+void AddVerboseFlag(CLI::App& command, SProgram& program);
 
 /// Progress and remarks of a command's work on the console.
 class CConsoleObserver {

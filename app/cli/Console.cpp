@@ -7,6 +7,13 @@ void AddQuietFlag(CLI::App& command, SProgram& program) {
       "-q,--quiet", [&program](std::int64_t) { program.verbosity = -1; }, "Say nothing but errors");
 }
 
+void AddVerboseFlag(CLI::App& command, SProgram& program) {
+  command.add_flag_function(
+      "-v,--verbose",
+      [&program](std::int64_t count) { program.verbosity = static_cast<int>(count); },
+      "Say more; twice or three times for details");
+}
+
 CConsoleObserver::CConsoleObserver(const SProgram& program)
     : monitor_(program.isQuiet(), isatty(STDERR_FILENO) != 0) {
   observer_.monitor = &monitor_;

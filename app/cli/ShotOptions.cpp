@@ -175,8 +175,8 @@ void AddResultOptions(CLI::App& command, SStabilizeOptions& options) {
       ->type_name("PX");
 }
 
-void AddThreadsOption(CLI::App& command, SStabilizeOptions& options) {
-  command.add_option("--threads", options.threads, "Threads to work with [the machine's cores]")
+void AddThreadsOption(CLI::App& command, int& threads) {
+  command.add_option("--threads", threads, "Threads to work with [the machine's cores]")
       ->check(CLI::Range(1, 64).description(""))
       ->type_name("N");
 }

@@ -17,4 +17,4 @@ void AddMotionOptions(CLI::App& command, SStabilizeOptions& options);
 void AddMattingOption(CLI::App& command, SStabilizeOptions& options);
 /// What is written beside the shot, and checked of it.
 void AddResultOptions(CLI::App& command, SStabilizeOptions& options);
-void AddThreadsOption(CLI::App& command, SStabilizeOptions& options);
+void AddThreadsOption(CLI::App& command, int& threads);

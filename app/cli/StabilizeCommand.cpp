@@ -43,12 +43,9 @@ void AddStabilizeCommand(CLI::App& app, SProgram& program) {
   AddMotionOptions(app, options);
   AddMattingOption(app, options);
   AddResultOptions(app, options);
-  AddThreadsOption(app, options);
+  AddThreadsOption(app, options.threads);
   app.add_option("--log", program.logFile, "Write a log")->type_name("FILE");
-  app.add_flag_function(
-      "-v,--verbose",
-      [&program](std::int64_t count) { program.verbosity = static_cast<int>(count); },
-      "Say more; twice or three times for details");
+  AddVerboseFlag(app, program);
   AddQuietFlag(app, program);
   app.final_callback([request, input, output, &program] {
     if (request->version) {

@@ -30,6 +30,20 @@ std::vector<SFeature> foundPoints(IClipReader& reader, const SStabilizeOptions& 
   return features;
 }
 
+/// The region that the tool works in. A box that is kept with a clip may be of another clip, which
+/// stood there before.
+SRect regionOf(CToolOnShot& tool, const SStabilizeOptions& options) {
+  const SRect picture = tool.session().info().format.getActivePictureRect();
+  if (options.matting == EMatting::off) return picture;
+  const SRect& box = tool.points().MattingBox();
+  if (box.left < picture.left || box.top < picture.top || box.right > picture.right ||
+      box.bottom > picture.bottom || box.left >= box.right || box.top >= box.bottom)
+    throw CUsageError(options.input +
+                      ": the matting box that is kept with the clip is not of this picture; "
+                      "give --matting");
+  return box;
+}
+
 }  // namespace
 
 std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
@@ -42,13 +56,14 @@ std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
 
 SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeOptions& options,
                           const SJobObserver& observer) {
-  const SRect wholePicture = reader->info().format.getActivePictureRect();
   SPreparedShot shot;
   shot.tool = std::make_unique<CToolOnShot>(std::move(reader), options.threads, *options.in,
                                             *options.out, observer);
-  CPDLEntry entry = MakeEntry(options);
+  CPDLEntry entry =
+      options.entry ? CPDLEntry::CopyOf(options.entry->FirstElement()) : MakeEntry(options);
   shot.tool->apply(entry);
-  shot.region = options.matting == EMatting::off ? wholePicture : shot.tool->points().MattingBox();
+  shot.tool->points().frames.clear();  // what a captured entry had tracked before
+  shot.region = regionOf(*shot.tool, options);
   shot.tool->session().setTrackingRegion(shot.region);
   shot.features = options.points.empty()
                       ? foundPoints(shot.tool->session().reader(), options, shot.region, observer)

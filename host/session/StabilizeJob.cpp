@@ -1,6 +1,7 @@
 #include "session/StabilizeJob.h"
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 #include "clip/ClipWriter.h"
@@ -15,6 +16,24 @@ namespace {
 SPoint2 centreOf(const CImageFormat& format) {
   return {(format.getPixelsPerLine() - 1) * 0.5, (format.getLinesPerFrame() - 1) * 0.5};
 }
+
+/// Says so before the first frame is written.
+class CAnnouncingWriter : public IClipWriter {
+ public:
+  CAnnouncingWriter(IClipWriter& writer, const std::function<void()>& announce)
+      : writer_(writer), announce_(announce) {}
+  void writeFrame(int frame, const std::uint16_t* samples) override {
+    std::call_once(announced_, announce_);
+    writer_.writeFrame(frame, samples);
+  }
+  void finish() override { writer_.finish(); }
+  bool isParallel() const override { return writer_.isParallel(); }
+
+ private:
+  IClipWriter& writer_;
+  const std::function<void()>& announce_;
+  std::once_flag announced_;
+};
 
 }  // namespace
 
@@ -51,8 +70,9 @@ void CStabilizeJob::render() {
   const std::unique_ptr<IClipWriter> writer =
       CreateClip(options_.output, shot_->session().reader(), *options_.in, *options_.out,
                  {options_.overwrite, options_.threads});
+  CAnnouncingWriter announcing(*writer, observer_.beginsToWrite);
   CHRTimer timer;
-  result_.framesWritten = shot_->render(*writer);
+  result_.framesWritten = shot_->render(announcing);
   result_.tracking = shot_->session().tracking();
   result_.trackSeconds = result_.tracking.seconds;
   result_.renderSeconds = timer.Read() * 0.001 - result_.trackSeconds;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "session/EntrySettings.h"
 #include "tracking/TrackingArray.h"
 
 namespace {
@@ -9,12 +10,11 @@ namespace {
 // Pictures wider than this are tracked with boxes of twice the size.
 constexpr int WIDE_PICTURE = 2048;
 
-struct SRange {
-  int low;
-  int high;
-};
+int scaleOf(const SClipInfo& clip) {
+  return clip.format.getPixelsPerLine() > WIDE_PICTURE ? 2 : 1;
+}
 
-void checkRange(const char* option, int value, SRange range) {
+void checkRange(const char* option, int value, SSizeRange range) {
   if (value < range.low || value > range.high)
     throw CUsageError(std::string(option) + " " + std::to_string(value) + " is outside " +
                       std::to_string(range.low) + " to " + std::to_string(range.high));
@@ -36,11 +36,11 @@ void completeMarks(SStabilizeOptions& options, const SClipInfo& clip) {
 }
 
 void completeSizes(SStabilizeOptions& options, const SClipInfo& clip) {
-  const int scale = clip.format.getPixelsPerLine() > WIDE_PICTURE ? 2 : 1;
+  const int scale = scaleOf(clip);
   if (!options.trackBox) options.trackBox = 10 * scale;
   if (!options.search) options.search = 20 * scale;
-  checkRange("--track-box", *options.trackBox, {5 * scale, 30 * scale});
-  checkRange("--search", *options.search, {5 * scale, 50 * scale});
+  checkRange("--track-box", *options.trackBox, TrackBoxRange(clip));
+  checkRange("--search", *options.search, SearchRange(clip));
   if (options.smoothing) checkRange("--smoothing", *options.smoothing, {0, 10});
   checkRange("--jitter", options.jitter, {0, 10});
   if (options.points.empty()) checkRange("--auto", options.autoPoints, {1, 200});
@@ -147,8 +147,17 @@ void writeMotion(CPDLElement record, const SStabilizeOptions& options) {
 
 }  // namespace
 
+SSizeRange TrackBoxRange(const SClipInfo& clip) {
+  return {5 * scaleOf(clip), 30 * scaleOf(clip)};
+}
+
+SSizeRange SearchRange(const SClipInfo& clip) {
+  return {5 * scaleOf(clip), 50 * scaleOf(clip)};
+}
+
 void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip) {
   completeMarks(options, clip);
+  if (options.entry) TakeEntrySettings(options, clip);
   completeSizes(options, clip);
   completeMotion(options);
   checkPictureOptions(options, clip);

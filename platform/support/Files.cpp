@@ -148,6 +148,7 @@ bool ReadFileWhole(const std::string& path, std::string& text, std::size_t limit
   if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return failed("read", path, errno);
   if (S_ISDIR(status.st_mode)) return failed("read", path, EISDIR);
   if (!S_ISREG(status.st_mode)) return failed("read", path, EINVAL);
+  // Not a byte of it is taken into memory. One that grows meanwhile meets the limit on the way.
   if (std::cmp_greater(status.st_size, limit)) return failed("read", path, EFBIG);
   std::string whole;
   if (!readAll(file.get(), whole, limit)) return failed("read", path, errno);

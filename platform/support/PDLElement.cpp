@@ -136,6 +136,10 @@ CPDLElement CPDLElement::MakeNewChild(const std::string& name) {
   return CPDLElement(nodeOf(node_).append_child(name.c_str()).internal_object());
 }
 
+CPDLElement CPDLElement::AppendCopy(const CPDLElement& element) {
+  return CPDLElement(nodeOf(node_).append_copy(nodeOf(element.node_)).internal_object());
+}
+
 int CPDLElement::GetChildCount() const {
   const pugi::xml_node parent = nodeOf(node_);
   pugi::xml_node next =
@@ -158,6 +162,10 @@ CPDLElement CPDLElement::GetChild(int index) const {
   if (place.node == nullptr) return {};
   reached_ = place;
   return CPDLElement(place.node);
+}
+
+bool CPDLElement::HasAttrib(const std::string& name) const {
+  return !nodeOf(node_).attribute(name.c_str()).empty();
 }
 
 int CPDLElement::GetAttribInteger(const std::string& name, int fallback) const {
@@ -212,9 +220,16 @@ struct CPDLEntry::SImpl {
   std::unique_ptr<pugi::xml_document> document;
 };
 
-CPDLEntry::CPDLEntry() : impl_(std::make_unique<SImpl>()) {
+CPDLEntry::CPDLEntry(const std::string& name) : impl_(std::make_unique<SImpl>()) {
   impl_->document = std::make_unique<pugi::xml_document>();
-  impl_->document->append_child("PDLEntry");
+  impl_->document->append_child(name.c_str());
+}
+
+CPDLEntry CPDLEntry::CopyOf(const CPDLElement& element) {
+  CPDLEntry entry;
+  entry.impl_->document->reset();
+  entry.impl_->document->append_copy(nodeOf(element.node_));
+  return entry;
 }
 
 CPDLEntry::~CPDLEntry() = default;

@@ -67,6 +67,11 @@ const SBadInput BAD_INPUTS[] = {
     {"NoOutput", "", "scan.####.dpx", 2, "--output"},
     {"PointOutsideThePicture", "", "scan.####.dpx -o out.####.dpx --point 500,10", 2, "--point"},
     {"PointThatIsNone", "", "scan.####.dpx -o out.####.dpx --point 1;2", 2, "--point"},
+    {"MattingBoxOfAnotherClip",
+     "stabilize scan.1001.dpx -o null: -q --matting 0,0,319,239 && rm scan.* && stabilize "
+     "test-shot -o scan.####.dpx "
+     "--width 200 --height 150 --frames 3 -q",
+     "scan.1001.dpx -o out.####.dpx", 2, "the matting box that is kept with the clip"},
     {"PointTooNearTheEdge", "", "scan.####.dpx -o out.####.dpx --point 3,100", 2, "track box"},
 };
 

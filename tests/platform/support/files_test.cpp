@@ -57,6 +57,9 @@ TEST_F(Files, ReadsOnlyRegularFilesUpToTheLimit) {
   EXPECT_TRUE(ReadFileWhole(folder + "ten", text, 10));
   EXPECT_EQ(text, "0123456789");
   EXPECT_FALSE(ReadFileWhole(folder + "ten", text, 9));
+  put(folder + "vast", "");
+  std::filesystem::resize_file(folder + "vast", std::uintmax_t{1} << 40);
+  EXPECT_FALSE(ReadFileWhole(folder + "vast", text, std::size_t{1} << 40 >> 1));
   for (const std::string& path : {folder + "none", folder, folder + "pipe"}) {
     EXPECT_FALSE(ReadFileWhole(path, text, 100)) << path;
     EXPECT_NE(theError.getMessage().find(path), std::string::npos) << theError.getMessage();

@@ -107,6 +107,26 @@ TEST(CPDLEntry, HandlesOutliveAMove) {
   EXPECT_EQ(moved.FirstElement().GetChildCount(), 1);
 }
 
+TEST(CPDLEntry, TreesMoveBetweenEntriesAsCopies) {
+  CPDLEntry list("List");
+  {
+    CPDLEntry shot;
+    shot.FirstElement().MakeNewChild("Settings").SetAttribString("Name", "<a>");
+    list.FirstElement().MakeNewChild("Empty");
+    EXPECT_EQ(list.FirstElement().AppendCopy(shot.FirstElement()).GetName(), "PDLEntry");
+    shot.FirstElement().GetChild(0).SetAttribString("Name", "changed later");
+  }
+  ASSERT_EQ(list.FirstElement().GetChildCount(), 2);
+  CPDLEntry back = CPDLEntry::CopyOf(list.FirstElement().GetChild(1));
+  list = CPDLEntry();
+  EXPECT_EQ(back.FirstElement().GetName(), "PDLEntry");
+  const CPDLElement settings = back.FirstElement().GetChild(0);
+  EXPECT_EQ(settings.GetAttribString("Name", ""), "<a>");
+  EXPECT_TRUE(settings.HasAttrib("Name"));
+  EXPECT_FALSE(settings.HasAttrib("name"));
+  EXPECT_TRUE(list.FirstElement().AppendCopy(CPDLElement()).IsNull());
+}
+
 std::string nested(int depth) {
   std::string open, close;
   for (int i = 0; i < depth; ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -46,6 +47,9 @@ struct SStabilizeOptions {
   std::optional<int> search;    ///< reach, pixels
   EWarp warp = EWarp::euclidean;
   bool overwrite = false;
+  /// The tool's settings and points as they were captured before; stands for all that is said of
+  /// points, motion and matting above.
+  std::shared_ptr<const CPDLEntry> entry;
 
   // What is said about it.
   std::string report;   ///< JSON file; empty: none
@@ -58,9 +62,17 @@ struct SStabilizeOptions {
   int threads = 0;  ///< 0: the machine's cores
 };
 
+struct SSizeRange {
+  int low;
+  int high;
+};
+/// Half widths of the track box, and reaches of the search, that a clip of this size allows.
+SSizeRange TrackBoxRange(const SClipInfo& clip);
+SSizeRange SearchRange(const SClipInfo& clip);
+
 /// Completes the options for a clip and refuses what does not fit together or to the clip: marks,
-/// reference frame, ranges of sizes, anchors, matting box, points outside the picture. Throws
-/// CUsageError.
+/// reference frame, ranges of sizes, anchors, matting box, points outside the picture. With
+/// an entry, see TakeEntrySettings. Throws CUsageError.
 void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip);
 
 /// The process-list entry that the options stand for: the parameter record, and the boxes when a

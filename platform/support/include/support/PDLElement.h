@@ -17,11 +17,14 @@ class CPDLElement {
 
   std::string GetName() const;
   CPDLElement MakeNewChild(const std::string& name);
+  /// Appends a copy of `element`, which may be of another tree, with all below it.
+  CPDLElement AppendCopy(const CPDLElement& element);
   int GetChildCount() const;
   /// Null element for an index out of range. Visiting the children in order takes time linear in
   /// their number.
   CPDLElement GetChild(int index) const;
 
+  bool HasAttrib(const std::string& name) const;
   /// A fractional text reads as its integer part; one that is no int does not parse.
   int GetAttribInteger(const std::string& name, int fallback) const;
   double GetAttribDouble(const std::string& name, double fallback) const;
@@ -57,7 +60,9 @@ class CPDLElement {
 class CPDLEntry {
  public:
   /// An entry whose first element is empty.
-  CPDLEntry();
+  explicit CPDLEntry(const std::string& name = "PDLEntry");
+  /// An entry of its own: a copy of `element` with all below it. REQUIRES: no null element.
+  static CPDLEntry CopyOf(const CPDLElement& element);
   ~CPDLEntry();
   CPDLEntry(CPDLEntry&&) noexcept;
   CPDLEntry& operator=(CPDLEntry&&) noexcept;
