@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tracking/TrackingLimits.h"
+
 namespace {
 
 template <typename TMap>
@@ -19,6 +21,62 @@ void DropAnchorsTo(CTrackingAttributes& attributes, int point) {
   for (auto& [index, attribute] : attributes) {
     if (attribute.AnIn == point) attribute.An = ANCHOR_None;
   }
+}
+
+/// Where every point goes when the first frame's valid ones, in order, become 0, 1, 2, ...: a point
+/// that is not among them makes room or stays.
+class CRenumbering {
+ public:
+  explicit CRenumbering(const CTrackingPoints& first) {
+    for (const auto& [index, point] : first.Entries()) {
+      if (!point.IsValid()) continue;
+      moves_ = moves_ || index != count();
+      renumbered_.emplace_hint(renumbered_.end(), index, count());
+    }
+  }
+
+  bool IsNeeded() const { return moves_; }
+  CTrackingPoints Of(const CTrackingPoints& points) const;
+  CTrackingAttributes Of(const CTrackingAttributes& attributes) const;
+
+ private:
+  int count() const { return static_cast<int>(renumbered_.size()); }
+  bool isReplaced(int index) const {
+    return index >= 0 && index < count() && !renumbered_.contains(index);
+  }
+
+  std::map<int, int> renumbered_;
+  bool moves_ = false;
+};
+
+CTrackingPoints CRenumbering::Of(const CTrackingPoints& points) const {
+  CTrackingPoints result;
+  for (const auto& [index, point] : points.Entries()) {
+    const auto found = renumbered_.find(index);
+    if (found == renumbered_.end()) {
+      if (!isReplaced(index)) result.Point(index) = point;
+    } else if (point.IsValid() || found->second == index) {  // an invalid entry does not travel
+      result.Point(found->second) = point;
+    }
+  }
+  return result;
+}
+
+CTrackingAttributes CRenumbering::Of(const CTrackingAttributes& attributes) const {
+  CTrackingAttributes result;
+  for (const auto& [index, attribute] : attributes) {
+    const auto found = renumbered_.find(index);
+    if (found == renumbered_.end() && isReplaced(index)) continue;
+    CTrackAttribute& moved = result[found == renumbered_.end() ? index : found->second];
+    moved = attribute;
+    if (isReplaced(moved.AnIn)) moved.An = ANCHOR_None;
+    const auto anchor = renumbered_.find(moved.AnIn);
+    if (anchor != renumbered_.end()) moved.AnIn = anchor->second;
+  }
+  for (const auto& [from, to] : renumbered_) {
+    if (from != to) result.try_emplace(to);
+  }
+  return result;
 }
 
 }  // namespace
@@ -134,7 +192,7 @@ void CTrackingArray::Clear() {
 }
 
 void CTrackingArray::InsertMissingFrames() {
-  if (frames.empty()) return;
+  if (frames.empty() || !IsStorableSpan(frames.begin()->first, frames.rbegin()->first)) return;
   for (auto frame = frames.begin(); std::next(frame) != frames.end(); ++frame) {
     const auto next = std::next(frame);
     if (next->first - frame->first > 1) frames.try_emplace(next, frame->first + 1);
@@ -165,14 +223,14 @@ void CTrackingArray::RenumberPoint(int from, int to) {
 int CTrackingArray::Compact() {
   RemoveEmptyFrames();
   if (frames.empty()) return 0;
-  const CTrackingPoints& first = frames.begin()->second;
-  int next = 0;
-  for (int index = first.FirstIndex(); index < first.EndIndex(); ++index) {
-    if (!first.IsValidPoint(index)) continue;
-    RenumberPoint(index, next);
-    ++next;
+  const CRenumbering renumbering(frames.begin()->second);
+  if (renumbering.IsNeeded()) {
+    InsertMissingFrames();
+    for (auto& [frame, points] : frames) points = renumbering.Of(points);
+    attributes = renumbering.Of(attributes);
+    trackState = TRACK_STATE_Untracked;
   }
-  return first.Count();
+  return frames.begin()->second.Count();
 }
 
 void CTrackingArray::KeepOnlyFrame(int frame) {

@@ -1,9 +1,9 @@
 // The tracking data as elements of a process-list entry. Names are stored; do not change.
 
-#include <limits>
 #include <string>
 
 #include "tracking/TrackingArray.h"
+#include "tracking/TrackingLimits.h"
 
 namespace {
 
@@ -17,10 +17,14 @@ const SIniAssociation ANCHOR_TYPES[] = {
     {"", "", -1},
 };
 
-/// An index as stored, or -1: entries lie at 0 and above, and one past the last must be countable.
-int ReadIndex(const CPDLElement& element, const char* name) {
-  const int index = element.GetAttribInteger(name, -1);
-  return index >= 0 && index < std::numeric_limits<int>::max() ? index : -1;
+/// An index as stored, or -1 for none that may be stored.
+int ReadFrameIndex(const CPDLElement& element) {
+  const int index = element.GetAttribInteger("FrNdx", -1);
+  return IsStorableFrame(index) ? index : -1;
+}
+int ReadPointIndex(const CPDLElement& element) {
+  const int index = element.GetAttribInteger("TpNdx", -1);
+  return IsStorablePoint(index) ? index : -1;
 }
 
 /// Boxes of text from outside may hold any integer; these wrap round instead of overflowing.
@@ -66,10 +70,10 @@ int CTrackingPoints::ReadPDLEntry(const CPDLElement& element) {
   const int count = element.GetChildCount();
   for (int i = 0; i < count; ++i) {
     const CPDLElement child = element.GetChild(i);
-    const int index = ReadIndex(child, "TpNdx");
+    const int index = ReadPointIndex(child);
     if (child.GetName() == "TP" && index >= 0) Point(index).ReadPDLEntry(child);
   }
-  return ReadIndex(element, "FrNdx");
+  return ReadFrameIndex(element);
 }
 
 void CTrackAttribute::WritePDLEntry(CPDLElement parent, int point) const {
@@ -90,7 +94,7 @@ int CTrackAttribute::ReadPDLEntry(const CPDLElement& element) {
   Al = element.GetAttribDouble("Al", Al);
   AnchorTypeNames().ValueBySymbolicName(element.GetAttribString("An", ""), An);
   AnIn = element.GetAttribInteger("AnIn", AnIn);
-  return ReadIndex(element, "TpNdx");
+  return ReadPointIndex(element);
 }
 
 void CTrackingAttributes::WritePDLEntry(CPDLElement parent) const {
@@ -122,15 +126,29 @@ void CTrackingArray::WritePDLEntry(CPDLElement parent) const {
                   OneMore(SearchBoxExtentRight), OneMore(SearchBoxExtentDown)});
 }
 
+/// `total` counts the entries of all frames, also those that a later frame of this index replaces.
+void CTrackingArray::ReadFrame(const CPDLElement& element, int& total) {
+  const int count = element.GetChildCount();
+  if (count > LARGEST_POINT_TOTAL - total) return;
+  CTrackingPoints points;
+  const int frame = points.ReadPDLEntry(element);
+  if (frame < 0) return;
+  if (!frames.empty() && (!IsStorableSpan(frame, frames.rbegin()->first) ||
+                          !IsStorableSpan(frames.begin()->first, frame))) {
+    return;
+  }
+  total += count;
+  frames[frame] = std::move(points);
+}
+
 void CTrackingArray::ReadPDLEntry(const CPDLElement& element) {
   const int count = element.GetChildCount();
+  int total = 0;
   for (int i = 0; i < count; ++i) {
     const CPDLElement child = element.GetChild(i);
     const std::string name = child.GetName();
     if (name == "TPS") {
-      CTrackingPoints points;
-      const int frame = points.ReadPDLEntry(child);
-      if (frame >= 0) frames[frame] = std::move(points);
+      ReadFrame(child, total);
     } else if (name == "TAS") {
       attributes.ReadPDLEntry(child);
     } else if (name == "BoundingBox") {

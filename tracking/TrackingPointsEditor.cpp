@@ -115,7 +115,7 @@ void CTrackingPointsEditor::applyMarks(int in, int out) {
   } else if (in != markIn_ && !isFrameTracked(in)) {
     array_->MoveToFrame(in);
   }
-  if (out < 0 && in >= 0) array_->KeepOnlyFrame(in);
+  if (out < 0 && in >= 0) array_->KeepOnlyFrame(in);  // without mark IN there is no such frame
   markIn_ = in;
   markOut_ = out;
   marksChangedHook.notify();
@@ -186,10 +186,13 @@ void CTrackingPointsEditor::drawPoint(int index, const CTrackingPoints& points, 
                       showSearch ? array_->SearchBoxExtentLeft + halfWidth : 0,
                       showSearch ? array_->SearchBoxExtentUp + halfHeight : 0, point.highlight);
   host_->setDrawingColor(COLOR_ANCHOR);
-  const int type = array_->AnchorType(index);
+  // As AnchorType and AnchorIndex answer, but for a point that is known to exist: they would look
+  // through every frame for it, for every point that is drawn.
+  const CTrackAttribute& attribute = array_->attributes[index];
+  const int type = attribute.An;
   const bool anchored = type == ANCHOR_Horizontal || type == ANCHOR_Vertical || type == ANCHOR_Both;
-  if (!anchored || !points.IsValidPoint(array_->AnchorIndex(index))) return;
-  const CTrackPoint& anchor = points.Entries().at(array_->AnchorIndex(index));
+  if (!anchored || !points.IsValidPoint(attribute.AnIn)) return;
+  const CTrackPoint& anchor = points.Entries().at(attribute.AnIn);
   host_->drawArrow(anchor.x, anchor.y, point.x, point.y, arrowLength,
                    static_cast<int>(arrowLength * 1.5));
 }

@@ -15,7 +15,9 @@
 
 namespace {
 
-constexpr std::size_t kLargestText = std::size_t{256} << 20;
+// Far above any shot: two million points. A tree takes many times the memory of a text that opens
+// an element every four bytes.
+constexpr std::size_t kMostMemory = std::size_t{1} << 30;
 // Our own trees are five deep. Whatever walks a tree may then do so by recursion.
 constexpr int kDeepestElement = 100;
 constexpr int kNoEntry = -1;
@@ -91,13 +93,24 @@ bool isTooDeep(const pugi::xml_document& document) {
   return false;
 }
 
+/// What parsing takes at most: the text and the parser's copy of it, which may be twice as long in
+/// UTF-8, two nodes (the element and the text behind it) for each "<", one attribute for each "=".
+std::size_t memoryFor(const std::string& text) {
+  constexpr std::size_t node = 64;
+  constexpr std::size_t attribute = 40;
+  const auto count = [&text](char c) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), c));
+  };
+  return 3 * text.size() + 2 * node * count('<') + attribute * count('=');
+}
+
 /// Null, with the reason in `theError`, when the text is no single tree of bearable size.
 std::unique_ptr<pugi::xml_document> parsed(const std::string& text) {
   const auto refused = [](const std::string& reason) {
     theError.set(kNoEntry, "Not a process-list entry: " + reason);
     return nullptr;
   };
-  if (text.size() > kLargestText) return refused("larger than 256 megabytes");
+  if (memoryFor(text) > kMostMemory) return refused("it takes more than a gigabyte of memory");
   if (text.find('\0') != std::string::npos) return refused("it holds a zero byte");
   auto document = std::make_unique<pugi::xml_document>();
   // As a fragment, so that text and further trees beside the first are seen and refused. The

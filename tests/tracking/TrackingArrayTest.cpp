@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <random>
 
 namespace {
 
@@ -153,6 +154,59 @@ TEST(TrackingArray, CompactLeavesACompactArrayAsItIs) {
   const CTrackingArray before = array;
   EXPECT_EQ(array.Compact(), 2);
   EXPECT_EQ(array, before);
+}
+
+/// What Compact means: one point after the other takes the next index.
+int CompactPointByPoint(CTrackingArray& array) {
+  array.RemoveEmptyFrames();
+  if (array.frames.empty()) return 0;
+  const CTrackingPoints& first = array.frames.begin()->second;
+  int next = 0;
+  for (int index = first.FirstIndex(); index < first.EndIndex(); ++index) {
+    if (first.IsValidPoint(index)) array.RenumberPoint(index, next++);
+  }
+  return first.Count();
+}
+
+TEST(TrackingArray, CompactRenumbersAsPointByPoint) {
+  std::mt19937 random(5);
+  const auto below = [&random](int end) { return static_cast<int>(random() % end); };
+  for (int round = 0; round < 20000; ++round) {
+    CTrackingArray array;
+    array.SetTrackState(TRACK_STATE_Tracked);
+    for (int frame = below(4); frame > 0; --frame) {
+      CTrackingPoints& points = array.PointsAt(below(7));
+      for (int n = below(6); n > 0; --n) {
+        CTrackPoint& point = points.Point(below(8));
+        point = {below(100) + 0.5, 1.0, below(2) == 0};
+        point.valid = below(3) > 0;
+      }
+    }
+    for (int n = below(7); n > 0; --n) {
+      array.attributes[below(8)] = {below(9), below(2) == 0, 0,           0.5,
+                                    below(6), below(10) - 1, 1 + below(4)};
+    }
+    CTrackingArray expected = array;
+    ASSERT_EQ(array.Compact(), CompactPointByPoint(expected)) << round;
+    ASSERT_EQ(array, expected) << round;
+  }
+}
+
+TEST(TrackingArray, IndicesFarApartCostNothing) {
+  const int largest = 2147483646;
+  CTrackingArray array = Tracked(0, 1, {3, largest});
+  array.PointsAt(largest).Point(largest) = {1.0, 1.0};
+  array.attributes[largest].AnIn = 3;
+  EXPECT_EQ(array.Compact(), 2);
+  EXPECT_EQ(array.FrameCount(), 2) << "two thousand million frames between them stay out";
+  EXPECT_EQ(array.attributes[1].AnIn, 0);
+  EXPECT_EQ(array.Trajectory(1).EndIndex(), largest + 1);
+  array.RenumberPoint(1, largest);
+  array.SetTrackStatus(largest, TRACK_STATUS_Tracked);
+  EXPECT_EQ(array.TrackStatus(largest), TRACK_STATUS_Tracked);
+  array.DeletePoint(largest);
+  EXPECT_EQ(array.FrameCount(), 2);
+  EXPECT_FALSE(array.PointExists(largest));
 }
 
 TEST(TrackingArray, RenumberingOntoAPointReplacesIt) {

@@ -120,6 +120,28 @@ TEST(TrackingPDL, EntriesWithoutAUsableIndexAreLeftOut) {
   EXPECT_EQ(array.FindPoints(5).Count(), 0);
 }
 
+TEST(TrackingPDL, PointsAndFramesBeyondTheLimitsAreLeftOut) {
+  const CPDLEntry entry;
+  CPDLElement element = entry.FirstElement();
+  AddFrame(element, 1000, 99999);
+  AddFrame(element, 1001, 100000);
+  AddFrame(element, 1000999, 0);  // a million frames with this one
+  AddFrame(element, 1001000, 0);
+  AddFrame(element, 999, 0);
+  AddFrame(element, 2147483646, 0);
+  CPDLElement attributes = element.MakeNewChild("TAS");
+  attributes.MakeNewChild("TA").SetAttribInteger("TpNdx", 99999);
+  attributes.MakeNewChild("TA").SetAttribInteger("TpNdx", 100000);
+  CTrackingArray array;
+  array.ReadPDLEntry(element);
+  CTrackingArray expected;
+  expected.PointsAt(1000).Point(99999) = {0, 0};
+  expected.PointsAt(1001);
+  expected.PointsAt(1000999).Point(0) = {0, 0};
+  expected.attributes[99999];
+  EXPECT_EQ(array, expected);
+}
+
 TEST(TrackingPDL, ExtremeBoxesAreReadWithoutOverflow) {
   const CPDLEntry entry;
   CPDLElement element = entry.FirstElement().MakeNewChild("TrackingArray");

@@ -231,13 +231,10 @@ TEST_F(TrackingPointsEditor, ColourAndMarksOfTheDisplayedFrame) {
     host.displayedFrame = c.frame;
     array.SetTrackState(c.state);
     editor.setSuspended(c.suspended);
-    const Calls calls = Draw();
-    if (c.color < 0) {
-      EXPECT_EQ(calls, Calls{}) << c.name;
-    } else {
-      ASSERT_FALSE(calls.empty()) << c.name;
-      EXPECT_EQ(calls[0], "setDrawingColor " + std::to_string(c.color)) << c.name;
-    }
+    const std::string color = "setDrawingColor " + std::to_string(c.color);
+    const Calls drawn = {color, "drawTrackBox 10 5 -1 -1 0 0 0", "setDrawingColor 8",
+                         color, "drawTrackBox 20 5 -1 -1 0 0 0", "setDrawingColor 8"};
+    EXPECT_EQ(Draw(), c.color < 0 ? Calls{} : drawn) << c.name;
   }
 }
 
@@ -260,15 +257,89 @@ TEST_F(TrackingPointsEditor, BoxesAndAnchorArrows) {
     array.attributes[1].An = type;
     EXPECT_EQ(Draw().size(), 6u) << type;
   }
-  array.attributes[1].An = ANCHOR_Both;
-  EXPECT_EQ(Draw().back(), arrow);
+  for (const int type : {ANCHOR_Horizontal, ANCHOR_Vertical, ANCHOR_Both}) {
+    array.attributes[1].An = type;
+    EXPECT_EQ(Draw().back(), arrow) << type;
+  }
   array.PointsAt(100).Point(0).valid = false;
   EXPECT_EQ(Draw().size(), 3u) << "no arrow from a point that is not in the frame";
 }
 
-TEST_F(TrackingPointsEditor, NothingIsDrawnWithoutAClip) {
+TEST_F(TrackingPointsEditor, ArrowsJoinThePointsOfTheDisplayedFrame) {
+  array.PointsAt(110).Point(0) = {3, 4};
+  array.PointsAt(110).Point(1) = {50, 60};
+  array.attributes[1].An = ANCHOR_Both;
+  host.displayedFrame = 110;
+  struct SCase {
+    int anchor, width;
+    const char* last;
+  };
+  const SCase cases[] = {
+      {0, 1920, "drawArrow 3 4 50 60 32 48"}, {0, 1079, "drawArrow 3 4 50 60 17 25"},
+      {0, 59, "drawArrow 3 4 50 60 0 0"},     {1, 1920, "drawArrow 50 60 50 60 32 48"},
+      {-1, 1920, "setDrawingColor 8"},        {7, 1920, "setDrawingColor 8"},
+  };
+  for (const SCase& c : cases) {
+    host.imageFormat = CImageFormat(c.width, 48);
+    array.attributes[1].AnIn = c.anchor;
+    EXPECT_EQ(Draw().back(), c.last) << c.anchor << " " << c.width;
+  }
+}
+
+TEST_F(TrackingPointsEditor, OnlyTheSelectedHighlightedPointShowsItsSearchBox) {
+  array.SetBoxExtents(10, 11, 20, 99, 22, 99);
+  for (const int selected : {-1, 0, 1}) {
+    for (const bool highlight : {false, true}) {
+      editor.selectedPoint = selected;
+      array.PointsAt(100).Point(1).highlight = highlight;
+      const Calls calls = Draw();
+      ASSERT_EQ(calls.size(), 6u);
+      EXPECT_EQ(calls[1], "drawTrackBox 10 5 10 11 0 0 0");
+      const std::string search = selected == 1 && highlight ? "30 33 " : "0 0 ";
+      EXPECT_EQ(calls[4], "drawTrackBox 20 5 10 11 " + search + (highlight ? "1" : "0"));
+    }
+  }
+}
+
+TEST_F(TrackingPointsEditor, NothingIsDrawnWithoutWhatItTakes) {
+  ASSERT_FALSE(Draw().empty());
   host.clipOpen = false;
-  EXPECT_EQ(Draw(), Calls{});
+  EXPECT_EQ(Draw(), Calls{}) << "no image format";
+  host.clipOpen = true;
+  array.PointsAt(90).Point(0);
+  host.displayedFrame = 90;
+  editor.setSuspended(true);
+  EXPECT_EQ(Draw(), Calls{}) << "a frame without a valid point";
+  host.displayedFrame = 100;
+  array.Clear();
+  EXPECT_EQ(Draw(), Calls{}) << "no points";
+  Track(100, 101, 1);
+  EXPECT_EQ(Draw().size(), 3u);
+  editor.setTrackingArray(nullptr, true);
+  EXPECT_EQ(Draw(), Calls{}) << "no array";
+}
+
+TEST_F(TrackingPointsEditor, ANewHostIsDrawnTo) {
+  CRecordingHost other;
+  other.markIn = 100;
+  other.markOut = 141;
+  other.displayedFrame = 140;
+  editor.setSystemAPI(&other);
+  EXPECT_EQ(other.calls.count("drawTrackBox"), 2);
+  EXPECT_EQ(editor.markIn(), -1);
+}
+
+TEST_F(TrackingPointsEditor, DrawingEvaluatesAStatusOnce) {
+  Draw();  // gives the points their attributes
+  Draw();
+  EXPECT_EQ(array.TrackStatus(0), TRACK_STATUS_Tracked);
+  array.SetTrackState(TRACK_STATE_Untracked);
+  Draw();
+  EXPECT_EQ(array.TrackStatus(0), TRACK_STATUS_Tracked);
+  array.attributes[0] = {};
+  Draw();
+  EXPECT_EQ(array.TrackStatus(0), TRACK_STATUS_NeedsRetrack);
+  EXPECT_EQ(array.TrackStatus(1), TRACK_STATUS_Tracked);
 }
 
 TEST_F(TrackingPointsEditor, RefreshDeselectsWhenTheLastPointIsGone) {

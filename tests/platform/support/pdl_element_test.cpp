@@ -137,6 +137,34 @@ TEST(CPDLEntry, TextsThatAreNoSingleTreeAreRefusedWithAReason) {
   EXPECT_EQ(harmless->FirstElement().GetAttribString("v", ""), "&z;") << "nothing is expanded";
 }
 
+TEST(CPDLEntry, EntitiesOfTheDocumentsOwnAreNotExpanded) {
+  std::string laughs = "<!DOCTYPE a [<!ENTITY e0 \"haha\">";
+  for (int i = 1; i < 40; ++i) {
+    const std::string name = "e" + std::to_string(i);
+    const std::string inner = "&e" + std::to_string(i - 1) + ";";
+    laughs += "<!ENTITY " + name + " \"";
+    for (int n = 0; n < 10; ++n) laughs += inner;
+    laughs += "\">";
+  }
+  laughs += "]><a v='&e39;'><b>&e39;</b></a>";
+  const auto entry = CPDLEntry::FromText(laughs);
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(entry->FirstElement().GetAttribString("v", ""), "&e39;");
+  EXPECT_LT(entry->ToText().size(), 100u);
+}
+
+// Small pieces make a tree many times the size of its text; such a text is not even parsed.
+TEST(CPDLEntry, TextsOfTooManyPiecesAreRefused) {
+  for (const std::string piece : {"<b/>", "<b/>x", "<b a=''/>"}) {
+    std::string text = "<a>";
+    while (text.size() < (std::size_t{64} << 20)) text += piece;
+    theError.clear();
+    EXPECT_EQ(CPDLEntry::FromText(text + "</a>"), nullptr);
+    EXPECT_NE(theError.getMessage().find("gigabyte"), std::string::npos);
+  }
+  theError.clear();
+}
+
 TEST(CPDLEntry, AnyTextIsEitherRefusedOrStaysTheSame) {
   std::mt19937 random(11);
   const std::string pieces[] = {"<a>",       "</a>", "<b v='1'/>", "<",      ">",      "/",

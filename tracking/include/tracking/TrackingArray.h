@@ -59,7 +59,8 @@ class CTrackingPoints {
 
   /// Appends a child "TPS" with every entry, valid or not.
   void WritePDLEntry(CPDLElement parent, int frame) const;
-  /// Returns the element's frame index, -1 when it has none. Points without an index are left out.
+  /// Returns the element's frame index, -1 when it has none. Points without an index, or beyond
+  /// LARGEST_POINT_INDEX, are left out.
   int ReadPDLEntry(const CPDLElement& element);
 
  private:
@@ -179,13 +180,14 @@ class CTrackingArray {
   /// Frames, attributes and state; matting and extents stay.
   void Clear();
   /// Points anchored to it lose their anchor (and keep its index). Frames missing between first and
-  /// last are there, empty, afterwards.
+  /// last are there, empty, afterwards - unless those are more than LARGEST_FRAME_SPAN apart.
   void DeletePoint(int point);
   /// Moves a point with its attributes, and the anchors that refer to it, to another index; whoever
   /// had that index is deleted.
   void RenumberPoint(int from, int to);
   /// Drops empty frames and renumbers the points 0, 1, 2, ... in the order of the first frame's
-  /// valid ones; the number of entries of the first frame then, 0 when no frame is left.
+  /// valid ones, as RenumberPoint does it, in one pass; the number of entries of the first frame
+  /// then, 0 when no frame is left.
   int Compact();
   /// Inserts the frame when it is absent. The attributes stay.
   void KeepOnlyFrame(int frame);
@@ -196,9 +198,11 @@ class CTrackingArray {
 
   /// Appends a child "TrackingArray". Neither `useMatting` nor `trackState` is stored.
   void WritePDLEntry(CPDLElement parent) const;
-  /// Reads a "TrackingArray" element into this array, which the caller has made afresh.
+  /// Reads a "TrackingArray" element into this array, which the caller has made afresh. A frame
+  /// that would exceed LARGEST_FRAME_SPAN or LARGEST_POINT_TOTAL is left out.
   void ReadPDLEntry(const CPDLElement& element);
 
  private:
   void InsertMissingFrames();
+  void ReadFrame(const CPDLElement& element, int& total);
 };

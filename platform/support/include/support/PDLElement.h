@@ -65,7 +65,7 @@ class CPDLEntry {
   CPDLElement FirstElement() const;
 
   /// XML text; `FromText` gives null and sets `theError` for a text that is not one element tree,
-  /// is larger than 256 megabytes or nests more than 100 elements.
+  /// nests more than 100 elements, or would take more than a gigabyte of memory, itself included.
   std::string ToText() const;
   static std::unique_ptr<CPDLEntry> FromText(const std::string& text);
 
