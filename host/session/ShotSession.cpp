@@ -242,9 +242,7 @@ void CShotSession::finishTracking() {
 /// selects one; a point on a moving subject would be the wrong one.
 void CShotSession::selectTypicalPoint() {
   if (!settings_.batch) return;
-  const CImageFormat& format = info().format;
-  const SPoint2 centre{(format.getPixelsPerLine() - 1) * 0.5,
-                       (format.getLinesPerFrame() - 1) * 0.5};
+  const SPoint2 centre = CentreOf(info().format);
   const CTrackingArray& array = *editor_->trackingArray();
   editor_->selectedPoint = MostTypicalPoint(array, FitMotion(array, centre), centre);
 }

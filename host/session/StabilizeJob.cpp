@@ -10,14 +10,6 @@
 #include "support/ErrorReport.h"
 #include "support/Files.h"
 
-namespace {
-
-SPoint2 centreOf(const CImageFormat& format) {
-  return {(format.getPixelsPerLine() - 1) * 0.5, (format.getLinesPerFrame() - 1) * 0.5};
-}
-
-}  // namespace
-
 CStabilizeJob::CStabilizeJob(const SStabilizeOptions& options, const SJobObserver& observer)
     : options_(options), observer_(observer) {}
 
@@ -60,17 +52,17 @@ void CStabilizeJob::render() {
 
 void CStabilizeJob::collectMotion() {
   const CTrackingPointsEditor& editor = *shot_->session().editor();
-  const SPoint2 centre = centreOf(result_.clip.format);
+  const SPoint2 centre = CentreOf(result_.clip.format);
   if (!editor.originalMotion() || !editor.smoothedMotion()) return;
   result_.measured = MotionOfTriangles(*editor.originalMotion(), centre);
   result_.intended = MotionOfTriangles(*editor.smoothedMotion(), centre);
   if (options_.stabilize != EStabilize::rotation)
     keepRotation(FitMotion(*editor.trackingArray(), centre));
-  const CTrackingPoints& from = editor.originalMotion()->frames.at(*options_.in);
-  const CTrackingPoints& to = editor.smoothedMotion()->frames.at(*options_.in);
-  for (const auto& [index, point] : editor.trackingArray()->FindPoints(*options_.in).Entries())
-    result_.outputPoints.push_back(MovedPoint({point.x, point.y}, from, to));
-  applyZoom(editor.zoomSource());
+  const SZoom zoom{editor.zoomSource(), result_.region};
+  result_.moves = PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(),
+                               MoveSettingsOf(shot_->capture()), zoom);
+  result_.points = *editor.trackingArray();
+  result_.zoom = zoom.factor();
 }
 
 /// The tool does not measure a rotation that it leaves alone; the picture keeps it as it was shot.
@@ -78,16 +70,6 @@ void CStabilizeJob::keepRotation(const std::vector<SFrameMotion>& asShot) {
   const std::size_t count = std::min(asShot.size(), result_.measured.size());
   for (std::size_t i = 0; i < count; ++i)
     result_.measured[i].angle = result_.intended[i].angle = asShot[i].angle;
-}
-
-void CStabilizeJob::applyZoom(const SRectD& source) {
-  if (source == SRectD{}) return;
-  const SRect& region = result_.region;
-  result_.zoom = (region.right - region.left + 1) / (source.right - source.left);
-  // Pixel i covers [i, i + 1): rectangles speak of edges, points of centres.
-  for (SPoint2& point : result_.outputPoints)
-    point = {region.left + (point.x + 0.5 - source.left) * result_.zoom - 0.5,
-             region.top + (point.y + 0.5 - source.top) * result_.zoom - 0.5};
 }
 
 void CStabilizeJob::verify() {
