@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "SettingText.h"
+
 namespace {
 
 using P = CStabilizerParameters;
@@ -96,6 +98,32 @@ bool CStabilizerParameters::WriteParameters(CIniFile& ini, const std::string& se
   }
   for (const auto& field : kSwitches) ini.WriteBool(section, field.key, this->*field.member);
   return true;
+}
+
+std::vector<std::string> CStabilizerParameters::Keys() {
+  std::vector<std::string> keys;
+  for (const auto& field : kIntegers) keys.emplace_back(field.key);
+  for (const auto& field : kDoubles) keys.emplace_back(field.key);
+  for (const auto& field : kNamed) keys.emplace_back(field.key);
+  for (const auto& field : kSwitches) keys.emplace_back(field.key);
+  return keys;
+}
+
+bool CStabilizerParameters::SetFromText(const std::string& key, const std::string& text) {
+  const CSettingText given(text);
+  for (const auto& field : kIntegers) {
+    if (key == field.key) return given.read(this->*field.member);
+  }
+  for (const auto& field : kDoubles) {
+    if (key == field.key) return given.read(this->*field.member);
+  }
+  for (const auto& field : kNamed) {
+    if (key == field.key) return given.read(field.names(), this->*field.member);
+  }
+  for (const auto& field : kSwitches) {
+    if (key == field.key) return given.read(this->*field.member);
+  }
+  return false;
 }
 
 void CStabilizerParameters::ReadPDLEntry(const CPDLElement& element) {

@@ -142,13 +142,7 @@ void CStabilizerTool::startSmoothing() {
 
 void CStabilizerTool::onSmoothingCompleted() {
   refreshExecutionButtons();
-  if (smoothedPathStale_) {
-    // Whatever is pending wants the path of the settings as they are now.
-    discardSmoothedPath();
-    if (pendingRequest_ == RUN_SMOOTHING_REQUESTED) forgetPendingRequest();
-    runState_ = RUN_SMOOTHING_REQUESTED;
-    return;
-  }
+  if (smoothedPathStale_) return onStalePathCompleted();
   editor_.setMotionArrays(&syntheticOriginal_, &syntheticSmoothed_);
   runState_ = pendingRequest_;
   if (pendingRequest_ == RUN_IDLE) {
@@ -156,6 +150,22 @@ void CStabilizerTool::onSmoothingCompleted() {
     getProgressMonitor()->SetStatusMessage("Tracking Complete");
   }
   pendingRequest_ = RUN_IDLE;
+}
+
+// Whatever is pending wants the path of the settings and points as they are now. Points that were
+// loaded meanwhile may have to be tracked first.
+void CStabilizerTool::onStalePathCompleted() {
+  discardSmoothedPath();
+  if (pendingRequest_ == RUN_SMOOTHING_REQUESTED) forgetPendingRequest();
+  if (isTracked()) {
+    runState_ = RUN_SMOOTHING_REQUESTED;
+  } else if (pendingRequest_ == RUN_RENDER_REQUESTED) {
+    runState_ = RUN_TRACKING_REQUESTED;
+  } else {
+    runState_ = pendingRequest_;
+    pendingRequest_ = RUN_IDLE;
+    refreshExecutionButtons();
+  }
 }
 
 void CStabilizerTool::startRequestedPass() {
@@ -198,15 +208,31 @@ bool CStabilizerTool::evaluateRetracking() {
 }
 
 int CStabilizerTool::startProcessing(int command, bool flag) {
-  if (getSystemAPI()->isBatchRun() && evaluateRetracking() && !deferredRender_) {
-    deferredRender_ = true;
-    pendingRequest_ = RUN_RENDER_REQUESTED;
-    pendingArgument_ = command;
-    runState_ = RUN_TRACKING_REQUESTED;
-    return 0;
+  if (getSystemAPI()->isBatchRun()) {
+    const bool retrack = evaluateRetracking();
+    if (!deferredRender_ && (retrack || lacksPath())) {
+      deferPass(command, retrack);
+      return 0;
+    }
   }
   deferredRender_ = false;
   return CToolObject::startProcessing(command, flag);
+}
+
+// Points that were loaded tracked are rendered by the path that is made of them, never by none.
+bool CStabilizerTool::lacksPath() {
+  return !isSmoothed() && (runState_ == RUN_SMOOTHING || !areArraysInUse());
+}
+
+void CStabilizerTool::deferPass(int event, bool retrack) {
+  deferredRender_ = true;
+  pendingRequest_ = RUN_RENDER_REQUESTED;
+  pendingArgument_ = event;
+  if (retrack) {
+    runState_ = RUN_TRACKING_REQUESTED;
+  } else if (runState_ != RUN_SMOOTHING && runState_ != RUN_SMOOTHED) {
+    runState_ = RUN_SMOOTHING_REQUESTED;
+  }
 }
 
 int CStabilizerTool::getToolProcessingState() {

@@ -27,7 +27,7 @@ CStabilizerTool::CStabilizerTool(const std::string& toolName, WindowFactory make
 
 CStabilizerTool::~CStabilizerTool() {
   BThreadWaitForAll();
-  window_.reset();
+  destroyWindow();
 }
 
 int CStabilizerTool::toolInitialize(CNavSystemInterface* systemInterface) {
@@ -121,8 +121,15 @@ int CStabilizerTool::toolDeactivate() {
 int CStabilizerTool::toolShutdown() {
   getSystemAPI()->prepareForToolCall();
   smoothingEnded_.Wait();  // the run reads the window's settings and reports to its monitor
-  window_.reset();
+  destroyWindow();
   return 0;
+}
+
+// Until it is gone it is the tool's window: it saves settings and points on its way out, and what
+// is saved asks for it. A reset of the pointer would take it away first.
+void CStabilizerTool::destroyWindow() {
+  delete window_.get();
+  static_cast<void>(window_.release());
 }
 
 bool CStabilizerTool::isToolShowing() {

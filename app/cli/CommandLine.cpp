@@ -11,6 +11,7 @@ bool ParseCommandLine(int argc, char** argv, SProgram& program, int& status) {
   AddInfoCommand(app, program);
   AddTestShotCommand(app, program);
   AddResidualCommand(app, program);
+  AddPreferencesCommand(app, program);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

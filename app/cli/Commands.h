@@ -15,6 +15,7 @@ void AddStabilizeCommand(CLI::App& app, SProgram& program);
 void AddInfoCommand(CLI::App& app, SProgram& program);
 void AddTestShotCommand(CLI::App& app, SProgram& program);
 void AddResidualCommand(CLI::App& app, SProgram& program);
+void AddPreferencesCommand(CLI::App& app, SProgram& program);
 
 /// -q for a command that has progress to show.
 void AddQuietFlag(CLI::App& command, SProgram& program);

@@ -83,6 +83,16 @@ std::string linkTarget(const std::string& path) {
   return none ? path : target.string();
 }
 
+/// An errno when there is something at `target` that must not be replaced, else 0. Renaming would
+/// take away a device or a pipe, and does not ask whether a file is write-protected.
+int whyNotReplaceable(const std::string& target) {
+  struct stat status {};
+  if (::stat(target.c_str(), &status) != 0) return errno == ENOENT ? 0 : errno;
+  if (S_ISDIR(status.st_mode)) return EISDIR;
+  if (!S_ISREG(status.st_mode)) return EINVAL;
+  return ::access(target.c_str(), W_OK) == 0 ? 0 : errno;
+}
+
 /// Makes the new directory entry durable. Some file systems cannot; the file itself is whole then.
 void syncFolder(const std::string& folder) {
   const CDescriptor directory(
@@ -136,29 +146,51 @@ bool ReadFileWhole(const std::string& path, std::string& text, std::size_t limit
   const CDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
   if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return failed("read", path, errno);
+  if (S_ISDIR(status.st_mode)) return failed("read", path, EISDIR);
   if (!S_ISREG(status.st_mode)) return failed("read", path, EINVAL);
+  if (std::cmp_greater(status.st_size, limit)) return failed("read", path, EFBIG);
   std::string whole;
   if (!readAll(file.get(), whole, limit)) return failed("read", path, errno);
   text.swap(whole);
   return true;
 }
 
-bool WriteFileWhole(const std::string& path, std::string_view text) {
-  const std::string target = linkTarget(path);
-  const std::string folder = GetFilePath(target);
-  std::string temporary;
-  CDescriptor file(openTemporary(folder, temporary));
-  if (!file.isOpen()) return failed("write", path, errno);
+CFileReplacement::CFileReplacement(std::string path)
+    : path_(std::move(path)), target_(linkTarget(path_)) {
+  if (const int cause = whyNotReplaceable(target_); cause != 0) {
+    failed("write", path_, cause);
+    return;
+  }
+  descriptor_ = openTemporary(GetFilePath(target_), temporary_);
+  if (!isOpen()) failed("write", path_, errno);
+}
 
+CFileReplacement::~CFileReplacement() {
+  if (!isOpen()) return;
+  (void)close();
+  (void)::unlink(temporary_.c_str());
+}
+
+bool CFileReplacement::close() {
+  return ::close(std::exchange(descriptor_, -1)) == 0;
+}
+
+bool CFileReplacement::commit(std::string_view text) {
   struct stat old {};
-  if (::stat(target.c_str(), &old) == 0) (void)::fchmod(file.get(), old.st_mode & 07777);
-  const bool whole = writeAll(file.get(), text) && ::fsync(file.get()) == 0 && file.close() &&
-                     ::rename(temporary.c_str(), target.c_str()) == 0;
+  if (::stat(target_.c_str(), &old) == 0) (void)::fchmod(descriptor_, old.st_mode & 07777);
+  const bool whole = writeAll(descriptor_, text) && ::fsync(descriptor_) == 0 && close() &&
+                     ::rename(temporary_.c_str(), target_.c_str()) == 0;
   if (!whole) {
     const int cause = errno;
-    (void)::unlink(temporary.c_str());
-    return failed("write", path, cause);
+    if (isOpen()) (void)close();
+    (void)::unlink(temporary_.c_str());
+    return failed("write", path_, cause);
   }
-  syncFolder(folder);
+  syncFolder(GetFilePath(target_));
   return true;
+}
+
+bool WriteFileWhole(const std::string& path, std::string_view text) {
+  CFileReplacement file(path);
+  return file.isOpen() && file.commit(text);
 }

@@ -143,6 +143,7 @@ TEST(EntryPoints, ALibraryThatIsShutDownAmidSmoothingUnloads) {
   for (int round = 0; round < 10; ++round) {
     CRecordingHost host;
     host.clip.clipPath = testing::TempDir() + "stab_plugin_shot.mov";
+    host.folderText = "/nowhere/shot";  // no place for the points that are saved on the way out
     host.markIn = 0;
     host.markOut = 200;
     CPluginFile plugin;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <filesystem>
 #include <string>
@@ -13,6 +14,29 @@
 #include "tool/ParameterWindow.h"
 #include "tool/StabilizerTool.h"
 #include "toolkit/Application.h"
+
+/// A settings folder for the time of a test, so that none reads what another one, or a person, has
+/// left. Made before the tool, which keeps the name of its settings file, and gone after it.
+class CSettingsFolder {
+ public:
+  CSettingsFolder() {
+    std::string name = testing::TempDir() + "stab_settings_XXXXXX";
+    path_ = mkdtemp(name.data());
+    if (const char* set = getenv(VARIABLE)) before_ = set;
+    setenv(VARIABLE, path_.c_str(), 1);
+  }
+  ~CSettingsFolder() {
+    before_.empty() ? unsetenv(VARIABLE) : setenv(VARIABLE, before_.c_str(), 1);
+    std::filesystem::remove_all(path_);
+  }
+  CSettingsFolder(const CSettingsFolder&) = delete;
+  CSettingsFolder& operator=(const CSettingsFolder&) = delete;
+
+ private:
+  static constexpr const char* VARIABLE = "XDG_CONFIG_HOME";
+  std::string path_;
+  std::string before_;
+};
 
 /// An application whose operator answers as the test says.
 class CScriptedApplication : public TApplication {
@@ -144,6 +168,7 @@ class ToolTest : public testing::Test {
     return std::make_unique<CRecordingWindow>(owner);
   }
 
+  CSettingsFolder settingsFolder;
   CRecordingHost host;
   CScriptedApplication application;
   std::vector<std::string> errors;  ///< "operation code text"

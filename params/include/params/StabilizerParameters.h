@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "support/IniFile.h"
 #include "support/PDLElement.h"
@@ -50,6 +51,11 @@ class CStabilizerParameters {
 
   bool ReadParameters(const CIniFile& ini, const std::string& section);
   bool WriteParameters(CIniFile& ini, const std::string& section) const;
+  /// Every key, in the order of the record.
+  static std::vector<std::string> Keys();
+  /// Takes a value as a person writes it. False, and nothing changed, when there is no such key or
+  /// the text is no value of it.
+  bool SetFromText(const std::string& key, const std::string& text);
   void ReadPDLEntry(const CPDLElement& element);
   /// Appends a child "StabilizerParameters".
   void WritePDLEntry(CPDLElement parent) const;

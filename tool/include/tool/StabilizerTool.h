@@ -86,7 +86,8 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   void request(int number);
   int onHeartbeat() override;
   void StartTracking();
-  /// In a batch run a pass whose tracking is not current is kept until it has been tracked.
+  /// In a batch run a pass whose tracking or path is not current is kept until it has been tracked
+  /// and smoothed.
   int startProcessing(int command, bool flag) override;
   /// 3 (running) while tracking, smoothing or rendering is under way.
   int getToolProcessingState() override;
@@ -128,7 +129,16 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   /// ... and its smoothed path is valid.
   bool isSmoothed() { return isTracked() && smoothed_; }
 
-  // Points files (PointsFile.cpp).
+  // Points files (PointsFile.cpp). What fails, and why, is told to the trace.
+  /// Writes the live points, matting box and matting switch; an old file is replaced whole.
+  bool SaveTrackingPoints(const std::string& path);
+  /// The file's points become the live ones. With `setMarks` the marks are moved to their frames;
+  /// where the host takes them, tracked points stay tracked and are smoothed. Else only the points
+  /// of the file's first frame are taken, to mark IN, to be tracked anew. Refused while a tracking
+  /// pass is under way, and for files above 256 megabytes. On false nothing has changed.
+  bool LoadTrackingPoints(const std::string& path, bool setMarks);
+  /// "stab_" and the timecode of mark IN.
+  std::string SuggestedPointsFileName();
   void SavePointsWithDialog();
   void LoadPointsWithDialog(bool setMarks);
 
@@ -203,6 +213,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
 
   void refreshExecutionButtons();
   void updateWindow();
+  void destroyWindow();
   void releaseToolSetups(bool keepRunning);
 
   // Actions of commands. REQUIRES: a window.
@@ -222,8 +233,11 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   void forgetPendingRequest();
   void startSmoothing();
   void onSmoothingCompleted();
+  void onStalePathCompleted();
   void startRequestedPass();
   void onPassEnded();
+  bool lacksPath();
+  void deferPass(int event, bool retrack);
   void doPostponedClear();
   bool areArraysInUse();
 
@@ -237,6 +251,13 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   int performShotEvent(int event, const CAutotoolStatus& status, int frame, int& newState);
   int startPass(int event, const CAutotoolStatus& status, int frame, int& newState);
   void onRunStopped();
+
+  bool isTrackingPassUnderWay() const;
+  /// False: the host or the operator refused, and the marks are where they were.
+  bool takeMarksOf(const CTrackingArray& points);
+  void placeAtMarkIn(CTrackingArray& points);
+  void installPoints(const CTrackingArray& points, bool tracked);
+  void onTrackedPointsLoaded();
 
   bool isTrackingWorthProtecting();
   bool mayMoveMarkIn();
