@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "session/PointFinder.h"
+#include "session/PointsSource.h"
 #include "support/Threads.h"
 
 namespace {
@@ -36,6 +37,10 @@ std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
   SetAvailableProcessorCoreCount(options.threads);  // 0: what the machine has
   options.threads = AvailableProcessorCoreCount();
   std::unique_ptr<IClipReader> reader = OpenClip(options.input, options.threads);
+  if (!options.pointsFile.empty()) {
+    options.filePoints = ReadPointsFile(options, reader->info().format);
+    TakeMarksOfPoints(options, reader->info());
+  }
   CheckAndComplete(options, reader->info());
   return reader;
 }
@@ -49,6 +54,10 @@ SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeO
   CPDLEntry entry = MakeEntry(options);
   shot.tool->apply(entry);
   shot.region = options.matting == EMatting::off ? wholePicture : shot.tool->points().MattingBox();
+  if (options.filePoints) {
+    LoadPoints(shot, options, observer);
+    return shot;
+  }
   shot.tool->session().setTrackingRegion(shot.region);
   shot.features = options.points.empty()
                       ? foundPoints(shot.tool->session().reader(), options, shot.region, observer)

@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "clip/ClipWriter.h"
+#include "session/MotionExport.h"
 #include "session/MotionGraph.h"
+#include "session/PointsOutput.h"
 #include "session/PreparedShot.h"
 #include "session/ShotReport.h"
 #include "support/ErrorReport.h"
@@ -17,6 +19,7 @@ CStabilizeJob::~CStabilizeJob() = default;
 
 SStabilizeResult CStabilizeJob::run() {
   openShot();
+  if (!options_.savePoints.empty()) savePoints();
   render();
   collectMotion();
   shot_.reset();
@@ -30,6 +33,9 @@ void CStabilizeJob::openShot() {
   CheckOutput(options_.output, reader->info(), *options_.in, *options_.out, options_.overwrite);
   if (!options_.compare.empty())
     CheckOutput(options_.compare, reader->info(), *options_.in, *options_.out, options_.overwrite);
+  CheckPointsOutput(options_);
+  for (const std::string& extra : {options_.report, options_.graph, options_.exportMotion})
+    CheckWritable(extra);
   result_.clip = reader->info();
   result_.options = options_;
   SPreparedShot prepared = PrepareShot(std::move(reader), options_, observer_);
@@ -37,17 +43,25 @@ void CStabilizeJob::openShot() {
   result_.pluginVersion = shot_->pluginVersion();
   result_.region = prepared.region;
   result_.features = std::move(prepared.features);
+  tracked_ = prepared.tracked;
+}
+
+/// Before the render, so that nothing that ends it costs the points.
+void CStabilizeJob::savePoints() {
+  if (!tracked_) shot_->command(TOOL_TRACK);
+  SavePoints(*shot_, options_);
 }
 
 void CStabilizeJob::render() {
   const std::unique_ptr<IClipWriter> writer =
       CreateClip(options_.output, shot_->session().reader(), *options_.in, *options_.out,
                  {options_.overwrite, options_.threads});
+  const double trackedBefore = shot_->session().tracking().seconds;
   CHRTimer timer;
   result_.framesWritten = shot_->render(*writer);
   result_.tracking = shot_->session().tracking();
   result_.trackSeconds = result_.tracking.seconds;
-  result_.renderSeconds = timer.Read() * 0.001 - result_.trackSeconds;
+  result_.renderSeconds = timer.Read() * 0.001 - (result_.trackSeconds - trackedBefore);
 }
 
 void CStabilizeJob::collectMotion() {
@@ -90,6 +104,9 @@ void CStabilizeJob::writeExtras() {
       curves.push_back({"output, measured again", "#20663f", 1.5, result_.verification->motion});
     write(options_.graph, MotionGraphAsSvg(options_.input, curves));
   }
+  write(options_.exportMotion, options_.exportMotion.empty()
+                                   ? std::string()
+                                   : MotionAsText(result_, options_.exportMotion));
   write(options_.report, options_.report.empty() ? std::string() : ReportAsJson(result_));
   if (options_.compare.empty()) return;
   observer_.note("writing " + options_.compare);

@@ -114,8 +114,12 @@ class MotionExport : public Moves {
     for (std::size_t at = 0; at < csv.size();) {
       const std::size_t end = csv.find("\r\n", at);
       std::vector<std::string> fields(1);
-      for (char c : csv.substr(at, end - at))
-        c == ',' ? fields.emplace_back() : (void)fields.back().push_back(c);
+      for (const char c : csv.substr(at, end - at)) {
+        if (c == ',')
+          fields.emplace_back();
+        else
+          fields.back().push_back(c);
+      }
       at = end + 2;
       if (names.empty()) {
         names = fields;
@@ -164,10 +168,8 @@ TEST_F(MotionExport, JsonHoldsTheSameNumbers) {
       ASSERT_LT(at, rows.size());
       auto& row = rows[at++];
       EXPECT_EQ(frame["frame"], row["frame"]);
-      EXPECT_EQ(frame["matrix"][0],
-                (std::array<double, 3>{row["m11"], row["m12"], row["m13"]}));
-      EXPECT_EQ(frame["matrix"][1],
-                (std::array<double, 3>{row["m21"], row["m22"], row["m23"]}));
+      EXPECT_EQ(frame["matrix"][0], (std::array<double, 3>{row["m11"], row["m12"], row["m13"]}));
+      EXPECT_EQ(frame["matrix"][1], (std::array<double, 3>{row["m21"], row["m22"], row["m23"]}));
       EXPECT_EQ(frame["measured"]["angle"], row["measured_angle"]);
       EXPECT_EQ(frame["applied"]["dy"], row["applied_dy"]);
       EXPECT_EQ(point["point"], row["point"]);

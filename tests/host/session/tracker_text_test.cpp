@@ -86,7 +86,11 @@ const SBadText BAD_TEXTS[] = {
     {"DecimalComma", "1 2,5 3", "line 1: \"2,5\" is no number"},
     {"FrameTwice", "1 2 3\n# again\n1 2 3", "line 3: frame 1 comes twice in point 0"},
     {"FramesTooFarApart", "1 2 3\n2000000 2 3", "line 2: frame 2000000 lies too far"},
-    {"Binary", std::string("\x7f" "ELF\x00\x01\xff\xfe\n", 9), "line 1: wants \"frame x y\", not \"?ELF?"},
+    {"Binary",
+     std::string("\x7f"
+                 "ELF\x00\x01\xff\xfe\n",
+                 9),
+     "line 1: wants \"frame x y\", not \"?ELF?"},
     {"OneLongLine", std::string(100000, 'x'), "xxx...\""},
 };
 

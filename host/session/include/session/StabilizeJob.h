@@ -58,6 +58,7 @@ class CStabilizeJob {
 
  private:
   void openShot();
+  void savePoints();
   void render();
   void collectMotion();
   void keepRotation(const std::vector<SFrameMotion>& asShot);
@@ -68,6 +69,7 @@ class CStabilizeJob {
   const SJobObserver observer_;
   SStabilizeResult result_;
   std::unique_ptr<CToolOnShot> shot_;
+  bool tracked_ = false;
 };
 
 /// Measures how steady the frames [first, end) of a finished clip are against the intended path.
