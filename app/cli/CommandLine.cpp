@@ -8,6 +8,7 @@ bool ParseCommandLine(int argc, char** argv, SProgram& program, int& status) {
       "  stabilize INPUT -o OUTPUT [OPTIONS]",
       "stabilize"};
   AddStabilizeCommand(app, program);
+  AddPointsCommand(app, program);
   AddInfoCommand(app, program);
   AddTestShotCommand(app, program);
   AddResidualCommand(app, program);

@@ -12,6 +12,7 @@
 
 /// The program without a command's name: stabilises a shot.
 void AddStabilizeCommand(CLI::App& app, SProgram& program);
+void AddPointsCommand(CLI::App& app, SProgram& program);
 void AddInfoCommand(CLI::App& app, SProgram& program);
 void AddTestShotCommand(CLI::App& app, SProgram& program);
 void AddResidualCommand(CLI::App& app, SProgram& program);

@@ -35,6 +35,8 @@ const std::map<std::string, EFill> FILL_NAMES = {{"white", EFill::white},
                                                  {"black", EFill::black},
                                                  {"previous", EFill::previous},
                                                  {"zoom", EFill::zoom}};
+const std::map<std::string, ETrackerOrigin> ORIGIN_NAMES = {
+    {"top-left", ETrackerOrigin::topLeft}, {"bottom-left", ETrackerOrigin::bottomLeft}};
 const std::map<std::string, EWarp> WARP_NAMES = {{"euclidean", EWarp::euclidean},
                                                  {"logarithmic", EWarp::logarithmic},
                                                  {"thin-plate", EWarp::thinPlate},
@@ -62,6 +64,7 @@ void addPoint(SStabilizeOptions& options, const std::string& text) {
 
 void setMatting(SStabilizeOptions& options, const std::string& text) {
   double values[4];
+  options.mattingGiven = true;
   if (text == "auto") {
     options.matting = EMatting::automatic;
   } else if (text == "off") {
@@ -98,16 +101,30 @@ void AddPointOptions(CLI::App& command, SStabilizeOptions& options) {
       ->type_name("FRAME");
   command.add_option("--out", options.out, "One past the last frame, absolute [the clip's end]")
       ->type_name("FRAME");
-  command.add_option("--auto", options.autoPoints, "How many points to find [16]")->type_name("N");
+  CLI::Option* automatic =
+      command.add_option("--auto", options.autoPoints, "How many points to find [16]")
+          ->type_name("N");
+  CLI::Option* point =
+      command
+          .add_option_function<std::vector<std::string>>(
+              "--point",
+              [&options](const std::vector<std::string>& texts) {
+                for (const std::string& text : texts) addPoint(options, text);
+              },
+              "A point to track in the IN frame, in pixels; may be repeated; replaces --auto")
+          ->type_name("X,Y")
+          ->allow_extra_args(false);
   command
-      .add_option_function<std::vector<std::string>>(
-          "--point",
-          [&options](const std::vector<std::string>& texts) {
-            for (const std::string& text : texts) addPoint(options, text);
-          },
-          "A point to track in the IN frame, in pixels; may be repeated; replaces --auto")
-      ->type_name("X,Y")
-      ->allow_extra_args(false);
+      .add_option("--points", options.pointsFile,
+                  "Points from a file: .points, or a tracker's \"frame x y\" lines (.txt)")
+      ->type_name("FILE")
+      ->excludes(automatic)
+      ->excludes(point);
+  command
+      .add_option("--tracker-origin", options.trackerOrigin,
+                  "Where .txt points are counted from: top-left, bottom-left [top-left]")
+      ->transform(nameOf(ORIGIN_NAMES))
+      ->type_name("CORNER");
   command
       .add_option("--track-box", options.trackBox,
                   "Half width of the box that is compared [10; 20 above 2048 pixels]")
@@ -166,6 +183,14 @@ void AddResultOptions(CLI::App& command, SStabilizeOptions& options) {
       ->type_name("FILE");
   command.add_option("--graph", options.graph, "Draw the motion as SVG")->type_name("FILE");
   command.add_option("--compare", options.compare, "Write a side-by-side video, before and after")
+      ->type_name("FILE");
+  command
+      .add_option("--save-points", options.savePoints,
+                  "Save the tracked points: .points, or \"frame x y\" lines (.txt)")
+      ->type_name("FILE");
+  command
+      .add_option("--export-motion", options.exportMotion,
+                  "Write points, their smoothed places and every frame's transform (.csv, .json)")
       ->type_name("FILE");
   command.add_flag("--verify", options.verify,
                    "Track the output once more and say how steady it is");

@@ -58,6 +58,10 @@ double rms(double sumOfSquares, std::size_t count) {
 
 }  // namespace
 
+SPoint2 CentreOf(const CImageFormat& format) {
+  return {(format.getPixelsPerLine() - 1) * 0.5, (format.getLinesPerFrame() - 1) * 0.5};
+}
+
 std::vector<SFrameMotion> FitMotion(const CTrackingArray& array, const SPoint2& centre) {
   std::vector<SFrameMotion> motion;
   if (array.frames.empty()) return motion;
@@ -110,19 +114,6 @@ std::vector<SFrameMotion> MotionOfTriangles(const CTrackingArray& triangles,
     motion.push_back({frame, x - centre.x, y - centre.y, turn * DEGREES});
   }
   return motion;
-}
-
-SPoint2 MovedPoint(const SPoint2& point, const CTrackingPoints& from, const CTrackingPoints& to) {
-  const CTrackPoint& from0 = from.Entries().at(0);
-  const CTrackPoint& from1 = from.Entries().at(1);
-  const CTrackPoint& to0 = to.Entries().at(0);
-  const CTrackPoint& to1 = to.Entries().at(1);
-  const double turn =
-      std::atan2(to1.y - to0.y, to1.x - to0.x) - std::atan2(from1.y - from0.y, from1.x - from0.x);
-  const double x = point.x - from0.x;
-  const double y = point.y - from0.y;
-  return {to0.x + std::cos(turn) * x - std::sin(turn) * y,
-          to0.y + std::sin(turn) * x + std::cos(turn) * y};
 }
 
 std::vector<SDeviation> Deviations(const std::vector<SFrameMotion>& path,

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "session/PointFinder.h"
+#include "session/PointsSource.h"
 #include "support/Threads.h"
 
 namespace {
@@ -50,6 +51,10 @@ std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
   SetAvailableProcessorCoreCount(options.threads);  // 0: what the machine has
   options.threads = AvailableProcessorCoreCount();
   std::unique_ptr<IClipReader> reader = OpenClip(options.input, options.threads);
+  if (!options.pointsFile.empty()) {
+    options.filePoints = ReadPointsFile(options, reader->info().format);
+    TakeMarksOfPoints(options, reader->info());
+  }
   CheckAndComplete(options, reader->info());
   return reader;
 }
@@ -64,6 +69,10 @@ SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeO
   shot.tool->apply(entry);
   shot.tool->points().frames.clear();  // what a captured entry had tracked before
   shot.region = regionOf(*shot.tool, options);
+  if (options.filePoints) {
+    LoadPoints(shot, options, observer);
+    return shot;
+  }
   shot.tool->session().setTrackingRegion(shot.region);
   shot.features = options.points.empty()
                       ? foundPoints(shot.tool->session().reader(), options, shot.region, observer)

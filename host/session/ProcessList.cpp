@@ -13,6 +13,7 @@ constexpr const char* ROOT = "ProcessList";
 constexpr const char* ENTRY = "Entry";
 constexpr int VERSION = 1;
 constexpr int LARGEST_NUMBER = 999999;
+constexpr const char* BOTTOM_LEFT = "bottom-left";
 constexpr const char* STATE_NAMES[] = {"waiting", "running", "done", "failed", "interrupted"};
 
 struct STextAttribute {
@@ -23,7 +24,9 @@ constexpr STextAttribute PATHS[] = {{"Input", &SStabilizeOptions::input},
                                     {"Output", &SStabilizeOptions::output},
                                     {"Report", &SStabilizeOptions::report},
                                     {"Graph", &SStabilizeOptions::graph},
-                                    {"Compare", &SStabilizeOptions::compare}};
+                                    {"Compare", &SStabilizeOptions::compare},
+                                    {"SavePoints", &SStabilizeOptions::savePoints},
+                                    {"ExportMotion", &SStabilizeOptions::exportMotion}};
 
 /// Reads attributes of one element and refuses what does not parse.
 class CAttributes {
@@ -78,6 +81,10 @@ SStabilizeOptions readOptions(const CPDLElement& element, const CAttributes& att
   options.overwrite = attributes.boolean("Overwrite");
   options.verify = attributes.boolean("Verify");
   if (attributes.has("MaxResidual")) options.maxResidual = attributes.number("MaxResidual");
+  if (attributes.has("TrackerOrigin")) {
+    if (attributes.text("TrackerOrigin") != BOTTOM_LEFT) attributes.refuseValue("TrackerOrigin");
+    options.trackerOrigin = ETrackerOrigin::bottomLeft;
+  }
   if (element.GetChildCount() != 1) attributes.refuse("it does not hold one entry of the tool");
   options.entry = std::make_shared<const CPDLEntry>(CPDLEntry::CopyOf(element.GetChild(0)));
   return options;
@@ -109,6 +116,8 @@ void writeShot(CPDLElement element, const SQueuedShot& shot) {
   element.SetAttribInteger("Out", *options.out);
   if (options.overwrite) element.SetAttribBool("Overwrite", true);
   if (options.verify) element.SetAttribBool("Verify", true);
+  if (options.trackerOrigin == ETrackerOrigin::bottomLeft)
+    element.SetAttribString("TrackerOrigin", BOTTOM_LEFT);
   if (options.maxResidual) element.SetAttribDouble("MaxResidual", *options.maxResidual);
   if (!shot.message.empty()) element.SetAttribString("Message", shot.message);
   if (!shot.beganWriting.empty()) element.SetAttribString("BeganWriting", shot.beganWriting);

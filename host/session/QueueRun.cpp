@@ -45,8 +45,9 @@ void refuseMissingFolder(const std::string& file) {
 void checkTargets(const SStabilizeOptions& options, const SClipInfo& clip) {
   for (const std::string& path : {options.output, options.compare})
     if (!path.empty()) CheckOutput(path, clip, *options.in, *options.out, options.overwrite);
-  refuseMissingFolder(options.report);
-  refuseMissingFolder(options.graph);
+  for (const std::string& path :
+       {options.report, options.graph, options.savePoints, options.exportMotion})
+    refuseMissingFolder(path);
 }
 
 }  // namespace
@@ -54,7 +55,8 @@ void checkTargets(const SStabilizeOptions& options, const SClipInfo& clip) {
 SStabilizeOptions CaptureShot(SStabilizeOptions options, const SJobObserver& observer) {
   for (auto path :
        {&SStabilizeOptions::input, &SStabilizeOptions::output, &SStabilizeOptions::report,
-        &SStabilizeOptions::graph, &SStabilizeOptions::compare})
+        &SStabilizeOptions::graph, &SStabilizeOptions::compare, &SStabilizeOptions::savePoints,
+        &SStabilizeOptions::exportMotion})
     makeAbsolute(options.*path);
   std::unique_ptr<IClipReader> reader = OpenInput(options);
   const SClipInfo clip = reader->info();

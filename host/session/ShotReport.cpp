@@ -51,7 +51,7 @@ Json pointsJson(const SStabilizeResult& result) {
       point["used"] = what.usable;
       point["framesFound"] = what.framesFound;
       point["framesBridged"] = what.framesBridged;
-      point["sigmaPixels"] = what.meanSigma;
+      if (result.tracking.ran) point["sigmaPixels"] = what.meanSigma;
       if (what.firstLossFrameOffset >= 0) {
         point["firstLostFrame"] = in + what.firstLossFrameOffset;
         point["reason"] = ToText(what.firstLossReason);
@@ -108,6 +108,12 @@ int usedPoints(const SStabilizeResult& result) {
   return static_cast<int>(result.tracking.indexInSet.size());
 }
 
+std::string sourceText(const SStabilizeResult& result) {
+  const std::string& file = result.options.pointsFile;
+  if (file.empty()) return {};
+  return "\n  points loaded from " + file + (result.tracking.ran ? "" : ", not tracked again");
+}
+
 std::string lostPointsText(const SStabilizeResult& result) {
   std::string text;
   for (const auto& [index, point] : result.tracking.points)
@@ -161,6 +167,7 @@ std::string ReportAsJson(const SStabilizeResult& result) {
       {"zoom", result.zoom},
       {"points", pointsJson(result)},
       {"frames", framesJson(result)}};
+  if (!options.pointsFile.empty()) report["pointsFile"] = options.pointsFile;
   if (result.verification)
     report["verification"] = verificationJson(*result.verification, result.clip.format);
   report["seconds"] = {{"tracking", result.trackSeconds},
@@ -176,11 +183,21 @@ std::string SummaryAsText(const SStabilizeResult& result) {
       line("%d frames written, %d of %d points used, %.1f frames/s", result.framesWritten,
            usedPoints(result), static_cast<int>(result.features.size()),
            seconds > 0.0 ? result.framesWritten / seconds : 0.0);
-  text += lostPointsText(result);
+  text += sourceText(result) + lostPointsText(result);
   if (result.verification)
     text += verificationText(*result.verification, result.clip.format,
                              options.stabilize == EStabilize::rotation);
   return text;
+}
+
+std::string PointsSummaryAsText(const SStabilizeResult& result) {
+  const int all = static_cast<int>(result.features.size());
+  const std::string& file = result.options.savePoints;
+  if (result.tracking.frames.empty())
+    return std::to_string(all) + " points saved in " + file + sourceText(result);
+  return line("%d of %d points tracked over %d frames, saved in ", usedPoints(result), all,
+              static_cast<int>(result.tracking.frames.size())) +
+         file + sourceText(result) + lostPointsText(result);
 }
 
 std::string TooUnsteady(const SStabilizeResult& result) {

@@ -160,6 +160,12 @@ void CShotSession::StartTrackingRun() {
   // The points lie on the first frame of the set, which may have been tracked from another mark IN.
   CTrackingArray& array = *editor_->trackingArray();
   if (array.FirstFrame() != markIn_) array.MoveToFrame(markIn_);
+  if (areKnown(array.FindPoints(markIn_))) {
+    array.frames = knownPaths_.frames;
+    adoptTrackedPoints();
+    tool_->onTrackingEnd(0);
+    return;
+  }
   std::map<int, SPoint2> points;
   for (const auto& [index, point] : array.FindPoints(markIn_).Entries())
     if (point.IsValid()) points[index] = {point.x, point.y};
@@ -179,6 +185,24 @@ void CShotSession::StopTrackingRun() {
 
 bool CShotSession::hasTrackingData() const {
   return editor_ && editor_->trackingArray();
+}
+
+bool CShotSession::areKnown(const CTrackingPoints& points) const {
+  return knownPaths_.FrameCount() > 0 && knownPaths_.FirstFrame() == markIn_ &&
+         knownPaths_.EndFrame() == markOut_ && knownPaths_.FindPoints(markIn_) == points;
+}
+
+void CShotSession::adoptTrackedPoints() {
+  CTrackingArray& array = *editor_->trackingArray();
+  const int count = array.Compact();
+  tracking_ = {};
+  for (const auto& [frame, points] : array.frames) tracking_.frames.push_back({frame, count, 0});
+  for (int index = 0; index < count; ++index) {
+    tracking_.points[index].framesFound = array.FrameCount();
+    tracking_.indexInSet[index] = index;
+  }
+  editor_->setTracked();
+  selectTypicalPoint();
 }
 
 /// A tool that waits for a pass hears of its end, whatever kept it from running.
@@ -242,9 +266,7 @@ void CShotSession::finishTracking() {
 /// selects one; a point on a moving subject would be the wrong one.
 void CShotSession::selectTypicalPoint() {
   if (!settings_.batch) return;
-  const CImageFormat& format = info().format;
-  const SPoint2 centre{(format.getPixelsPerLine() - 1) * 0.5,
-                       (format.getLinesPerFrame() - 1) * 0.5};
+  const SPoint2 centre = CentreOf(info().format);
   const CTrackingArray& array = *editor_->trackingArray();
   editor_->selectedPoint = MostTypicalPoint(array, FitMotion(array, centre), centre);
 }

@@ -5,17 +5,15 @@
 #include <utility>
 
 #include "clip/ClipWriter.h"
+#include "session/MotionExport.h"
 #include "session/MotionGraph.h"
+#include "session/PointsOutput.h"
 #include "session/PreparedShot.h"
 #include "session/ShotReport.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
 
 namespace {
-
-SPoint2 centreOf(const CImageFormat& format) {
-  return {(format.getPixelsPerLine() - 1) * 0.5, (format.getLinesPerFrame() - 1) * 0.5};
-}
 
 /// Says so before the first frame is written.
 class CAnnouncingWriter : public IClipWriter {
@@ -44,6 +42,7 @@ CStabilizeJob::~CStabilizeJob() = default;
 
 SStabilizeResult CStabilizeJob::run() {
   openShot();
+  if (!options_.savePoints.empty()) savePoints();
   render();
   collectMotion();
   shot_.reset();
@@ -57,6 +56,9 @@ void CStabilizeJob::openShot() {
   CheckOutput(options_.output, reader->info(), *options_.in, *options_.out, options_.overwrite);
   if (!options_.compare.empty())
     CheckOutput(options_.compare, reader->info(), *options_.in, *options_.out, options_.overwrite);
+  CheckPointsOutput(options_);
+  for (const std::string& extra : {options_.report, options_.graph, options_.exportMotion})
+    CheckWritable(extra);
   result_.clip = reader->info();
   result_.options = options_;
   SPreparedShot prepared = PrepareShot(std::move(reader), options_, observer_);
@@ -64,6 +66,14 @@ void CStabilizeJob::openShot() {
   result_.pluginVersion = shot_->pluginVersion();
   result_.region = prepared.region;
   result_.features = std::move(prepared.features);
+  tracked_ = prepared.tracked;
+}
+
+/// Before the render, so that nothing that ends it costs the points.
+void CStabilizeJob::savePoints() {
+  if (!tracked_) shot_->command(TOOL_TRACK);
+  observer_.beginsToWrite();
+  SavePoints(*shot_, options_);
 }
 
 void CStabilizeJob::render() {
@@ -71,26 +81,27 @@ void CStabilizeJob::render() {
       CreateClip(options_.output, shot_->session().reader(), *options_.in, *options_.out,
                  {options_.overwrite, options_.threads});
   CAnnouncingWriter announcing(*writer, observer_.beginsToWrite);
+  const double trackedBefore = shot_->session().tracking().seconds;
   CHRTimer timer;
   result_.framesWritten = shot_->render(announcing);
   result_.tracking = shot_->session().tracking();
   result_.trackSeconds = result_.tracking.seconds;
-  result_.renderSeconds = timer.Read() * 0.001 - result_.trackSeconds;
+  result_.renderSeconds = timer.Read() * 0.001 - (result_.trackSeconds - trackedBefore);
 }
 
 void CStabilizeJob::collectMotion() {
   const CTrackingPointsEditor& editor = *shot_->session().editor();
-  const SPoint2 centre = centreOf(result_.clip.format);
+  const SPoint2 centre = CentreOf(result_.clip.format);
   if (!editor.originalMotion() || !editor.smoothedMotion()) return;
   result_.measured = MotionOfTriangles(*editor.originalMotion(), centre);
   result_.intended = MotionOfTriangles(*editor.smoothedMotion(), centre);
   if (options_.stabilize != EStabilize::rotation)
     keepRotation(FitMotion(*editor.trackingArray(), centre));
-  const CTrackingPoints& from = editor.originalMotion()->frames.at(*options_.in);
-  const CTrackingPoints& to = editor.smoothedMotion()->frames.at(*options_.in);
-  for (const auto& [index, point] : editor.trackingArray()->FindPoints(*options_.in).Entries())
-    result_.outputPoints.push_back(MovedPoint({point.x, point.y}, from, to));
-  applyZoom(editor.zoomSource());
+  const SZoom zoom{editor.zoomSource(), result_.region};
+  result_.moves = PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(),
+                               MoveSettingsOf(shot_->capture()), zoom);
+  result_.points = *editor.trackingArray();
+  result_.zoom = zoom.factor();
 }
 
 /// The tool does not measure a rotation that it leaves alone; the picture keeps it as it was shot.
@@ -98,16 +109,6 @@ void CStabilizeJob::keepRotation(const std::vector<SFrameMotion>& asShot) {
   const std::size_t count = std::min(asShot.size(), result_.measured.size());
   for (std::size_t i = 0; i < count; ++i)
     result_.measured[i].angle = result_.intended[i].angle = asShot[i].angle;
-}
-
-void CStabilizeJob::applyZoom(const SRectD& source) {
-  if (source == SRectD{}) return;
-  const SRect& region = result_.region;
-  result_.zoom = (region.right - region.left + 1) / (source.right - source.left);
-  // Pixel i covers [i, i + 1): rectangles speak of edges, points of centres.
-  for (SPoint2& point : result_.outputPoints)
-    point = {region.left + (point.x + 0.5 - source.left) * result_.zoom - 0.5,
-             region.top + (point.y + 0.5 - source.top) * result_.zoom - 0.5};
 }
 
 void CStabilizeJob::verify() {
@@ -128,6 +129,9 @@ void CStabilizeJob::writeExtras() {
       curves.push_back({"output, measured again", "#20663f", 1.5, result_.verification->motion});
     write(options_.graph, MotionGraphAsSvg(options_.input, curves));
   }
+  write(options_.exportMotion, options_.exportMotion.empty()
+                                   ? std::string()
+                                   : MotionAsText(result_, options_.exportMotion));
   write(options_.report, options_.report.empty() ? std::string() : ReportAsJson(result_));
   if (options_.compare.empty()) return;
   observer_.note("writing " + options_.compare);

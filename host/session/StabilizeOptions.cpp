@@ -2,7 +2,9 @@
 
 #include <cmath>
 
+#include "FileName.h"
 #include "session/EntrySettings.h"
+#include "session/MotionExport.h"
 #include "tracking/TrackingArray.h"
 
 namespace {
@@ -83,6 +85,20 @@ void checkPictureOptions(const SStabilizeOptions& options, const SClipInfo& clip
     throw CUsageError("--max-residual must not be negative");
 }
 
+void checkFiles(const SStabilizeOptions& options) {
+  if (!options.pointsFile.empty() && !options.points.empty())
+    throw CUsageError("--points and --point exclude each other");
+  const std::string& points = options.savePoints;
+  if (!points.empty() && !HasExtension(points, ".points") && !HasExtension(points, ".txt"))
+    throw CUsageError(points + ": points are saved as .points or .txt");
+  if (options.exportMotion.empty()) return;
+  if (!IsMotionExport(options.exportMotion))
+    throw CUsageError("--export-motion " + options.exportMotion + ": wants .csv or .json");
+  if (options.jitter > 0)
+    throw CUsageError(
+        "--export-motion does not go with --jitter: the jitter is made up while rendering");
+}
+
 /// Weight of the measured path for a position of the smoothing control: the ends are "leave it" and
 /// "hold still", between them each step is a factor of 10^0.75.
 double alphaOf(int position) {
@@ -161,6 +177,7 @@ void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip) {
   completeSizes(options, clip);
   completeMotion(options);
   checkPictureOptions(options, clip);
+  checkFiles(options);
   if (options.maxResidual) options.verify = true;
 }
 

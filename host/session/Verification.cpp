@@ -10,8 +10,11 @@ constexpr int WORST_FRAMES = 10;
 /// they say which part of the picture was meant to become steady. They are followed afresh.
 std::map<int, SPoint2> pointsToFollow(const SStabilizeResult& result, const STrackSettings& track) {
   std::map<int, SPoint2> points;
-  for (const SPoint2& point : result.outputPoints)
-    if (CShotTracker::canTrack(point, track)) points[static_cast<int>(points.size())] = point;
+  if (result.moves.empty()) return points;
+  for (const auto& [index, point] : result.points.FindPoints(*result.options.in).Entries()) {
+    const SPoint2 there = result.moves.front().at({point.x, point.y});
+    if (CShotTracker::canTrack(there, track)) points[static_cast<int>(points.size())] = there;
+  }
   return points;
 }
 
@@ -78,9 +81,7 @@ SVerification VerifyOutput(const std::string& path, int first, int end,
   if (observer.monitor) observer.monitor->StopProgress(verification.points > 0);
   if (verification.points == 0)
     throw CJobError(-1, path + ": nothing in the output can be followed to verify it");
-  const CImageFormat& format = reader->info().format;
-  verification.motion = FitMotion(
-      shot.array(), {(format.getPixelsPerLine() - 1) * 0.5, (format.getLinesPerFrame() - 1) * 0.5});
+  verification.motion = FitMotion(shot.array(), CentreOf(reader->info().format));
   for (SFrameMotion& motion : verification.motion) {
     motion.frame -= offset;
     motion.x /= result.zoom;  // pixels of the picture as it was shot

@@ -149,12 +149,16 @@ TEST_F(Command, VideoGoesInAndOut) {
 TEST_F(Command, SaysHowItIsUsed) {
   const SRun help = run("stabilize --help");
   EXPECT_EQ(help.status, 0);
-  for (const char* option :
-       {"--in",           "--out",       "--auto",      "--point",   "--stabilize",
-        "--motion",       "--reference", "--smoothing", "--jitter",  "--anchor",
-        "--fill",         "--matting",   "--track-box", "--search",  "--warp",
-        "--threads",      "--report",    "--graph",     "--compare", "--verify",
-        "--max-residual", "--overwrite", "--log",       "--quiet",   "--verbose"})
+  for (const char* option : {"--in",          "--out",          "--auto",
+                             "--point",       "--stabilize",    "--motion",
+                             "--reference",   "--smoothing",    "--jitter",
+                             "--anchor",      "--fill",         "--matting",
+                             "--track-box",   "--search",       "--warp",
+                             "--threads",     "--report",       "--graph",
+                             "--compare",     "--verify",       "--max-residual",
+                             "--overwrite",   "--log",          "--quiet",
+                             "--verbose",     "--points",       "--tracker-origin",
+                             "--save-points", "--export-motion"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
   const SRun version = run("stabilize --version");
   EXPECT_EQ(version.status, 0);

@@ -84,10 +84,6 @@ TEST(MotionOfTriangles, IsTheMotionAtTheCentre) {
       EXPECT_NEAR(motion[i].y, PATH[i].y, 1e-9);
       EXPECT_NEAR(motion[i].angle, PATH[i].angle, 1e-9);
     }
-    const SPoint2 picture{700.0, 800.0};
-    const SPoint2 there = MovedPoint(picture, triangles.PointsAt(100), triangles.PointsAt(102));
-    EXPECT_NEAR(there.x, moved(picture, PATH[2]).x, 1e-9);
-    EXPECT_NEAR(there.y, moved(picture, PATH[2]).y, 1e-9);
   }
 }
 

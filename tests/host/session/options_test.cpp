@@ -84,6 +84,21 @@ const SRefusal REFUSALS[] = {
        o.mattingBox = {0, 0, 1920, 500};
      },
      "--matting"},
+    {"PointsTwice",
+     [](auto& o) {
+       o.points = {{5.0, 5.0}};
+       o.pointsFile = "shot.points";
+     },
+     "--points and --point"},
+    {"PointsSavedAsWhatTheyAreNot", [](auto& o) { o.savePoints = "shot.dpx"; }, "shot.dpx"},
+    {"MotionOfUnknownForm", [](auto& o) { o.exportMotion = "shot.xml"; },
+     "--export-motion shot.xml"},
+    {"MotionWithJitter",
+     [](auto& o) {
+       o.exportMotion = "shot.csv";
+       o.jitter = 1;
+     },
+     "--jitter"},
     {"ResidualNegative", [](auto& o) { o.maxResidual = -0.1; }, "--max-residual"},
 };
 

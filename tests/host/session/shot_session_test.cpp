@@ -84,6 +84,44 @@ TEST_F(ShotSession, APassTracksTheFirstFramesPointsOverTheMarks) {
   EXPECT_EQ(first.y, feature_.y);
 }
 
+/// Paths that no tracker would find.
+CTrackingArray madeUpPaths(const CTrackPoint& start, int in, int out) {
+  CTrackingArray paths;
+  for (int frame = in; frame < out; ++frame)
+    paths.PointsAt(frame).Point(0) = CTrackPoint(start.x + (frame - in) / 3.0, start.y);
+  return paths;
+}
+
+TEST_F(ShotSession, KnownPathsAreTheResultsOfThePassThatBeginsOnThem) {
+  session_.setMarks(IN, 106);
+  const CTrackingArray paths = madeUpPaths(CTrackPoint(feature_.x, feature_.y), IN, 106);
+  session_.setKnownPaths(paths);
+  session_.StartTrackingRun();
+  pumpUntilTracked();
+  EXPECT_EQ(tool_.ends, std::vector<int>{0});
+  EXPECT_EQ(tool_.array.TrackState(), TRACK_STATE_Tracked);
+  EXPECT_EQ(tool_.array.frames, paths.frames);
+  EXPECT_FALSE(session_.tracking().ran);
+  EXPECT_EQ(session_.tracking().frames.size(), 4u);
+  EXPECT_EQ(session_.tracking().indexInSet.size(), 1u);
+  EXPECT_EQ(tool_.editor.selectedPoint, 0) << "the zoom fill follows it";
+}
+
+TEST_F(ShotSession, APassOverOtherFramesOrFromOtherPlacesTracks) {
+  session_.setMarks(IN, 106);
+  const CTrackPoint start(feature_.x, feature_.y);
+  for (const CTrackingArray& others :
+       {madeUpPaths(start, IN, 105), madeUpPaths(start, 101, 106),
+        madeUpPaths(CTrackPoint(feature_.x + 0.5, feature_.y), IN, 106)}) {
+    tool_.ends.clear();
+    session_.setKnownPaths(others);
+    session_.StartTrackingRun();
+    pumpUntilTracked();
+    EXPECT_EQ(tool_.ends, std::vector<int>{0}) << session_.tracking().failure;
+    EXPECT_TRUE(session_.tracking().ran);
+  }
+}
+
 TEST_F(ShotSession, AToolThatTakesItsEditorBackHearsThatThePassFailed) {
   session_.setMarks(100, 108);
   session_.StartTrackingRun();

@@ -2,8 +2,12 @@
 
 #include <vector>
 
+#include "support/ImageFormat.h"
 #include "tracker/ShotTracker.h"
 #include "tracking/TrackingArray.h"
+
+/// Of the picture, between pixel centres.
+SPoint2 CentreOf(const CImageFormat& format);
 
 /// Motion of the whole picture in one frame against the first frame of the shot: a scene point p of
 /// the first frame lies at R(angle)(p - centre) + centre + (x, y). Pixels and degrees; x right, y
@@ -29,10 +33,6 @@ int MostTypicalPoint(const CTrackingArray& array, const std::vector<SFrameMotion
 /// The motion that a smoothed (or measured) triangle of points stands for, frame by frame, against
 /// the first frame.
 std::vector<SFrameMotion> MotionOfTriangles(const CTrackingArray& triangles, const SPoint2& centre);
-
-/// Where `point` of a frame lies after that frame's picture was moved from one triangle to the
-/// other.
-SPoint2 MovedPoint(const SPoint2& point, const CTrackingPoints& from, const CTrackingPoints& to);
 
 /// How unsteady a path is against the path that was meant. RMS and largest deviation after the mean
 /// deviation is taken away: a picture that stands still a little aside is steady.

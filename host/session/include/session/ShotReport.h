@@ -12,6 +12,9 @@ std::string ReportAsJson(const SStabilizeResult& result);
 /// the worst frames, speed. No trailing newline.
 std::string SummaryAsText(const SStabilizeResult& result);
 
+/// The same for points that were saved (PointsJob.h): how many, and what became of each.
+std::string PointsSummaryAsText(const SStabilizeResult& result);
+
 /// Why the verified output is not as steady as `options.maxResidual` wants it; empty when it is, or
 /// when nothing was wanted.
 std::string TooUnsteady(const SStabilizeResult& result);

@@ -22,7 +22,7 @@ struct STrackingOutcome {
     int found = 0;
     int bridged = 0;
   };
-  bool ran = false;
+  bool ran = false;     ///< false: the paths were measured elsewhere
   std::string failure;  ///< empty: every marked frame was tracked
   std::vector<int> withoutTexture;
   std::map<int, SPointSummary> points;
@@ -60,6 +60,14 @@ class CShotSession : public CNavSystemInterface {
   void setMarks(int in, int out);
   /// Where points may lie: the processing region, inclusive. Given to the tracking pass.
   void setTrackingRegion(const SRect& region) { trackingRegion_ = region; }
+
+  /// Paths that were measured elsewhere. A tracking pass over exactly their frames that begins on
+  /// their first positions gives them as its results, to the last bit, and tracks nothing.
+  /// REQUIRES: every frame from the first to the last holds the same points.
+  void setKnownPaths(const CTrackingArray& paths) { knownPaths_ = paths; }
+  /// The tool's points came tracked from elsewhere: the host treats them as it treats those of a
+  /// pass. REQUIRES: as above, between the marks.
+  void adoptTrackedPoints();
 
   /// One round of the user-interface thread: takes tracking results in, forwards processor
   /// statuses, beats the tool's heart. Call regularly.
@@ -147,6 +155,7 @@ class CShotSession : public CNavSystemInterface {
   void tellMarksChanged();
   STrackSettings trackSettings() const;
   bool hasTrackingData() const;
+  bool areKnown(const CTrackingPoints& points) const;
   void failTracking(const std::string& why);
   void pumpTracking();
   void takeTrackingResults();
@@ -176,4 +185,5 @@ class CShotSession : public CNavSystemInterface {
   SRect trackingRegion_;
   CHRTimer trackingTimer_;
   STrackingOutcome tracking_;
+  CTrackingArray knownPaths_;
 };

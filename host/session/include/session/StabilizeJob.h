@@ -7,6 +7,7 @@
 
 #include "session/JobObserver.h"
 #include "session/MotionMeasure.h"
+#include "session/PictureMove.h"
 #include "session/StabilizeOptions.h"
 #include "session/ToolOnShot.h"
 #include "tracker/FeatureDetector.h"
@@ -30,7 +31,8 @@ struct SStabilizeResult {
   STrackingOutcome tracking;
   std::vector<SFrameMotion> measured;  ///< motion of the input
   std::vector<SFrameMotion> intended;  ///< the path that the picture was put on
-  std::vector<SPoint2> outputPoints;   ///< the points used, in the first frame of the output
+  std::vector<SPictureMove> moves;     ///< where the renderer put each frame
+  CTrackingArray points;               ///< the points used, in every frame of the input
   double zoom = 1.0;                   ///< how much larger the zoom fill made the picture
   std::optional<SVerification> verification;
   int framesWritten = 0;
@@ -56,10 +58,10 @@ class CStabilizeJob {
 
  private:
   void openShot();
+  void savePoints();
   void render();
   void collectMotion();
   void keepRotation(const std::vector<SFrameMotion>& asShot);
-  void applyZoom(const SRectD& source);
   void verify();
   void writeExtras();
 
@@ -67,6 +69,7 @@ class CStabilizeJob {
   const SJobObserver observer_;
   SStabilizeResult result_;
   std::unique_ptr<CToolOnShot> shot_;
+  bool tracked_ = false;
 };
 
 /// Measures how steady the frames [first, end) of a finished clip are against the intended path.

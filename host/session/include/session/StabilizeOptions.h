@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "clip/ClipInfo.h"
+#include "session/TrackerText.h"
 #include "support/PDLElement.h"
 #include "support/Rect.h"
 #include "tracker/ShotTracker.h"
@@ -24,6 +25,8 @@ enum class EFill { white, black, previous, zoom };
 enum class EWarp { euclidean, logarithmic, thinPlate, none };
 enum class EMatting { automatic, off, box };
 
+struct SFilePoints;
+
 /// What a person asks for when a shot is to be stabilised. What is not set follows the tool's own
 /// defaults (see MakeEntry).
 struct SStabilizeOptions {
@@ -34,6 +37,10 @@ struct SStabilizeOptions {
   std::optional<int> out;       ///< one past the last frame; default: the clip's end
   int autoPoints = 16;          ///< how many points to find when none are given
   std::vector<SPoint2> points;  ///< pixels, in the IN frame
+  std::string pointsFile;       ///< a points file or trackers' text (.txt), in place of both
+  /// What `pointsFile` holds, once it was read (OpenInput).
+  std::shared_ptr<const SFilePoints> filePoints;
+  ETrackerOrigin trackerOrigin = ETrackerOrigin::topLeft;  ///< of texts read and written
   EStabilize stabilize = EStabilize::both;
   EMotion motion = EMotion::remove;
   std::optional<int> reference;   ///< absolute frame, for EMotion::match
@@ -42,6 +49,7 @@ struct SStabilizeOptions {
   std::optional<EAnchor> anchor;  ///< default: first
   EFill fill = EFill::white;
   EMatting matting = EMatting::automatic;
+  bool mattingGiven = false;    ///< asked for; else that of a points file counts
   SRect mattingBox;             ///< inclusive, for EMatting::box
   std::optional<int> trackBox;  ///< half width, pixels
   std::optional<int> search;    ///< reach, pixels
@@ -52,9 +60,11 @@ struct SStabilizeOptions {
   std::shared_ptr<const CPDLEntry> entry;
 
   // What is said about it.
-  std::string report;   ///< JSON file; empty: none
-  std::string graph;    ///< SVG file
-  std::string compare;  ///< side-by-side clip
+  std::string report;        ///< JSON file; empty: none
+  std::string graph;         ///< SVG file
+  std::string compare;       ///< side-by-side clip
+  std::string savePoints;    ///< points file, or trackers' text (.txt)
+  std::string exportMotion;  ///< .csv or .json
   bool verify = false;
   std::optional<double> maxResidual;  ///< pixels; implies verify
 

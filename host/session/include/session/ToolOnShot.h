@@ -10,6 +10,14 @@
 #include "session/PluginLibrary.h"
 #include "session/ShotSession.h"
 
+/// Keys of the tool that a batch host presses, by command number.
+enum EToolCommand {
+  TOOL_SAVE_POINTS = 11,
+  TOOL_LOAD_POINTS = 12,            ///< with the marks of the file
+  TOOL_LOAD_POINTS_NOT_MARKS = 13,  ///< those of its first frame, in the IN frame
+  TOOL_TRACK = 16
+};
+
 /// The stabiliser at work on one shot: the open clip, the session that is its host, the plug-in and
 /// its tool, opened together and closed together. A batch host's hands: everything that it asks of
 /// the tool goes through here. THREAD: one thread, which becomes the tool's user-interface thread.
