@@ -1,6 +1,11 @@
 #include <unistd.h>
 
 #include "Commands.h"
+#include "support/Trace.h"
+
+void LogLine(const std::string& text) {
+  if (ZRNQLogLevel >= 1) SendZRNQMessage(text, true, false);
+}
 
 void AddQuietFlag(CLI::App& command, SProgram& program) {
   command.add_flag_function(
@@ -17,6 +22,9 @@ void AddVerboseFlag(CLI::App& command, SProgram& program) {
 CConsoleObserver::CConsoleObserver(const SProgram& program)
     : monitor_(program.isQuiet(), isatty(STDERR_FILENO) != 0) {
   observer_.monitor = &monitor_;
-  observer_.note = [this](const std::string& text) { monitor_.note(text); };
+  observer_.note = [this](const std::string& text) {
+    LogLine(text);
+    monitor_.note(text);
+  };
   observer_.interrupted = program.interrupted;
 }

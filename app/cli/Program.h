@@ -18,3 +18,6 @@ struct SProgram {
 
   bool isQuiet() const { return verbosity < 0; }
 };
+
+/// A line of what the program did, for --log alone. THREAD: any.
+void LogLine(const std::string& text);

@@ -23,10 +23,14 @@ int showVersions() {
 
 int stabilize(const SStabilizeOptions& options, const SProgram& program) {
   const CConsoleObserver console(program);
+  LogLine("stabilize " STAB_VERSION ": " + options.input + " -> " + options.output);
   const SStabilizeResult result = CStabilizeJob(options, console.observer()).run();
-  if (!program.isQuiet()) std::printf("%s\n", SummaryAsText(result).c_str());
+  const std::string summary = SummaryAsText(result);
+  LogLine(summary);
+  if (!program.isQuiet()) std::printf("%s\n", summary.c_str());
   const std::string unsteady = TooUnsteady(result);
   if (unsteady.empty()) return EXIT_DONE;
+  LogLine(unsteady);
   std::fprintf(stderr, "stabilize: %s\n", unsteady.c_str());
   return EXIT_FAILED;
 }

@@ -28,6 +28,7 @@ void installLog(const SProgram& program, std::ofstream& log) {
 }
 
 int complain(const std::exception& error, int status) {
+  LogLine(error.what());
   std::fprintf(stderr, "stabilize: %s\n", error.what());
   return status;
 }
@@ -40,6 +41,7 @@ int run(const SProgram& program) {
   } catch (const CInterrupted& error) {
     return complain(error, EXIT_INTERRUPTED);
   } catch (const CJobError& error) {
+    LogLine(error.what());
     std::fprintf(stderr, "stabilize: %s (code %d)\n", error.what(), error.code);
     return EXIT_FAILED;
   } catch (const std::exception& error) {
