@@ -1,7 +1,17 @@
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "Commands.h"
 #include "support/Trace.h"
+
+std::string Printable(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\n') || c == '\x7f'; },
+      '?');
+  return text;
+}
 
 void LogLine(const std::string& text) {
   if (ZRNQLogLevel >= 1) SendZRNQMessage(text, true, false);
@@ -24,7 +34,7 @@ CConsoleObserver::CConsoleObserver(const SProgram& program)
   observer_.monitor = &monitor_;
   observer_.note = [this](const std::string& text) {
     LogLine(text);
-    monitor_.note(text);
+    monitor_.note(Printable(text));
   };
   observer_.interrupted = program.interrupted;
 }

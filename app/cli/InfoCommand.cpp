@@ -17,7 +17,7 @@ int describe(const std::string& path) {
                 info.frameRate.numerator, info.frameRate.denominator);
   if (info.timecodeKnown) std::printf("timecode    %s\n", info.startTimecode.toText().c_str());
   for (const auto& [key, value] : info.metadata)
-    std::printf("  %s: %s\n", key.c_str(), value.c_str());
+    std::printf("  %s: %s\n", Printable(key).c_str(), Printable(value).c_str());
   return EXIT_DONE;
 }
 

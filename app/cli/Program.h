@@ -19,5 +19,9 @@ struct SProgram {
   bool isQuiet() const { return verbosity < 0; }
 };
 
+/// Texts of files that anybody may have made are shown on the terminal, not obeyed by it: control
+/// characters become "?". Line breaks stay.
+std::string Printable(std::string text);
+
 /// A line of what the program did, for --log alone. THREAD: any.
 void LogLine(const std::string& text);

@@ -16,14 +16,6 @@ struct SRequest {
   bool json = false;
 };
 
-/// Texts of a file that anybody may have written are shown on the terminal, not obeyed by it.
-std::string shown(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(),
-      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, '?');
-  return text;
-}
-
 int addShot(const SRequest& request, const SProgram& program) {
   const CProcessListFile file(request.list);
   const CConsoleObserver console(program);
@@ -50,10 +42,10 @@ std::string successText(const SStabilizeResult& result, bool whole) {
 
 void tell(const SShotOutcome& outcome, const SProgram& program) {
   const SQueuedShot& shot = outcome.shot;
-  const std::string output = shown(shot.options.output);
+  const std::string output = Printable(shot.options.output);
   if (shot.state == EShotState::failed)
     std::fprintf(stderr, "entry %d: failed: %s: %s\n", shot.number, output.c_str(),
-                 shown(shot.message).c_str());
+                 Printable(shot.message).c_str());
   else if (!program.isQuiet())
     std::printf("entry %d: done: %s: %s\n", shot.number, output.c_str(),
                 successText(*outcome.result, program.verbosity > 0).c_str());
@@ -91,9 +83,9 @@ int listShots(const SRequest& request) {
     const std::string frames =
         std::to_string(*shot.options.in) + "-" + std::to_string(*shot.options.out - 1);
     std::printf("%6d  %-11s  %15s  %s -> %s\n", shot.number, ToText(shot.state).c_str(),
-                frames.c_str(), shown(shot.options.input).c_str(),
-                shown(shot.options.output).c_str());
-    if (!shot.message.empty()) std::printf("%38s%s\n", "", shown(shot.message).c_str());
+                frames.c_str(), Printable(shot.options.input).c_str(),
+                Printable(shot.options.output).c_str());
+    if (!shot.message.empty()) std::printf("%38s%s\n", "", Printable(shot.message).c_str());
   }
   return EXIT_DONE;
 }
@@ -120,6 +112,8 @@ int removeShot(const SRequest& request) {
 
 int resetShot(const SRequest& request) {
   return changeShot(request, [](CProcessList&, SQueuedShot& shot) {
+    // What it wrote itself it may write again.
+    if (shot.state == EShotState::done) shot.beganWriting = "in an earlier run";
     shot.state = EShotState::waiting;
     shot.message.clear();
   });

@@ -43,7 +43,8 @@ const std::map<std::string, EWarp> WARP_NAMES = {{"euclidean", EWarp::euclidean}
                                                  {"none", EWarp::none}};
 
 /// Numbers with commas between them; false unless there are exactly `count`.
-bool parseNumbers(const std::string& text, std::size_t count, double* values) {
+template <typename T>
+bool parseNumbers(const std::string& text, std::size_t count, T* values) {
   const char* at = text.data();
   const char* end = at + text.size();
   for (std::size_t i = 0; i < count; ++i) {
@@ -63,7 +64,7 @@ void addPoint(SStabilizeOptions& options, const std::string& text) {
 }
 
 void setMatting(SStabilizeOptions& options, const std::string& text) {
-  double values[4];
+  int values[4];
   options.mattingGiven = true;
   if (text == "auto") {
     options.matting = EMatting::automatic;
@@ -71,8 +72,7 @@ void setMatting(SStabilizeOptions& options, const std::string& text) {
     options.matting = EMatting::off;
   } else if (parseNumbers(text, 4, values)) {
     options.matting = EMatting::box;
-    options.mattingBox = {static_cast<int>(values[0]), static_cast<int>(values[1]),
-                          static_cast<int>(values[2]), static_cast<int>(values[3])};
+    options.mattingBox = {values[0], values[1], values[2], values[3]};
   } else {
     throw CLI::ValidationError("--matting",
                                "wants auto, off or LEFT,TOP,RIGHT,BOTTOM, not \"" + text + "\"");

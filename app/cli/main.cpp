@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "CommandLine.h"
+#include "session/ResultFiles.h"
 #include "session/StabilizeJob.h"
 #include "support/Trace.h"
 
@@ -18,6 +19,7 @@ void onInterrupt(int signal) {
 
 void installLog(const SProgram& program, std::ofstream& log) {
   if (!program.logFile.empty()) {
+    CheckTextName("--log", program.logFile);
     log.open(program.logFile);
     if (!log) throw CUsageError("--log " + program.logFile + " cannot be written");
     ZRNQLogLevel = 2;
@@ -29,7 +31,7 @@ void installLog(const SProgram& program, std::ofstream& log) {
 
 int complain(const std::exception& error, int status) {
   LogLine(error.what());
-  std::fprintf(stderr, "stabilize: %s\n", error.what());
+  std::fprintf(stderr, "stabilize: %s\n", Printable(error.what()).c_str());
   return status;
 }
 
@@ -42,7 +44,8 @@ int run(const SProgram& program) {
     return complain(error, EXIT_INTERRUPTED);
   } catch (const CJobError& error) {
     LogLine(error.what());
-    std::fprintf(stderr, "stabilize: %s (code %d)\n", error.what(), error.code);
+    std::fprintf(stderr, "stabilize: %s (code %d)\n", Printable(error.what()).c_str(),
+                 error.code);
     return EXIT_FAILED;
   } catch (const std::exception& error) {
     return complain(error, EXIT_FAILED);
@@ -58,6 +61,8 @@ int main(int argc, char** argv) {
   if (!ParseCommandLine(argc, argv, program, status)) return status;
   std::signal(SIGINT, onInterrupt);
   std::signal(SIGTERM, onInterrupt);
+  std::signal(SIGHUP, onInterrupt);
+  std::signal(SIGPIPE, SIG_IGN);  // who stops reading our progress does not stop the work
   std::signal(SIGXFSZ, SIG_IGN);  // a full quota is an error of the write that meets it
   std::ofstream log;
   try {
@@ -66,6 +71,10 @@ int main(int argc, char** argv) {
     return complain(error, EXIT_USAGE);
   }
   status = run(program);
+  if (std::fflush(stdout) != 0 && status == EXIT_DONE) {
+    std::fprintf(stderr, "stabilize: standard output cannot be written\n");
+    status = EXIT_FAILED;
+  }
   SetLogSink({});
   SetTraceSink({});
   return status;

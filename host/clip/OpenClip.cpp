@@ -9,7 +9,10 @@
 std::unique_ptr<IClipReader> OpenClip(const std::string& path, int threads) {
   if (path.starts_with("test:") || path == "test") return MakeTestShotReader(ParseTestShot(path));
   std::error_code error;
-  const bool isFile = std::filesystem::is_regular_file(path, error);
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  const bool isFile = std::filesystem::is_regular_file(status);
+  // Opening a pipe would wait for whoever writes into it, perhaps for ever.
+  if (std::filesystem::is_other(status)) throw CClipError(path + ": neither a file nor a folder");
   if (isFile && !IsImageExtension(ExtensionOf(path))) return OpenVideo(path, threads);
   if (!isFile && HasFramePlaceholder(path) && !IsImageExtension(ExtensionOf(path)))
     throw CClipError(path + ": image sequences are DPX, TIFF, PNG or EXR files");

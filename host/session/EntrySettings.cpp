@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "session/PointFinder.h"
 #include "tracking/TrackingArray.h"
@@ -43,11 +44,13 @@ class CRecord {
     if (value < low || value > high) refuseRange(key, std::to_string(low), std::to_string(high));
     return value;
   }
-  void number(const char* key, double low, double high) const {
-    if (!element_.HasAttrib(key)) return;
+  /// `low` when it is missing.
+  double number(const char* key, double low, double high) const {
+    if (!element_.HasAttrib(key)) return low;
     const double value = element_.GetAttribDouble(key, low - 1.0);
     if (!(value >= low && value <= high))
       refuseRange(key, std::to_string(low), std::to_string(high));
+    return value;
   }
   bool boolean(const char* key, bool missing) const {
     const bool value = element_.GetAttribBool(key, missing);
@@ -115,7 +118,7 @@ void takeMotion(const CRecord& record, SStabilizeOptions& options) {
   const bool registered = h == MODES[3] || v == MODES[3] || r == MODES[3];
   // The default of the record is frame 0, which matters only where there is something to match.
   record.integer("RefFrameIndex", registered ? 0 : *options.in, *options.in, *options.out - 1);
-  record.number("Jitter", 0.0, 10.0);
+  options.jitter = static_cast<int>(std::ceil(record.number("Jitter", 0.0, 10.0)));
   record.number("Alpha2", -1.0, 1.0);
   record.name("UFunction", WARPS[0], WARPS);
   record.name("MissingDataFill", FILLS[0], FILLS);

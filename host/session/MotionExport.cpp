@@ -38,7 +38,7 @@ void appendFields(std::string& row, std::initializer_list<double> numbers) {
 
 /// The number of frames for which everything is known.
 std::size_t frameCount(const SStabilizeResult& result) {
-  return std::min(result.measured.size(), result.moves.size());
+  return std::min(result.asShot.size(), result.moves.size());
 }
 
 Json conventions() {
@@ -57,7 +57,7 @@ Json conventions() {
 }
 
 Json frameJson(const SStabilizeResult& result, std::size_t i) {
-  const SFrameMotion& measured = result.measured[i];
+  const SFrameMotion& measured = result.asShot[i];
   const SPictureMove& move = result.moves[i];
   const SAppliedMotion applied = appliedMotion(move, result.clip.format);
   const auto& m = move.matrix;
@@ -84,7 +84,7 @@ Json frameJson(const SStabilizeResult& result, std::size_t i) {
 std::string MotionAsCsv(const SStabilizeResult& result) {
   std::string text = std::string(COLUMNS) + ROW_END;
   for (std::size_t i = 0; i < frameCount(result); ++i) {
-    const SFrameMotion& measured = result.measured[i];
+    const SFrameMotion& measured = result.asShot[i];
     const SPictureMove& move = result.moves[i];
     const SAppliedMotion applied = appliedMotion(move, result.clip.format);
     const auto& m = move.matrix;

@@ -46,8 +46,8 @@ void CheckPointsOutput(const SStabilizeOptions& options) {
   const std::string& path = options.savePoints;
   if (path.empty()) return;
   std::error_code ignored;
-  if (!options.overwrite && std::filesystem::exists(path, ignored))
-    throw std::runtime_error(path + ": exists already");
+  if (!options.overwrite && !options.replacePoints && std::filesystem::exists(path, ignored))
+    throw std::runtime_error(path + ": exists already; --overwrite replaces it");
   CheckWritable(path);
 }
 

@@ -119,17 +119,21 @@ class CTemporaryPointsFile {
     folder_ = folder;
     std::ostringstream text;
     text << points;
-    if (!WriteFileWhole(path(), text.str())) throw std::runtime_error(theError.getMessage());
+    if (WriteFileWhole(path(), text.str())) return;
+    remove();
+    throw std::runtime_error(theError.getMessage());
   }
-  ~CTemporaryPointsFile() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
+  ~CTemporaryPointsFile() { remove(); }
   CTemporaryPointsFile(const CTemporaryPointsFile&) = delete;
   CTemporaryPointsFile& operator=(const CTemporaryPointsFile&) = delete;
   std::string path() const { return (folder_ / "matting.points").string(); }
 
  private:
+  void remove() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+
   std::filesystem::path folder_;
 };
 
@@ -224,7 +228,7 @@ void LoadPoints(SPreparedShot& shot, const SStabilizeOptions& options,
   const SFilePoints& file = *options.filePoints;
   const int in = *options.in;
   const int out = *options.out;
-  shot.tracked = file.areTrackedOver(in, out);
+  shot.tracked = !options.placeOnly && file.areTrackedOver(in, out);
   shot.region = regionOf(file, options, shot);
   shot.tool->session().setTrackingRegion(shot.region);
   const int frame = frameToPlace(file, in, shot.tracked);

@@ -13,6 +13,7 @@ constexpr const char* ROOT = "ProcessList";
 constexpr const char* ENTRY = "Entry";
 constexpr int VERSION = 1;
 constexpr int LARGEST_NUMBER = 999999;
+constexpr int LARGEST_COUNT = 5000;
 constexpr const char* BOTTOM_LEFT = "bottom-left";
 constexpr const char* STATE_NAMES[] = {"waiting", "running", "done", "failed", "interrupted"};
 
@@ -78,6 +79,8 @@ SStabilizeOptions readOptions(const CPDLElement& element, const CAttributes& att
   if (options.output.empty()) attributes.refuseValue("Output");
   options.in = attributes.integer("In");
   options.out = attributes.integer("Out");
+  if (*options.in < 0) attributes.refuseValue("In");
+  if (*options.out <= *options.in) attributes.refuseValue("Out");
   options.overwrite = attributes.boolean("Overwrite");
   options.verify = attributes.boolean("Verify");
   if (attributes.has("MaxResidual")) options.maxResidual = attributes.number("MaxResidual");
@@ -145,6 +148,8 @@ CProcessList CProcessList::FromText(const std::string& text) {
   list.next_ = attributes.integer("Next");
   std::set<int> numbers;
   const int count = root.GetChildCount();
+  if (count > LARGEST_COUNT)
+    throw CProcessListError("more than " + std::to_string(LARGEST_COUNT) + " entries");
   for (int i = 0; i < count; ++i) {
     list.shots_.push_back(readShot(root.GetChild(i), i + 1));
     const int number = list.shots_.back().number;
@@ -166,8 +171,8 @@ std::string CProcessList::toText() const {
 }
 
 int CProcessList::add(const SStabilizeOptions& options) {
-  if (next_ > LARGEST_NUMBER)
-    throw CProcessListError("no number is left for another entry; begin a new list");
+  if (next_ > LARGEST_NUMBER || shots_.size() >= LARGEST_COUNT)
+    throw CProcessListError("the list is full; begin a new one");
   for (const SQueuedShot& other : shots_)
     if (other.state != EShotState::done && !options.overwrite && meet(other.options, options))
       throw CProcessListError("entry " + std::to_string(other.number) +

@@ -8,7 +8,9 @@
 
 #include "clip/ClipWriter.h"
 #include "session/EntrySettings.h"
+#include "session/PointsOutput.h"
 #include "session/PreparedShot.h"
+#include "session/ResultFiles.h"
 #include "session/ShotReport.h"
 #include "support/ErrorReport.h"
 
@@ -45,6 +47,8 @@ void refuseMissingFolder(const std::string& file) {
 void checkTargets(const SStabilizeOptions& options, const SClipInfo& clip) {
   for (const std::string& path : {options.output, options.compare})
     if (!path.empty()) CheckOutput(path, clip, *options.in, *options.out, options.overwrite);
+  CheckResultFiles(options);
+  CheckPointsOutput(options);
   for (const std::string& path :
        {options.report, options.graph, options.savePoints, options.exportMotion})
     refuseMissingFolder(path);
@@ -53,6 +57,7 @@ void checkTargets(const SStabilizeOptions& options, const SClipInfo& clip) {
 }  // namespace
 
 SStabilizeOptions CaptureShot(SStabilizeOptions options, const SJobObserver& observer) {
+  options.placeOnly = true;  // an entry's points are tracked when it is run
   for (auto path :
        {&SStabilizeOptions::input, &SStabilizeOptions::output, &SStabilizeOptions::report,
         &SStabilizeOptions::graph, &SStabilizeOptions::compare, &SStabilizeOptions::savePoints,
@@ -153,6 +158,8 @@ SStabilizeResult CQueueRun::runJob(const SQueuedShot& shot) {
   SStabilizeOptions options = shot.options;
   options.threads = settings_.threads;
   if (!shot.beganWriting.empty()) options.overwrite = true;
+  // Its points may have been saved before its first frame was.
+  options.replacePoints = shot.state != EShotState::waiting;
   SJobObserver observer = observer_;
   observer.beginsToWrite = [this, shot = shot]() mutable {
     store(shot, [](SQueuedShot& stored) { stored.beganWriting = timeNow(); });

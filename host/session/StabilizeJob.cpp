@@ -1,6 +1,7 @@
 #include "session/StabilizeJob.h"
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "session/MotionGraph.h"
 #include "session/PointsOutput.h"
 #include "session/PreparedShot.h"
+#include "session/ResultFiles.h"
 #include "session/ShotReport.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
@@ -46,13 +48,22 @@ SStabilizeResult CStabilizeJob::run() {
   render();
   collectMotion();
   shot_.reset();
-  if (options_.verify) verify();
+  std::exception_ptr failure;
+  if (options_.verify) {
+    try {
+      verify();
+    } catch (...) {
+      failure = std::current_exception();  // what was measured until now is not lost for it
+    }
+  }
   writeExtras();
+  if (failure) std::rethrow_exception(failure);
   return result_;
 }
 
 void CStabilizeJob::openShot() {
   std::unique_ptr<IClipReader> reader = OpenInput(options_);
+  CheckResultFiles(options_);
   CheckOutput(options_.output, reader->info(), *options_.in, *options_.out, options_.overwrite);
   if (!options_.compare.empty())
     CheckOutput(options_.compare, reader->info(), *options_.in, *options_.out, options_.overwrite);
@@ -72,7 +83,6 @@ void CStabilizeJob::openShot() {
 /// Before the render, so that nothing that ends it costs the points.
 void CStabilizeJob::savePoints() {
   if (!tracked_) shot_->command(TOOL_TRACK);
-  observer_.beginsToWrite();
   SavePoints(*shot_, options_);
 }
 
@@ -97,6 +107,9 @@ void CStabilizeJob::collectMotion() {
   result_.intended = MotionOfTriangles(*editor.smoothedMotion(), centre);
   if (options_.stabilize != EStabilize::rotation)
     keepRotation(FitMotion(*editor.trackingArray(), centre));
+  result_.asShot = options_.stabilize == EStabilize::rotation
+                       ? result_.measured
+                       : FitMotion(*editor.trackingArray(), centre);
   const SZoom zoom{editor.zoomSource(), result_.region};
   result_.moves = PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(),
                                MoveSettingsOf(shot_->capture()), zoom);
@@ -119,8 +132,10 @@ void CStabilizeJob::verify() {
 }
 
 void CStabilizeJob::writeExtras() {
-  const auto write = [](const std::string& path, const std::string& text) {
-    if (!path.empty() && !WriteFileWhole(path, text)) throw CJobError(-1, theError.getMessage());
+  std::string failure;  // of the first; the others are written all the same
+  const auto write = [&failure](const std::string& path, const std::string& text) {
+    if (!path.empty() && !WriteFileWhole(path, text) && failure.empty())
+      failure = theError.getMessage();
   };
   if (!options_.graph.empty()) {
     std::vector<SMotionCurve> curves = {{"as shot", "#d9822b", 1.5, result_.measured},
@@ -133,6 +148,7 @@ void CStabilizeJob::writeExtras() {
                                    ? std::string()
                                    : MotionAsText(result_, options_.exportMotion));
   write(options_.report, options_.report.empty() ? std::string() : ReportAsJson(result_));
+  if (!failure.empty()) throw CJobError(-1, failure);
   if (options_.compare.empty()) return;
   observer_.note("writing " + options_.compare);
   WriteComparison(result_, observer_);

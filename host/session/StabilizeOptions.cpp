@@ -179,6 +179,8 @@ void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip) {
   checkPictureOptions(options, clip);
   checkFiles(options);
   if (options.maxResidual) options.verify = true;
+  if (options.verify && options.output == "null:")
+    throw CUsageError("--verify and --max-residual need an output that can be read, not null:");
 }
 
 CPDLEntry MakeEntry(const SStabilizeOptions& options) {

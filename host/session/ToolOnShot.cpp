@@ -38,11 +38,17 @@ class CToolOnShot::CAnsweringApplication : public TApplication {
 
 CToolOnShot::SToolErrors::SToolErrors() {
   SetErrorSink([this](const std::string&, int newCode, const std::string& newText) {
+    const std::lock_guard lock(mutex);
     // The first failure is the cause; what follows are its consequences.
     if (!text.empty()) return;
     code = newCode;
     text = newText;
   });
+}
+
+void CToolOnShot::SToolErrors::setCode(int newCode) {
+  const std::lock_guard lock(mutex);
+  code = newCode;
 }
 
 CToolOnShot::SToolErrors::~SToolErrors() {
@@ -136,7 +142,7 @@ int CToolOnShot::render(IClipWriter& writer) {
 
 int CToolOnShot::renderInto() {
   const int code = tool_->startProcessing(CToolObject::EVENT_RENDER_RANGE, false);
-  if (code != 0) errors_.code = code;
+  if (code != 0) errors_.setCode(code);
   pumpUntilIdle();
   const int written = session_.finishWriting();
   throwWhatFailed();
@@ -168,6 +174,7 @@ void CToolOnShot::throwWhatFailed() {
   if (!session_.tracking().failure.empty())
     throw CJobError(-1, session_.info().path + ": " + session_.tracking().failure);
   if (!session_.frameFailure().empty()) throw CJobError(-1, session_.frameFailure());
+  const std::lock_guard lock(errors_.mutex);
   const int code = errors_.code != 0 ? errors_.code : tool_->getLastProcessingError();
   if (code != 0) throw CJobError(code, errors_.text.empty() ? "the tool failed" : errors_.text);
 }

@@ -84,7 +84,7 @@ CFileClaim::~CFileClaim() {
 bool CFileClaim::isClaimed(const std::string& file) {
   const int descriptor =
       ::open(markerOf(file).c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) return false;
+  if (descriptor < 0) return errno != ENOENT;  // a marker that is not ours to open is somebody's
   struct flock lock = wholeFile();
   const bool claimed = ::fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
   ::close(descriptor);

@@ -101,6 +101,7 @@ class MotionExport : public Moves {
     settings_.turns = true;
     result_.moves = moves();
     result_.measured = {{10, 0.0, 0.0, 0.0}, {11, 3.0, -2.0, 0.0}, {12, -4.5, 1.25, 0.5}};
+    result_.asShot = result_.measured;
     for (int frame : {10, 11, 12})
       for (int point : {0, 1})
         result_.points.PointsAt(frame).Point(point) =

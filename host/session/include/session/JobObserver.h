@@ -24,8 +24,7 @@ class CInterrupted : public std::runtime_error {
 struct SJobObserver {
   IToolProgressMonitor* monitor = nullptr;  ///< any thread; null: nobody
   std::function<void(const std::string&)> note = [](const std::string&) {};
-  /// Something is about to be written: the points, or the first frame of the output. On any thread,
-  /// maybe more than once; what it throws fails the job.
+  /// The output is about to get its first frame. On a writing thread; what it throws fails the job.
   std::function<void()> beginsToWrite = [] {};
   const std::atomic<bool>* interrupted = nullptr;  ///< becomes true when the job shall stop
 

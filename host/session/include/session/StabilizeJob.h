@@ -30,6 +30,9 @@ struct SStabilizeResult {
   std::vector<SFeature> features;  ///< as found, or as given (strength 0)
   STrackingOutcome tracking;
   std::vector<SFrameMotion> measured;  ///< motion of the input
+  /// The same at the centre of the picture, also where the picture turns and is left to: `measured`
+  /// is then the motion of the points' middle.
+  std::vector<SFrameMotion> asShot;
   std::vector<SFrameMotion> intended;  ///< the path that the picture was put on
   std::vector<SPictureMove> moves;     ///< where the renderer put each frame
   CTrackingArray points;               ///< the points used, in every frame of the input

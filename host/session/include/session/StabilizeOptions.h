@@ -55,6 +55,8 @@ struct SStabilizeOptions {
   std::optional<int> search;    ///< reach, pixels
   EWarp warp = EWarp::euclidean;
   bool overwrite = false;
+  bool replacePoints = false;  ///< as overwrite, for savePoints alone
+  bool placeOnly = false;      ///< known paths of pointsFile are not taken over, only their start
   /// The tool's settings and points as they were captured before; stands for all that is said of
   /// points, motion and matting above.
   std::shared_ptr<const CPDLEntry> entry;

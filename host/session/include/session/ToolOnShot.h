@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "ToolObj/ToolObject.h"
@@ -60,6 +61,9 @@ class CToolOnShot {
   struct SToolErrors {
     SToolErrors();
     ~SToolErrors();
+    void setCode(int newCode);
+
+    std::mutex mutex;  ///< the tool's threads fail, too; guards both
     int code = 0;
     std::string text;
   };

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "session/StabilizeOptions.h"
+
+/// Refuses, for a text that `option` writes to `path`, a name that only a picture, a video, a
+/// points file or a process list would have: whoever writes `--report scan.mov` has mistyped, and
+/// would lose the scan. Throws CUsageError.
+void CheckTextName(const std::string& option, const std::string& path);
+
+/// Refuses results that would overwrite each other, or the points file that is read. Throws
+/// CUsageError that names both options.
+void CheckResultFiles(const SStabilizeOptions& options);
