@@ -65,6 +65,7 @@ void CStabilizerTool::findMattingBox(const std::array<int, 3>& color, int seedX,
 }
 
 void CStabilizerTool::findMattingBoxOfPick() {
+  if (colorPicker_.getMaximum() <= 0) return;  // the click met no pixel, nor did the way to it
   std::array<int, 3> color{};
   colorPicker_.getColor(color[0], color[1], color[2]);
   for (int& component : color) component = eightBitCode(component, colorPicker_.getMaximum());

@@ -136,12 +136,7 @@ void CStabilizerTool::placeAtMarkIn(CTrackingArray& points) {
 // What was asked for and has not begun is forgotten: it was asked of other points.
 void CStabilizerTool::installPoints(const CTrackingArray& points, bool tracked) {
   discardSmoothedPath();  // before the run state is looked at: a smoothing run may end in between
-  const int state = runState_;
-  const bool begun = state == RUN_SMOOTHING || state == RUN_RENDERING || state == RUN_RENDERED;
-  if (!begun && state != RUN_ERROR) runState_ = RUN_IDLE;
-  forgetPendingRequest();
-  deferredRender_ = false;
-  wholeRangeRun_ = false;  // what a pass renders now are not these points
+  forgetWhatHasNotBegun();
 
   // The editor takes the marks as they are while it still has the old points: marks that it first
   // met later would cost it the new ones.
@@ -154,6 +149,15 @@ void CStabilizerTool::installPoints(const CTrackingArray& points, bool tracked) 
   editor_.refresh();
   refreshExecutionButtons();
   updateWindow();
+}
+
+void CStabilizerTool::forgetWhatHasNotBegun() {
+  const int state = runState_;
+  const bool begun = state == RUN_SMOOTHING || state == RUN_RENDERING || state == RUN_RENDERED;
+  if (!begun && state != RUN_ERROR) runState_ = RUN_IDLE;
+  forgetPendingRequest();
+  deferredRender_ = false;
+  wholeRangeRun_ = false;  // what a pass renders now are not these points
 }
 
 void CStabilizerTool::onTrackedPointsLoaded() {

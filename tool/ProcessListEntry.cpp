@@ -9,6 +9,12 @@ int CStabilizerTool::capturePDLEntry(CPDLEntry& entry) {
 }
 
 int CStabilizerTool::runPDLEntry(CPDLEntry& entry) {
+  CAutoErrorReporter reporter("CStabilizerTool::runPDLEntry");
+  if (isTrackingPassUnderWay()) {
+    // The pass writes into the live points to its very end.
+    reporter.set(-1, "A tracking pass is under way; stop it first");
+    return -1;
+  }
   const CPDLElement settings = entry.FirstElement();
   for (int i = 0; i < settings.GetChildCount(); ++i) {
     const CPDLElement child = settings.GetChild(i);
@@ -21,6 +27,7 @@ int CStabilizerTool::runPDLEntry(CPDLEntry& entry) {
       loaded.ReadPDLEntry(child);
       turnColorPickerOff();
       setMattingBox(loaded.MattingBox());
+      editor_.updateMarks();  // marks that it first met later would cost it the new points
       tracked_ = loaded;
       editor_.selectedPoint = -1;
       editor_.pointsChangedHook.notify();
@@ -28,6 +35,7 @@ int CStabilizerTool::runPDLEntry(CPDLEntry& entry) {
     }
   }
   discardSmoothedPath();
+  forgetWhatHasNotBegun();
   needsRetracking_ = true;
   deferredRender_ = false;
   return 0;

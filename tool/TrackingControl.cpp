@@ -107,6 +107,7 @@ void CStabilizerTool::clearAllTrackingData() {
     syntheticOriginal_.Clear();
   }
   editor_.selectedPoint = -1;
+  editor_.updateMarks();  // points that are placed now belong to the marks as they are
   editor_.refresh();
   updateWindow();
 }

@@ -86,4 +86,18 @@ TEST_F(ProcessListEntry, ABatchGoesFromEntryToRenderByItself) {
   EXPECT_TRUE(errors.empty());
 }
 
+TEST_F(ProcessListEntry, AnEntryDoesNotMixItsPointsWithThoseOfATrackingPass) {
+  placePoints();
+  CPDLEntry entry;
+  ASSERT_EQ(tool.capturePDLEntry(entry), 0);
+  placePoints(3);
+  shot.setRunState(RUN_TRACKING);
+  EXPECT_NE(tool.runPDLEntry(entry), 0);
+  EXPECT_EQ(tool.livePoints().NumberOfPoints(), 3);
+  EXPECT_EQ(errors.size(), 1u);
+  shot.setRunState(RUN_IDLE);
+  EXPECT_EQ(tool.runPDLEntry(entry), 0);
+  EXPECT_EQ(tool.livePoints().NumberOfPoints(), 2);
+}
+
 }  // namespace

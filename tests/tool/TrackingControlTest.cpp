@@ -263,4 +263,12 @@ TEST_F(TrackingControl, NewBoxSizesReachThePointsOnce) {
   EXPECT_EQ(host.calls.count("redrawDisplay"), 1);
 }
 
+TEST_F(TrackingControl, PointsThatArePlacedAfterAClearCanBeTracked) {
+  makeTracked();
+  tool.clearAllTrackingData();
+  EXPECT_FALSE(tool.isTracked());
+  makeTracked();
+  EXPECT_TRUE(tool.isTracked());
+}
+
 }  // namespace

@@ -256,6 +256,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   /// False: the host or the operator refused, and the marks are where they were.
   bool takeMarksOf(const CTrackingArray& points);
   void placeAtMarkIn(CTrackingArray& points);
+  void forgetWhatHasNotBegun();
   void installPoints(const CTrackingArray& points, bool tracked);
   void onTrackedPointsLoaded();
 
