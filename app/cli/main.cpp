@@ -44,8 +44,7 @@ int run(const SProgram& program) {
     return complain(error, EXIT_INTERRUPTED);
   } catch (const CJobError& error) {
     LogLine(error.what());
-    std::fprintf(stderr, "stabilize: %s (code %d)\n", Printable(error.what()).c_str(),
-                 error.code);
+    std::fprintf(stderr, "stabilize: %s (code %d)\n", Printable(error.what()).c_str(), error.code);
     return EXIT_FAILED;
   } catch (const std::exception& error) {
     return complain(error, EXIT_FAILED);

@@ -33,10 +33,14 @@ void CheckResultFiles(const SStabilizeOptions& options) {
   CheckTextName("--report", options.report);
   CheckTextName("--graph", options.graph);
   const std::pair<const char*, const std::string*> files[] = {
-      {"INPUT", &options.input},           {"--output", &options.output},
-      {"--points", &options.pointsFile},   {"--compare", &options.compare},
-      {"--report", &options.report},       {"--graph", &options.graph},
-      {"--save-points", &options.savePoints}, {"--export-motion", &options.exportMotion}};
+      {"INPUT", &options.input},
+      {"--output", &options.output},
+      {"--points", &options.pointsFile},
+      {"--compare", &options.compare},
+      {"--report", &options.report},
+      {"--graph", &options.graph},
+      {"--save-points", &options.savePoints},
+      {"--export-motion", &options.exportMotion}};
   std::map<std::string, const char*> taken;
   for (const auto& [option, path] : files) {
     if (path->empty() || *path == "null:") continue;
