@@ -117,11 +117,16 @@ void CParameterWindow::setUseMattingChecked(bool checked) {
 }
 
 std::string CParameterWindow::askPointsFileToSave(const std::string& suggestedName) {
-  return Application()->askFileToSave("Save Tracking Points", "*.points", suggestedName);
+  SFileDialog dialog;
+  dialog.kind = SFileDialog::EKind::save;
+  dialog.fileName = suggestedName;
+  return Application()->chooseFile(dialog);
 }
 
 std::string CParameterWindow::askPointsFileToLoad(const std::string& suggestedName) {
-  return Application()->askFileToOpen("Load Tracking Points", "*.points", suggestedName);
+  SFileDialog dialog;
+  dialog.fileName = suggestedName;
+  return Application()->chooseFile(dialog);
 }
 
 void CParameterWindow::sendBoxExtents() {

@@ -4,7 +4,7 @@
 
 #include "support/ErrorReport.h"
 #include "support/Threads.h"
-#include "toolkit/Application.h"
+#include "toolkit/HeadlessApplication.h"
 
 namespace {
 
@@ -23,18 +23,6 @@ CShotSession::SSettings sessionSettings(int threads) {
 }
 
 }  // namespace
-
-class CToolOnShot::CAnsweringApplication : public TApplication {
- public:
-  std::string file;
-
-  std::string askFileToOpen(const std::string&, const std::string&, const std::string&) override {
-    return file;
-  }
-  std::string askFileToSave(const std::string&, const std::string&, const std::string&) override {
-    return file;
-  }
-};
 
 CToolOnShot::SToolErrors::SToolErrors() {
   SetErrorSink([this](const std::string&, int newCode, const std::string& newText) {
@@ -58,7 +46,7 @@ CToolOnShot::SToolErrors::~SToolErrors() {
 CToolOnShot::CToolOnShot(std::unique_ptr<IClipReader> reader, int threads, int in, int out,
                          const SJobObserver& observer)
     : observer_(observer),
-      application_(std::make_unique<CAnsweringApplication>()),
+      application_(std::make_unique<THeadlessApplication>()),
       plugin_(CPluginLibrary::find("stabilize.so")),
       session_(std::move(reader), sessionSettings(threads)) {
   plugin_.handOverApplication(application_.get());

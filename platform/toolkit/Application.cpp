@@ -1,5 +1,6 @@
 #include "toolkit/Application.h"
 
+#include <algorithm>
 #include <atomic>
 
 namespace {
@@ -29,14 +30,33 @@ EConfirmation TApplication::confirm(const std::string&) {
   return EConfirmation::proceed;
 }
 
-std::string TApplication::askFileToOpen(const std::string&, const std::string&,
-                                        const std::string&) {
+std::string TApplication::chooseFile(const SFileDialog&) {
   return {};
 }
 
-std::string TApplication::askFileToSave(const std::string&, const std::string&,
-                                        const std::string&) {
-  return {};
+int TApplication::runModal(TForm&) {
+  return MODAL_CANCEL;
+}
+
+std::vector<SBounds> TApplication::monitors() const {
+  return {{0, 0, 1920, 1080}};
+}
+
+void TApplication::raise(TForm& form) {
+  const auto found = std::find(forms_.begin(), forms_.end(), &form);
+  if (found != forms_.end()) std::rotate(found, found + 1, forms_.end());
+}
+
+void TApplication::postMessage(TForm& form, const SMessage& message) {
+  queue_.push_back({&form, message});
+}
+
+void TApplication::deliverMessages() {
+  while (!queue_.empty()) {
+    const SQueued next = queue_.front();
+    queue_.erase(queue_.begin());
+    next.form->handleMessage(next.message);
+  }
 }
 
 TApplication* Application() {

@@ -9,23 +9,6 @@
 
 namespace {
 
-/// An operator who picks the same file whatever is asked.
-class CFilePicker : public CScriptedApplication {
- public:
-  std::string file;
-  std::vector<std::string> asked;
-
-  std::string askFileToOpen(const std::string& title, const std::string& pattern,
-                            const std::string& suggested) override {
-    asked.push_back(title + '|' + pattern + '|' + suggested);
-    return file;
-  }
-  std::string askFileToSave(const std::string& title, const std::string& pattern,
-                            const std::string& suggested) override {
-    return askFileToOpen(title, pattern, suggested);
-  }
-};
-
 constexpr int FIRST = 40;  // of the loaded frames
 constexpr int END = 44;
 
@@ -33,7 +16,6 @@ class PointsFile : public ToolTest {
  protected:
   void SetUp() override {
     ToolTest::SetUp();
-    SetApplication(&picker);
     ZRNQTraceLevel = 0;
     path = folder_ + "shot.points";
     host.onCall = [this](const std::string& call) { react(call); };
@@ -71,7 +53,6 @@ class PointsFile : public ToolTest {
     return tool.LoadTrackingPoints(path, setMarks);
   }
 
-  CFilePicker picker;
   std::string path;
   std::string refusedMark;  ///< "setMarkIn 40": ends at the value beside it
   int refusedValue = 0;
@@ -97,13 +78,15 @@ TEST_F(PointsFile, NamesAreSuggestedAfterMarkIn) {
 
 TEST_F(PointsFile, DialogsBeginWithTheSuggestionAndMayBeCancelled) {
   placePoints();
-  const std::string suggested = "|*.points|stab_00_00_04_04.points";
   tool.SavePointsWithDialog();
   tool.LoadPointsWithDialog(true);
-  EXPECT_EQ(picker.asked, (std::vector<std::string>{"Save Tracking Points" + suggested,
-                                                    "Load Tracking Points" + suggested}));
+  ASSERT_EQ(application.fileDialogs.size(), 2u);
+  EXPECT_EQ(application.fileDialogs[0].kind, SFileDialog::EKind::save);
+  EXPECT_EQ(application.fileDialogs[1].kind, SFileDialog::EKind::open);
+  for (const SFileDialog& dialog : application.fileDialogs)
+    EXPECT_EQ(dialog.fileName, "stab_00_00_04_04.points");
   EXPECT_TRUE(trace.empty());
-  picker.file = path;
+  application.file = path;
   tool.SavePointsWithDialog();
   tool.clearAllTrackingData();
   tool.LoadPointsWithDialog(false);
@@ -435,12 +418,12 @@ TEST_F(PointsFile, ALongPassBeforeTheLoadAsksNoMoreQuestions) {
     return p;
   }());
   ASSERT_TRUE(load('G'));
-  EXPECT_EQ(picker.questions.size(), 1u) << "moving IN costs the points that are there";
+  EXPECT_EQ(application.questions.size(), 1u) << "moving IN costs the points that are there";
   EXPECT_EQ(tool.trackingDuration(), 0);
   host.setMarkIn(FIRST - 20);
-  EXPECT_EQ(picker.questions.size(), 1u);
+  EXPECT_EQ(application.questions.size(), 1u);
 
-  picker.answer = EConfirmation::cancel;  // the marks stay: the points come to them
+  application.answer = EConfirmation::cancel;  // the marks stay: the points come to them
   host.markIn = IN;
   host.markOut = OUT;
   tool.onMarksChange();

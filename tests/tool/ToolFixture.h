@@ -13,7 +13,7 @@
 #include "support/Trace.h"
 #include "tool/ParameterWindow.h"
 #include "tool/StabilizerTool.h"
-#include "toolkit/Application.h"
+#include "toolkit/HeadlessApplication.h"
 
 /// A settings folder for the time of a test, so that none reads what another one, or a person, has
 /// left. Made before the tool, which keeps the name of its settings file, and gone after it.
@@ -36,20 +36,6 @@ class CSettingsFolder {
   static constexpr const char* VARIABLE = "XDG_CONFIG_HOME";
   std::string path_;
   std::string before_;
-};
-
-/// An application whose operator answers as the test says.
-class CScriptedApplication : public TApplication {
- public:
-  EConfirmation answer = EConfirmation::proceed;
-  std::vector<std::string> questions;
-  int beeps = 0;
-
-  void beep() override { ++beeps; }
-  EConfirmation confirm(const std::string& question) override {
-    questions.push_back(question);
-    return answer;
-  }
 };
 
 /// A window that holds settings and records what it is told to show.
@@ -170,7 +156,7 @@ class ToolTest : public testing::Test {
 
   CSettingsFolder settingsFolder;
   CRecordingHost host;
-  CScriptedApplication application;
+  THeadlessApplication application;
   std::vector<std::string> errors;  ///< "operation code text"
   std::vector<std::string> trace;
   CRecordingWindow* window = nullptr;

@@ -5,7 +5,7 @@
 
 #include "ToolObj/ProgressMonitor.h"
 #include "params/StabilizerParameters.h"
-#include "toolkit/Control.h"
+#include "toolkit/Controls.h"
 
 /// Controls that a key moves the focus to.
 enum class EFocusTarget { trackBoxSize, motionSearchArea, smoothing, addJitter };

@@ -11,6 +11,8 @@
 #include "session/PluginLibrary.h"
 #include "session/ShotSession.h"
 
+class THeadlessApplication;
+
 /// Keys of the tool that a batch host presses, by command number.
 enum EToolCommand {
   TOOL_SAVE_POINTS = 11,
@@ -55,8 +57,6 @@ class CToolOnShot {
   int render(IClipWriter& writer);
 
  private:
-  /// Answers the tool's file dialogs.
-  class CAnsweringApplication;
   /// The tool's failures, from construction to destruction.
   struct SToolErrors {
     SToolErrors();
@@ -76,7 +76,7 @@ class CToolOnShot {
 
   const SJobObserver& observer_;
   SToolErrors errors_;
-  std::unique_ptr<CAnsweringApplication> application_;
+  std::unique_ptr<THeadlessApplication> application_;  ///< answers the tool's dialogs
   CPluginLibrary plugin_;
   CShotSession session_;
   CToolObject* tool_ = nullptr;

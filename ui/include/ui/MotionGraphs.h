@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "toolkit/Controls.h"
+
+class CStabilizerTool;
+
+/// Three charts of the selected point's motion over the marked frames, as it was measured and as it
+/// is meant to be: horizontal, vertical, rotation. Where there is nothing sensible to plot a notice
+/// covers them and says why. THREAD: the user-interface thread.
+class TMotionGraphs : public TControl {
+ public:
+  explicit TMotionGraphs(std::string name, TControl* parent = nullptr);
+
+  TLineChart HTrackGraph;
+  TLineChart VTrackGraph;
+  TLineChart RTrackGraph;
+  TPanel TrackWarnPanel;
+  TLabel TrackWarnDataLabel;
+  TLabel TrackWarnReasonLabel;
+
+  /// Draws what the tool has now. While a smoothing run is making the intended motion, only the
+  /// measured one.
+  void update(CStabilizerTool& tool);
+};
