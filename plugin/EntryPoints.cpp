@@ -6,9 +6,9 @@
 
 #include "support/Memory.h"
 #include "support/Threads.h"
-#include "tool/ParameterWindow.h"
 #include "tool/StabilizerTool.h"
 #include "toolkit/Application.h"
+#include "ui/StabilizerForm.h"
 
 // The exported names are the hosts' contract, leading underscore included; do not change.
 
@@ -74,7 +74,7 @@ __attribute__((destructor)) void onUnload() {
 }
 
 std::unique_ptr<IStabilizerWindow> makeWindow(CStabilizerTool& tool) {
-  return std::make_unique<CParameterWindow>(tool);
+  return std::make_unique<TStabilizerForm>(tool);
 }
 
 // The contract hands texts out as untyped pointers; the host must not write to them.

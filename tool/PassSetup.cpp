@@ -195,7 +195,7 @@ int CStabilizerTool::sendParameters(const char* who, CAutoErrorReporter& reporte
   passZoomSource_ = {};
   const int hostValue = getSystemAPI()->getParameterValue();
   const int result = getSystemAPI()->SetToolParameters(
-      new CStabilizerToolParameters(hostValue, *this, gatherParameters()));
+      new CStabilizerToolParameters(hostValue, *this, pass_.parameters));
   if (result == 0) return 0;
   return failPass(reporter, result,
                   std::string(who) + " internal error: SetToolParameters failed with return code " +

@@ -20,24 +20,13 @@ void CStabilizerTool::setTimeMessage(const std::string& text) {
   timeMessage_ = text;
 }
 
-CStabilizerParameters CStabilizerTool::gatherParameters() {
-  // The window's own lock is not taken under ours.
-  if (!window_) {
-    CAutoThreadLock lock(parametersLock_, "CStabilizerTool::gatherParameters");
-    return parameters_;
-  }
-  const CStabilizerParameters gathered = window_->gatherParameters();
-  CAutoThreadLock lock(parametersLock_, "CStabilizerTool::gatherParameters");
-  parameters_ = gathered;
-  return gathered;
-}
-
 void CStabilizerTool::setRunState(int state) {
   runState_ = state;
   if (state != RUN_SMOOTHING) smoothingEnded_.Set();
 }
 
 void CStabilizerTool::takePassCopies() {
+  if (window_) pass_.parameters = window_->gatherParameters();
   pass_.points = tracked_;
   pass_.mattingBox = mattingBox_;
   pass_.selectedPoint = editor_.selectedPoint;

@@ -37,7 +37,6 @@ int CStabilizerTool::toolInitialize(CNavSystemInterface* systemInterface) {
     TraceAt(0, "Error in StabilizerTool Tool, initBaseToolObject failed " + std::to_string(result));
     return result;
   }
-  window_ = makeWindow_(*this);
   editor_.setSystemAPI(systemInterface);
   colorPicker_.setSystemAPI(systemInterface);
   editor_.setTrackingArray(&tracked_, false);
@@ -55,7 +54,8 @@ int CStabilizerTool::toolInitialize(CNavSystemInterface* systemInterface) {
 
 int CStabilizerTool::toolShow() {
   if (getSystemAPI()->isFirstShow()) editor_.resetMarks();
-  if (window_) window_->show();
+  if (!window_) window_ = makeWindow_(*this);
+  if (window_) window_->showControlPanel();
   getSystemAPI()->SetHelpPages("StabilizeOperation.htm", "StabilizeHotKeys.htm", 0);
   refreshExecutionButtons();
   return 0;
@@ -63,7 +63,7 @@ int CStabilizerTool::toolShow() {
 
 int CStabilizerTool::toolHide() {
   getSystemAPI()->prepareForToolCall();
-  if (window_) window_->hide();
+  if (window_) window_->hideControlPanel();
   return 0;
 }
 
@@ -120,7 +120,7 @@ int CStabilizerTool::toolDeactivate() {
 
 int CStabilizerTool::toolShutdown() {
   getSystemAPI()->prepareForToolCall();
-  smoothingEnded_.Wait();  // the run reads the window's settings and reports to its monitor
+  smoothingEnded_.Wait();  // the run reports to the window's monitor
   destroyWindow();
   return 0;
 }

@@ -68,10 +68,12 @@ void CToolOnShot::openTool(int in, int out) {
   if (code != 0)
     throw CJobError(code, "the tool cannot be initialised (" + std::to_string(code) + ")");
   tool_ = tool;
-  if (observer_.monitor) tool_->setProgressMonitor(observer_.monitor);
   session_.setTool(tool_);
   session_.goToFrame(in);
   tool_->toolShow();
+  // Nobody looks at the monitor that the tool's window brought; without ours, the tool's own
+  // traces.
+  tool_->setProgressMonitor(observer_.monitor);
   tool_->toolActivate();
   session_.setMarks(in, out);
 }
@@ -141,7 +143,9 @@ int CToolOnShot::renderInto() {
   return written;
 }
 
+// The window's timers run on the application's clock.
 void CToolOnShot::pumpUntilIdle() {
+  constexpr int ROUND_MILLISECONDS = 2;
   // After the tool reports idle it still wants one beat to take its last run state back.
   int idleRounds = 0;
   bool stopping = false;
@@ -153,7 +157,8 @@ void CToolOnShot::pumpUntilIdle() {
       tool_->stopProcessing();
     }
     idleRounds = tool_->getToolProcessingState() == CToolObject::STATE_IDLE ? idleRounds + 1 : 0;
-    QTXmillisleep(2);
+    QTXmillisleep(ROUND_MILLISECONDS);
+    application_->advanceClock(ROUND_MILLISECONDS);
   }
 }
 

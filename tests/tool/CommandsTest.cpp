@@ -19,7 +19,7 @@ class Commands : public ToolTest {
     restore();
   }
 
-  std::unique_ptr<CRecordingWindow> makeWindow(CStabilizerTool& owner) override {
+  std::unique_ptr<IStabilizerWindow> makeWindow(CStabilizerTool& owner) override {
     auto made = std::make_unique<CControlsWindow>(owner);
     controls = made.get();
     return made;

@@ -412,11 +412,7 @@ TEST_F(PointsFile, ALongPassBeforeTheLoadAsksNoMoreQuestions) {
   shot.setRunState(RUN_TRACKING);
   tool.onTrackingEnd(0);
   shot.setRunState(RUN_IDLE);
-  window->setPreferences([] {
-    CStabilizerPreferences p;
-    p.ClearOnShotChange = false;
-    return p;
-  }());
+  tool.setClearOnShotChange(false);
   ASSERT_TRUE(load('G'));
   EXPECT_EQ(application.questions.size(), 1u) << "moving IN costs the points that are there";
   EXPECT_EQ(tool.trackingDuration(), 0);

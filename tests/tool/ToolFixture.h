@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "ParameterWindow.h"
 #include "doubles/RecordingHost.h"
 #include "doubles/RecordingProgressMonitor.h"
 #include "support/ErrorReport.h"
 #include "support/Trace.h"
-#include "tool/ParameterWindow.h"
 #include "tool/StabilizerTool.h"
 #include "toolkit/HeadlessApplication.h"
 
@@ -150,7 +150,8 @@ class ToolTest : public testing::Test {
     return tool.onToolProcessingStatus(&record);
   }
 
-  virtual std::unique_ptr<CRecordingWindow> makeWindow(CStabilizerTool& owner) {
+  /// Which window the tool gets. `window` is it where it records.
+  virtual std::unique_ptr<IStabilizerWindow> makeWindow(CStabilizerTool& owner) {
     return std::make_unique<CRecordingWindow>(owner);
   }
 
@@ -162,7 +163,7 @@ class ToolTest : public testing::Test {
   CRecordingWindow* window = nullptr;
   CTimedTool tool{"Stabilize", [this](CStabilizerTool& owner) {
                     auto made = makeWindow(owner);
-                    window = made.get();
+                    window = dynamic_cast<CRecordingWindow*>(made.get());
                     return made;
                   }};
   IStabilizerShot& shot = tool;  ///< as the smoothing thread and the processor see it

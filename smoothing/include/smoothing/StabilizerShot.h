@@ -57,9 +57,8 @@ class IStabilizerShot {
   virtual void setTimeMessage(const std::string& text) = 0;
   virtual IToolProgressMonitor* progressMonitor() = 0;
 
-  /// Takes the window's current settings into the shot's parameter record and returns it. Called on
-  /// the smoothing thread once a run, and on the user-interface thread: an implementation must not
-  /// read controls or a record that the other thread may be changing without a lock of its own.
+  /// The settings as they were when the run was started. Called on the smoothing thread once a run:
+  /// an implementation must not read a record that another thread may be changing.
   virtual CStabilizerParameters gatherParameters() = 0;
   /// Joins the path threads of a smoothing run.
   virtual CCountingWait& smoothingWait() = 0;

@@ -44,7 +44,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   static constexpr int TOOL_NUMBER = 20;
   using WindowFactory = std::function<std::unique_ptr<IStabilizerWindow>(CStabilizerTool&)>;
 
-  /// Does not talk to the host. `makeWindow` is called by toolInitialize.
+  /// Does not talk to the host. `makeWindow` is called when the tool is first shown.
   CStabilizerTool(const std::string& toolName, WindowFactory makeWindow);
   /// REQUIRES: `toolShutdown` was called if `toolInitialize` was, and the tool's processors are
   /// gone.
@@ -164,7 +164,6 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   void setStatusMessage(const std::string& text) override;
   std::string getTimeMessage() override;
   void setTimeMessage(const std::string& text) override;
-  CStabilizerParameters gatherParameters() override;
   /// The live points. Passes under way work on a copy of their own.
   CTrackingArray& livePoints() { return tracked_; }
   CTrackingPointsEditor& editor() { return editor_; }
@@ -200,6 +199,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
 
  private:
   // The shot as smoothing thread and processor see it (ShotAccess.cpp).
+  CStabilizerParameters gatherParameters() override { return pass_.parameters; }
   CTrackingArray& trackedArray() override { return pass_.points; }
   SRect mattingBox() override { return pass_.mattingBox; }
   int selectedPoint() override { return pass_.selectedPoint; }
@@ -325,8 +325,6 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   std::atomic<bool> smoothed_{false};
   std::atomic<bool> passCompleted_{false};
   SRectD passZoomSource_;  // the processor's until it reports "stopped", then this thread's
-  CThreadLock parametersLock_;
-  CStabilizerParameters parameters_;
   CThreadLock statusLock_;
   std::string statusMessage_;
   CThreadLock timeLock_;
@@ -336,6 +334,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   /// What a pass reads of the live data. Written while no pass runs; the start of the thread, or
   /// the run command to it, hands it over.
   struct SPassCopies {
+    CStabilizerParameters parameters;
     CTrackingArray points;
     SRect mattingBox;
     int selectedPoint = -1;

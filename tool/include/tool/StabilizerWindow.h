@@ -14,14 +14,13 @@ enum class EFocusTarget { trackBoxSize, motionSearchArea, smoothing, addJitter }
 enum class EButtonGroup { motion, anchor, stabilize, fill };
 
 /// What the tool asks of its window. The window holds no settings of its own: its controls are the
-/// parameter record. THREAD: the user-interface thread, `gatherParameters` excepted: the smoothing
-/// thread calls it too.
+/// parameter record. THREAD: the user-interface thread.
 class IStabilizerWindow {
  public:
   virtual ~IStabilizerWindow() = default;
 
-  virtual void show() = 0;
-  virtual void hide() = 0;
+  virtual void showControlPanel() = 0;
+  virtual void hideControlPanel() = 0;
   /// The panel with the controls is visible.
   virtual bool isControlPanelVisible() const = 0;
 
@@ -36,7 +35,6 @@ class IStabilizerWindow {
   virtual void updateStatusLine() = 0;
   virtual void updatePointButtons() = 0;
   virtual void updateGraphs() = 0;
-  virtual void clipChanged() = 0;
 
   /// The "Show" check boxes of points and matting box. Setting one does not tell the tool.
   virtual bool isShowPointsEnabled() const = 0;

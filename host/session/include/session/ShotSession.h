@@ -13,6 +13,7 @@
 #include "host/NavSystemInterface.h"
 #include "session/TrackingRun.h"
 #include "setups/ToolSetups.h"
+#include "toolkit/Controls.h"
 #include "tracking/TrackingPointsEditor.h"
 
 /// What a tracking pass left behind. Points are named by the index they had when the pass began.
@@ -140,8 +141,8 @@ class CShotSession : public CNavSystemInterface {
   bool isFirstShow() override { return settings_.batch; }
   void toggleFix(bool) override {}
   void capturePDL(bool) override {}
-  void focusControl(TControl*) override {}
-  TControl* getFocusedControl() override { return nullptr; }
+  void focusControl(TControl* control) override { control->focus(); }
+  TControl* getFocusedControl() override { return FocusedControl(); }
   void setToolControlPanel(const std::string&, int, TControl*, int) override {}
   void removeToolControlPanel(int) override {}
 

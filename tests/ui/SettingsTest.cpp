@@ -1,16 +1,16 @@
 #include <fstream>
 #include <sstream>
 
-#include "ToolFixture.h"
+#include "WindowFixture.h"
 #include "support/IniFile.h"
 
 namespace {
 
-/// Tools that come and go on one settings file, beside the fixture's own.
-class Settings : public ToolTest {
+/// Tools that come and go on one settings file, with a host that asks for what is to be kept.
+class Settings : public WindowTest {
  protected:
   void SetUp() override {
-    ToolTest::SetUp();
+    WindowTest::SetUp();
     ZRNQTraceLevel = 0;
     file = IniFileNameFor("Stabilizer");
     host.folderText = folder_ + "shot.%04d.dpx";
@@ -18,21 +18,27 @@ class Settings : public ToolTest {
     std::filesystem::create_directories(std::filesystem::path(file).parent_path());
   }
 
-  /// A tool from its first start to its shutdown, shown unless said otherwise.
+  /// A tool from its first start to its shutdown.
   class CSession {
    public:
-    explicit CSession(CNavSystemInterface& host, bool shown = true) {
+    explicit CSession(CNavSystemInterface& host) : host_(host) {
       EXPECT_EQ(tool.toolInitialize(&host), 0);
-      if (shown) tool.toolShow();
+      tool.toolShow();
     }
-    ~CSession() { tool.toolShutdown(); }
+    ~CSession() {
+      if (!host_.isBatchRun()) window->handleMessage({FORM_WRITE_SETTINGS, FORM_MODE_NORMAL});
+      tool.toolShutdown();
+    }
 
-    CParameterWindow* window = nullptr;
+    TStabilizerForm* window = nullptr;
     CStabilizerTool tool{"Stabilize", [this](CStabilizerTool& owner) {
-                           auto made = std::make_unique<CParameterWindow>(owner);
+                           auto made = std::make_unique<TStabilizerForm>(owner);
                            window = made.get();
                            return made;
                          }};
+
+   private:
+    CNavSystemInterface& host_;
   };
 
   static void place(CStabilizerTool& tool, double x = 10.0) {
@@ -48,19 +54,21 @@ class Settings : public ToolTest {
     return text.str();
   }
 
-  static CStabilizerPreferences unusualPreferences() {
-    CStabilizerPreferences p;
-    p.ShowTrackPoints = p.ShowWhileRender = p.ClearOnShotChange = p.MarkOutWarnings = false;
-    p.MarkInMovePreference = MARK_IN_MOVE_Clear;
-    return p;
-  }
-  static CStabilizerParameters unusualParameters() {
-    CStabilizerParameters p;
-    p.TrackBoxExtentX = p.TrackBoxExtentY = 17;
-    p.Alpha2 = 0.025;
-    p.HMode = STABMODE_Smoothed;
-    p.UseMatting = false;
-    return p;
+  /// Every setting away from what a new window has.
+  static void changeEverything(TStabilizerForm& window) {
+    for (TCheckBox* box : {&window.ShowPointCBox, &window.ClearOnShotChangeCBox,
+                           &window.WarnMarkOutMoveCheckBox, &window.UseMattingCBox})
+      box->click();
+    window.ShowRenderPointCBox.setChecked(false);
+    window.SmoothMotionRadioButton.click();
+    window.VertMotionRadioButton.click();
+    window.AnchorLastRadioButton.click();
+    window.MissingDataZoomRadioButton.click();
+    window.TrackingBoxSizeTrackEdit.setValue(17);
+    window.MotionTrackEdit.setValue(33);
+    window.SmoothTrackEdit.setValue(9);
+    window.JitterTrackEdit.setValue(4);
+    window.UFunctionComboBox.setItemIndex(2);
   }
 
   std::string file;
@@ -68,45 +76,36 @@ class Settings : public ToolTest {
 };
 
 TEST_F(Settings, AreRememberedFromOneSessionToTheNext) {
+  CStabilizerParameters written;
   {
     CSession first(host);
-    EXPECT_EQ(first.window->preferences(), CStabilizerPreferences());
-    first.window->setPreferences(unusualPreferences());
-    first.window->showParameters(unusualParameters());
+    EXPECT_EQ(first.window->gatherParameters().HMode, STABMODE_Flat);
+    changeEverything(*first.window);
+    application.inModalForm = [](TForm&) {
+      StabilizerPreferencesForm->MoveAndClearRadioButton.click();
+      StabilizerPreferencesForm->OkButton.click();
+    };
+    first.window->PreferencesMenuItemClick();
+    written = first.window->gatherParameters();
   }
-  CSession second(host, false);
-  EXPECT_EQ(second.window->preferences(), unusualPreferences());
-  EXPECT_EQ(second.window->gatherParameters(), unusualParameters());
+  CSession second(host);
+  TStabilizerForm& window = *second.window;
+  EXPECT_EQ(window.gatherParameters(), written);
+  EXPECT_EQ(written.VMode, STABMODE_Smoothed);
+  EXPECT_EQ(window.markInMovePreference(), 2);
+  for (TCheckBox* box : {&window.ShowPointCBox, &window.ShowRenderPointCBox,
+                         &window.ClearOnShotChangeCBox, &window.WarnMarkOutMoveCheckBox})
+    EXPECT_FALSE(box->isChecked()) << box->name();
   EXPECT_TRUE(errors.empty());
-}
 
-TEST_F(Settings, ReachTheToolWhenItIsShownAndWhenTheyChange) {
-  CStabilizerPreferences p = unusualPreferences();
-  {
-    CIniFile ini(file);
-    p.WritePreferences(ini, "StabilizerForm");
-    unusualParameters().WriteParameters(ini, "Stabilizer");
-    ASSERT_TRUE(ini.Save());
-  }
-  CSession session(host, false);
-  EXPECT_EQ(session.tool.markInMovePreference(), 3) << "nothing is told before the window shows";
-  session.tool.toolShow();
-  EXPECT_EQ(session.tool.markInMovePreference(), 2);
-  EXPECT_FALSE(session.tool.editor().showPoints);
-  place(session.tool);
-  EXPECT_FALSE(session.tool.livePoints().BoxExtentsDiffer(17, 17, 20, 20, 20, 20));
-
-  // Clear on shot change: a mark IN outside the tracked frames costs the points, or does not.
-  for (const bool clear : {false, true}) {
-    p.ClearOnShotChange = clear;
-    session.window->setPreferences(p);
-    host.markIn = IN;
-    session.tool.editor().updateMarks();
-    place(session.tool);
-    host.markIn = IN - 50;
-    EXPECT_TRUE(session.tool.checkMarkInChange());
-    EXPECT_EQ(session.tool.livePoints().NumberOfPoints(), clear ? 0 : 1);
-  }
+  // The tool knows, too.
+  EXPECT_EQ(second.tool.markInMovePreference(), 2);
+  EXPECT_FALSE(second.tool.editor().showPoints);
+  place(second.tool);
+  EXPECT_FALSE(second.tool.livePoints().BoxExtentsDiffer(17, 17, 33, 33, 33, 33));
+  host.markIn = IN - 50;
+  EXPECT_TRUE(second.tool.checkMarkInChange());
+  EXPECT_EQ(second.tool.livePoints().NumberOfPoints(), 1) << "no clear on shot change";
 }
 
 TEST_F(Settings, AutoKeysAreConstantsAndOtherKeysSurvive) {
@@ -128,13 +127,11 @@ TEST_F(Settings, AForeignFileIsToldOnceAndStaysAsItIs) {
   {
     CSession session(host);
     ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0].rfind("CParameterWindow::readSettings ", 0), 0u) << errors[0];
     EXPECT_NE(errors[0].find(file), std::string::npos) << errors[0];
-    EXPECT_EQ(session.window->preferences(), CStabilizerPreferences());
-    EXPECT_EQ(session.window->gatherParameters(), CStabilizerParameters());
+    EXPECT_EQ(session.window->markInMovePreference(), 3);
+    EXPECT_EQ(session.window->gatherParameters().TrackBoxExtentX, 10);
   }
   EXPECT_EQ(textOf(file), foreign);
-  EXPECT_EQ(errors.size(), 1u);
 
   const std::string repaired = "[StabilizerForm]\nMarkInMovePreference = 1\n";
   put(foreign);
@@ -150,11 +147,11 @@ TEST_F(Settings, AFolderThatTakesNoFileIsTold) {
   std::ofstream(std::filesystem::path(file).parent_path()) << "in the way";
   {
     CSession session(host);
-    EXPECT_EQ(session.window->preferences(), CStabilizerPreferences());
-    errors.clear();
+    EXPECT_EQ(session.window->markInMovePreference(), 3);
+    theError.clear();
+    EXPECT_FALSE(session.window->writeSettings(FORM_MODE_NORMAL));
+    EXPECT_NE(theError.getMessage().find(file), std::string::npos) << theError.getMessage();
   }
-  ASSERT_EQ(errors.size(), 1u);
-  EXPECT_NE(errors[0].find(file), std::string::npos) << errors[0];
 }
 
 TEST_F(Settings, ABatchRunReadsNothingAndLeavesNothing) {
@@ -165,8 +162,8 @@ TEST_F(Settings, ABatchRunReadsNothingAndLeavesNothing) {
   host.batchRun = true;
   {
     CSession session(host);
-    EXPECT_EQ(session.window->preferences(), CStabilizerPreferences());
-    EXPECT_EQ(session.window->gatherParameters(), CStabilizerParameters());
+    EXPECT_EQ(session.window->markInMovePreference(), 3);
+    EXPECT_EQ(session.window->gatherParameters().TrackBoxExtentX, 10);
     session.tool.toolActivate();
     place(session.tool);
     session.tool.onClipChange();
