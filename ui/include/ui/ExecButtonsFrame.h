@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tool/StabilizerCommands.h"
 #include "toolkit/Controls.h"
@@ -47,5 +48,11 @@ class TExecButtonsFrame : public TControl {
   const CTimecode& resumeTimecode() const { return ResumeTCEdit.timecode(); }
 
  private:
+  std::vector<TToolButton*> buttons();
+  std::vector<TPanel*> highlightPanels();
+  void press(int command);
+  int acceptedCommand(int command) const;
+  void layOut();
+
   int lastCommand_ = EXEC_BUTTON_NONE;
 };

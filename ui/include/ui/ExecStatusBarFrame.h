@@ -20,10 +20,12 @@ class TExecStatusBarFrame : public TControl, public IToolProgressMonitor {
   using Clock = std::function<double()>;
   explicit TExecStatusBarFrame(std::string name, TControl* parent = nullptr, Clock clock = {});
 
-  /// The same five numbers, drawn twice: dark on light and, over the bar's filled part, light on
-  /// dark.
+  /// The same five numbers, drawn twice at the same places: dark on light and, as far as the bar is
+  /// filled, light on dark.
   struct SReadouts {
     SReadouts(const std::string& suffix, TControl* parent);
+    void layOut(int width);
+
     TLabel ElapsedLabel;
     TLabel ElapsedValue;
     TLabel RemainingLabel;
@@ -60,4 +62,36 @@ class TExecStatusBarFrame : public TControl, public IToolProgressMonitor {
   static std::string TimeText(double seconds);
   /// "0.500", "12.25", "123.4", "1234": four digits, cut off, not rounded.
   static std::string SecondsPerFrameText(double seconds);
+
+ private:
+  enum class ERun { idle, running, stopping };
+  /// What a redraw shows.
+  struct SProgress {
+    std::string statusMessage = "Idle";
+    std::string toolMessage;
+    int total = 0;
+    int step = 1;
+    int done = 0;
+    int partialSteps = 0;
+    double elapsedSeconds = 0.0;
+    double secondsPerUnit = 0.0;
+  };
+
+  // REQUIRES, these three: the lock is held.
+  double timerSeconds() const { return 0.001 * (clock_() - timerStart_); }
+  void setCount(int total, int step);
+  void advance(int units);
+
+  void requestRedraw();
+  void onElapsedTimer();
+  void showReadouts(const SProgress& progress);
+  void showCounted(const SProgress& progress);
+  void layOut();
+
+  const Clock clock_;
+  CThreadLock lock_;  // guards everything below
+  SProgress progress_;
+  ERun run_ = ERun::idle;
+  double timerStart_ = 0.0;
+  std::vector<std::string> savedStatusMessages_;
 };

@@ -46,8 +46,21 @@ class TTrackEditFrame : public TControl {
  private:
   static constexpr int NO_VALUE = std::numeric_limits<int>::min();
 
-  int rememberedValue_ = NO_VALUE;
-  bool updating_ = false;
+  void onTrackBarChange();
+  bool updateEditFromBar();
+  bool updateBarFromEdit(int value);
+  void showSelection();
+  void notify();
+  void onEditEnter();
+  void onEditExit();
+  void onEditKeyPress(char& key);
+  void leaveEdit();
+  bool onMouseWheel(int steps);
+  void onDeferredUpdate();
+  void layOut();
+
+  int rememberedValue_ = NO_VALUE;  ///< when the edit got the focus
+  bool updating_ = false;           ///< the frame itself writes the bar or the edit
   bool notificationsSuppressed_ = false;
   bool deferredUpdate_ = false;
 };
