@@ -167,7 +167,9 @@ void TStabilizerForm::requestPass(int kind) {
 }
 
 bool TStabilizerForm::hasPointsAtMarkIn() const {
-  return !tool_.livePoints().FindPoints(host().getMarkIn()).Entries().empty();
+  const CTrackingArray& points = tool_.livePoints();
+  const int in = host().getMarkIn();
+  return points.HasFrame(in) && points.FindPoints(in).ValidCount() > 0;
 }
 
 /// What is left to ask for: on the last frame before mark OUT there is no next one, and the tool

@@ -1,5 +1,24 @@
 #include "ui/StabilizationControls.h"
 
+namespace {
+
+void set(TControl& control, const char* caption, const char* hint = "") {
+  control.setCaption(caption);
+  control.setHint(hint);
+}
+
+void tick(TCheckBox& box, const char* caption, bool ticked) {
+  box.setCaption(caption);
+  box.setChecked(ticked);
+}
+
+void setSlider(TTrackEditFrame& frame, int minimum, int maximum, int value) {
+  frame.setRange(minimum, maximum);
+  frame.setValue(value);
+}
+
+}  // namespace
+
 TStabilizationControls::TStabilizationControls()
     : StabilizationControlPanel("StabilizationControlPanel"),
       TrackingPointsGroupBox("TrackingPointsGroupBox", &StabilizationControlPanel),
@@ -73,4 +92,126 @@ TStabilizationControls::TStabilizationControls()
       AtMarkOutCheckBox("AtMarkOutCheckBox", &AnchorFramesGroupBox),
       WarnMarkOutMoveCheckBox("WarnMarkOutMoveCheckBox", &HiddenPanel),
       WarpLabel("WarpLabel", &HiddenPanel),
-      UFunctionComboBox("UFunctionComboBox", &HiddenPanel) {}
+      UFunctionComboBox("UFunctionComboBox", &HiddenPanel) {
+  caption();
+  layOut();
+}
+
+void TStabilizationControls::caption() {
+  StabilizationControlPanel.setCaption("Stabilization");
+  captionPoints();
+  captionChoices();
+  captionMatting();
+  captionHidden();
+  StatusMessageLabel.setCaption("Idle");
+  StatusMessageLabel.setBold(true);
+  PointCountLabel.setCaption("0");
+  PointCountLabel.setAlignment(EAlignment::right);
+  PointsLabel.setCaption("points");
+  StatusBar.setPanels({{"", 150}, {"", 260}});
+}
+
+void TStabilizationControls::captionPoints() {
+  TrackingPointsGroupBox.setCaption(" Tracking Points ");
+  set(TrackButton, "Track");
+  set(ClearAllButton, "Clear");
+  set(LoadPointsButton, "Load");
+  set(SavePointsButton, "Save");
+  set(PrevPointButton, "Prev");
+  set(NextPointButton, "Next");
+  tick(ShowPointCBox, "Show", true);
+  tick(ClearOnShotChangeCBox, "Clear on Shot Change", true);
+  tick(ShowRenderPointCBox, "Show in Render", true);
+  tick(AutoLoadCBox, "Auto Load", false);
+  tick(AutoSaveCBox, "Auto Save", true);
+  for (TCheckBox* box : {&ShowRenderPointCBox, &AutoLoadCBox, &AutoSaveCBox})
+    box->setVisible(false);
+
+  set(TrackingBoxSizeGroupBox, " Tracking Box Size ", "Size of box used in tracking");
+  set(MotionSearchGroupBox, " Motion Search Area ", "How high or low the warp motion");
+  set(SmoothingGroupBox, " Smoothing ", "How much to smooth all points");
+  set(JitterGroupBox, " Add Jitter ", "How much to smooth all points");
+  const char* const rough = "/\\/\\/\\";
+  const char* const flat = "___";
+  SmoothTrackEdit.MinLabel.setCaption(rough);
+  SmoothTrackEdit.MaxLabel.setCaption(flat);
+  JitterTrackEdit.MinLabel.setCaption(flat);
+  JitterTrackEdit.MaxLabel.setCaption(rough);
+  setSlider(TrackingBoxSizeTrackEdit, 5, 30, 10);
+  setSlider(MotionTrackEdit, 5, 50, 20);
+  setSlider(SmoothTrackEdit, 0, 10, 6);
+  setSlider(JitterTrackEdit, 0, 10, 0);
+}
+
+void TStabilizationControls::captionChoices() {
+  StabilizeGroupBox.setCaption(" Stabilize ");
+  set(HorizMotionRadioButton, "Horizontal");
+  set(VertMotionRadioButton, "Vertical");
+  set(HorizAndVertRadioButton, "Horiz && Vert");
+  set(HorizVertRotRadioButton, "Horiz, Vert && Rotation");
+  HorizAndVertRadioButton.setChecked(true);
+
+  MotionGroupBox.setCaption(" Motion ");
+  set(SmoothMotionRadioButton, "Smooth");
+  set(NoMotionRadioButton, "Remove All");
+  set(MatchRefRadioButton, "Match Reference:");
+  NoMotionRadioButton.setChecked(true);
+  set(GoToRefframeButton, "\u2192", "Go to this timecode");
+  set(ResetRefFrameButton, "\u2190", "Set to displayed timecode");
+
+  AnchorGroupBox.setCaption(" Anchor ");
+  set(AnchorFirstRadioButton, "First Frame");
+  set(AnchorLastRadioButton, "Last Frame");
+  set(AnchorBothRadioButton, "Both");
+  set(AnchorNoneRadioButton, "None");
+  AnchorFirstRadioButton.setChecked(true);
+
+  MissingDataGroupBox.setCaption(" Missing Data Fill ");
+  set(MissingDataBlackRadioButton, "Black");
+  set(MissingDataWhiteRadioButton, "White");
+  set(MissingDataPrevFrameRadioButton, "Prev Frame");
+  set(MissingDataZoomRadioButton, "Zoom");
+  MissingDataPrevFrameRadioButton.setChecked(true);
+}
+
+void TStabilizationControls::captionMatting() {
+  MattingGroupBox.setCaption(" Matting ");
+  const struct {
+    TToolButton& button;
+    const char* arrow;
+  } arrows[] = {{TopUpButton, "\u2191"},     {TopDownButton, "\u2193"},
+                {BottomUpButton, "\u2191"},  {BottomDownButton, "\u2193"},
+                {LeftLeftButton, "\u2190"},  {LeftRightButton, "\u2192"},
+                {RightLeftButton, "\u2190"}, {RightRightButton, "\u2192"}};
+  for (const auto& [button, arrow] : arrows) set(button, arrow, "Shift down increases speed by 10");
+  set(ColorPickButton, "\u25C9");
+  ColorPickButton.setStaysDown(true);
+  set(SetMatButton, "&Auto");
+  set(AllMatButton, "A&ll");
+  tick(ShowMattingBoxCBox, "Show", true);
+  tick(UseMattingCBox, "Processing Region", true);
+}
+
+void TStabilizationControls::captionHidden() {
+  HiddenPanel.setVisible(false);
+  set(AnchorFramesGroupBox, " # Anchor Frames ",
+      "Tracking points on anchor frames are used as reference.\r\n"
+      "Anchor frames are not dewarped.");
+  GoodInSpinEdit.setHint("Number of anchor frames beginning at in point");
+  GoodOutSpinEdit.setHint("Number of anchor frames before out point");
+  for (TCSpinEdit* edit : {&GoodInSpinEdit, &GoodOutSpinEdit}) {
+    edit->setMaximum(2);
+    edit->setValue(1);
+  }
+  tick(AtMarkInCheckBox, "At first frame", true);
+  tick(AtMarkOutCheckBox, "At last frame", true);
+  tick(WarnMarkOutMoveCheckBox, "Warn on Mark Out Change", true);
+  WarnMarkOutMoveCheckBox.setHint("Enables/Disables warning when the mark out is moved.");
+  WarpLabel.setCaption("Warp Function");
+  for (TControl* control :
+       {static_cast<TControl*>(&GoodInSpinEdit), static_cast<TControl*>(&GoodOutSpinEdit),
+        static_cast<TControl*>(&AtMarkInCheckBox), static_cast<TControl*>(&AtMarkOutCheckBox),
+        static_cast<TControl*>(&WarnMarkOutMoveCheckBox),
+        static_cast<TControl*>(&UFunctionComboBox)})
+    control->setTabStop(false);
+}

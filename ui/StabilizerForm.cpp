@@ -222,8 +222,8 @@ void TStabilizerForm::updateStatusLine() {
   StatusMessageLabel.setCaption(state >= 0 && state < static_cast<int>(std::size(RUN_STATES))
                                     ? RUN_STATES[state]
                                     : "Unknown");
-  CTrackingArray& points = tool_.livePoints();
-  const std::size_t count = points.FindPoints(points.FirstFrame()).Entries().size();
+  const CTrackingArray& points = tool_.livePoints();
+  const int count = points.FindPoints(points.FirstFrame()).ValidCount();
   PointCountLabel.setCaption(std::to_string(count));
   PointsLabel.setCaption(count == 1 ? "point" : "points");
   ExecStatusBar.SetToolMessage(PointCountLabel.caption() + " " + PointsLabel.caption());

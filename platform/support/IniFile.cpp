@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -80,6 +81,22 @@ std::string CIniFile::ReadString(const std::string& section, const std::string& 
                                  const std::string& fallback) const {
   const char* const stored = impl_->find(section, key);
   return stored != nullptr ? UnquotedIniValue(stored) : fallback;
+}
+
+bool CIniFile::HasSection(const std::string& section) const {
+  return impl_->settings.GetSection(section.c_str()) != nullptr;
+}
+
+std::vector<std::string> CIniFile::ReadStringList(const std::string& section,
+                                                  const std::string& key) const {
+  std::vector<std::string> names;
+  std::istringstream text(ReadString(section, key, {}));
+  for (std::string name; std::getline(text, name, ',');) {
+    const std::size_t first = name.find_first_not_of(" \t");
+    if (first == std::string::npos) continue;
+    names.push_back(name.substr(first, name.find_last_not_of(" \t") - first + 1));
+  }
+  return names;
 }
 
 int CIniFile::ReadAssociation(const CIniAssociations& table, const std::string& section,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "toolkit/Controls.h"
@@ -23,4 +24,14 @@ class TMotionGraphs : public TControl {
   /// Draws what the tool has now. While a smoothing run is making the intended motion, only the
   /// measured one.
   void update(CStabilizerTool& tool);
+
+ private:
+  struct SPaths;
+
+  void hideGraphs(const char* reason);
+  void draw(CStabilizerTool& tool, int point);
+  void drawMovement(const SPaths& paths);
+  void drawRotation(const SPaths& paths);
+  void layOut();
+  std::array<TLineChart*, 3> charts() { return {&HTrackGraph, &VTrackGraph, &RTrackGraph}; }
 };

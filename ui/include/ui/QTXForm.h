@@ -60,9 +60,39 @@ class TQTXForm : public TForm {
   virtual void onRefresh() {}
   virtual std::string iniFileName(int mode) const;
   virtual std::string sectionName() const;
+  /// The window as it is now is what FORM_MODE_DESIGN restores. A derived window calls it when its
+  /// constructor has given it its bounds.
+  void keepDesign();
 
  private:
+  /// Saves with the window's last breath, when the derived window is gone: its hooks then do
+  /// nothing, what is saved is the geometry.
+  class CSaveWhenExit {
+   public:
+    explicit CSaveWhenExit(TQTXForm& form) : form_(form) {}
+    ~CSaveWhenExit();
+    CSaveWhenExit(const CSaveWhenExit&) = delete;
+    CSaveWhenExit& operator=(const CSaveWhenExit&) = delete;
+
+   private:
+    TQTXForm& form_;
+  };
+
+  bool isMainForm() const;
+  bool isResizable() const;
+  bool restoreDesign();
+  bool readGeometryFrom(CIniFile& file);
+  bool writeGeometryTo(CIniFile& file);
+  void bringBackOntoDesktop();
+  void saveAll();
+  void reloadAll();
+  bool restoreZOrder();
+
   const std::string iniFileName_;
+  SBounds designBounds_;
+  bool designVisible_ = false;
+  EFormStyle designStyle_ = EFormStyle::normal;
   bool saveOnClose_ = false;
   bool shown_ = false;
+  CSaveWhenExit saveWhenExit_{*this};  // the last member: the window is whole when it goes
 };

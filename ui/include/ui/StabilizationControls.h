@@ -100,4 +100,17 @@ class TStabilizationControls {
   TCheckBox WarnMarkOutMoveCheckBox;
   TLabel WarpLabel;
   TComboBox UFunctionComboBox;
+
+ private:
+  // StabilizationControls.cpp
+  void caption();
+  void captionPoints();
+  void captionChoices();
+  void captionMatting();
+  void captionHidden();
+  // PanelLayout.cpp
+  void layOut();
+  void layOutPoints();
+  void layOutChoices();
+  void layOutFillAndMatting();
 };

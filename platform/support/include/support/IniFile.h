@@ -54,12 +54,15 @@ class CIniFile {
   bool good() const { return good_; }
   const std::string& path() const { return path_; }
 
+  bool HasSection(const std::string& section) const;
   std::int64_t ReadInteger(const std::string& section, const std::string& key,
                            std::int64_t fallback) const;
   double ReadDouble(const std::string& section, const std::string& key, double fallback) const;
   bool ReadBool(const std::string& section, const std::string& key, bool fallback) const;
   std::string ReadString(const std::string& section, const std::string& key,
                          const std::string& fallback) const;
+  /// A value of names parted by commas; blanks around a name do not count, nor do empty names.
+  std::vector<std::string> ReadStringList(const std::string& section, const std::string& key) const;
   int ReadAssociation(const CIniAssociations& table, const std::string& section,
                       const std::string& key, int fallback) const;
 

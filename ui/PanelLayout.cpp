@@ -1,0 +1,151 @@
+#include <algorithm>
+#include <initializer_list>
+#include <vector>
+
+#include "ui/StabilizationControls.h"
+
+// The panel's one grid: groups in full, half or third columns, rows of lines inside a group.
+
+namespace {
+
+constexpr int WIDTH = 512;
+constexpr int HEIGHT = 720;
+constexpr int MARGIN = 8;
+constexpr int GAP = 6;
+constexpr int INNER = WIDTH - 2 * MARGIN;
+constexpr int PAD = 8;       // inside a group
+constexpr int CAPTION = 16;  // of a group
+constexpr int LINE = 20;     // a check mark or radio button and its text
+constexpr int BUTTON = 22;
+constexpr int SLIDER = 36;  // a slider and the labels below it
+
+constexpr int groupHeight(int content) {
+  return CAPTION + content + 4;
+}
+
+/// Lays groups side by side, of equal height, and moves on below them.
+class CRows {
+ public:
+  void place(std::initializer_list<TControl*> groups, int height) {
+    const int count = static_cast<int>(groups.size());
+    const int width = (INNER - (count - 1) * GAP) / count;
+    int left = MARGIN;
+    for (TControl* group : groups) {
+      // The last one takes what the division left over: the right edges are one line.
+      const bool last = group == *(groups.end() - 1);
+      group->setBounds({left, top_, last ? WIDTH - MARGIN - left : width, height});
+      left += width + GAP;
+    }
+    skip(height + GAP);
+  }
+  void skip(int height) { top_ += height; }
+  int top() const { return top_; }
+
+ private:
+  int top_ = MARGIN;
+};
+
+template <typename T>
+void stack(std::initializer_list<T*> controls, const TControl& group) {
+  int top = CAPTION;
+  for (T* control : controls) {
+    control->setBounds({PAD, top, group.bounds().width - 2 * PAD, LINE});
+    top += LINE;
+  }
+}
+
+template <typename T>
+void spread(std::initializer_list<T*> controls, int left, int top, int width, int height) {
+  const int count = static_cast<int>(controls.size());
+  const int each = (width - (count - 1) * GAP) / count;
+  for (T* control : controls) {
+    control->setBounds({left, top, each, height});
+    left += each + GAP;
+  }
+}
+
+void layOutSlider(TTrackEditFrame& frame, const TControl& group) {
+  frame.setBounds({PAD, CAPTION, group.bounds().width - 2 * PAD, SLIDER});
+}
+
+}  // namespace
+
+void TStabilizationControls::layOut() {
+  StabilizationControlPanel.setBounds({0, 0, WIDTH, HEIGHT});
+  CRows rows;
+  rows.place({&TrackingPointsGroupBox}, groupHeight(BUTTON + 2 + LINE));
+  layOutPoints();
+  rows.place({&TrackingBoxSizeGroupBox, &MotionSearchGroupBox}, groupHeight(SLIDER));
+  layOutSlider(TrackingBoxSizeTrackEdit, TrackingBoxSizeGroupBox);
+  layOutSlider(MotionTrackEdit, MotionSearchGroupBox);
+  rows.place({&StabilizeGroupBox, &MotionGroupBox, &AnchorGroupBox}, groupHeight(4 * LINE + 4));
+  layOutChoices();
+  rows.place({&SmoothingGroupBox, &JitterGroupBox}, groupHeight(SLIDER));
+  layOutSlider(SmoothTrackEdit, SmoothingGroupBox);
+  layOutSlider(JitterTrackEdit, JitterGroupBox);
+  rows.place({&MissingDataGroupBox, &MattingGroupBox}, groupHeight(4 * LINE));
+  layOutFillAndMatting();
+
+  constexpr int TOOLBAR = 46;
+  constexpr int PROGRESS = 40;
+  constexpr int FOOT = TOOLBAR + GAP + PROGRESS + GAP + 2 * LINE;
+  rows.place({&MotionGraphs}, HEIGHT - MARGIN - FOOT - GAP - rows.top());
+  rows.place({&ExecButtonsToolbar}, TOOLBAR);
+  rows.place({&ExecStatusBar}, PROGRESS);
+  const int top = rows.top();
+  StatusMessageLabel.setBounds({MARGIN, top, 120, LINE});
+  PointCountLabel.setBounds({WIDTH - MARGIN - 84, top, 40, LINE});
+  PointsLabel.setBounds({WIDTH - MARGIN - 40, top, 40, LINE});
+  StatusBar.setBounds({MARGIN, top + LINE, INNER, LINE});
+}
+
+void TStabilizationControls::layOutPoints() {
+  const int width = TrackingPointsGroupBox.bounds().width - 2 * PAD;
+  spread<TControl>({&TrackButton, &ClearAllButton, &LoadPointsButton, &SavePointsButton,
+                    &PrevPointButton, &NextPointButton},
+                   PAD, CAPTION, width, BUTTON);
+  spread<TControl>({&ShowPointCBox, &ClearOnShotChangeCBox}, PAD, CAPTION + BUTTON + 2, width,
+                   LINE);
+}
+
+void TStabilizationControls::layOutChoices() {
+  stack({&HorizMotionRadioButton, &VertMotionRadioButton, &HorizAndVertRadioButton,
+         &HorizVertRotRadioButton},
+        StabilizeGroupBox);
+  stack({&SmoothMotionRadioButton, &NoMotionRadioButton, &MatchRefRadioButton}, MotionGroupBox);
+  stack({&AnchorFirstRadioButton, &AnchorLastRadioButton, &AnchorBothRadioButton,
+         &AnchorNoneRadioButton},
+        AnchorGroupBox);
+  const int top = CAPTION + 3 * LINE;
+  const int right = MotionGroupBox.bounds().width - PAD;
+  const int left = PAD + 16;
+  RefFrameTimeCodeEdit.setBounds({left, top, right - left - 2 * (BUTTON + 2), BUTTON});
+  GoToRefframeButton.setBounds({right - 2 * BUTTON - 2, top, BUTTON, BUTTON});
+  ResetRefFrameButton.setBounds({right - BUTTON, top, BUTTON, BUTTON});
+}
+
+// The arrows stand at the edges that they move, as around the box itself.
+void TStabilizationControls::layOutFillAndMatting() {
+  stack({&MissingDataBlackRadioButton, &MissingDataWhiteRadioButton,
+         &MissingDataPrevFrameRadioButton, &MissingDataZoomRadioButton},
+        MissingDataGroupBox);
+
+  constexpr int ARROW = 20;
+  const int middle = PAD + 2 * ARROW + 4;
+  const int row = CAPTION + 30;
+  TopUpButton.setBounds({middle, CAPTION, ARROW, ARROW});
+  TopDownButton.setBounds({middle + ARROW, CAPTION, ARROW, ARROW});
+  BottomUpButton.setBounds({middle, CAPTION + 60, ARROW, ARROW});
+  BottomDownButton.setBounds({middle + ARROW, CAPTION + 60, ARROW, ARROW});
+  LeftLeftButton.setBounds({PAD, row, ARROW, ARROW});
+  LeftRightButton.setBounds({PAD + ARROW, row, ARROW, ARROW});
+  RightLeftButton.setBounds({middle + 2 * ARROW + 4, row, ARROW, ARROW});
+  RightRightButton.setBounds({middle + 3 * ARROW + 4, row, ARROW, ARROW});
+
+  const int left = middle + 4 * ARROW + 4 + 8;
+  const int width = MattingGroupBox.bounds().width - PAD - left;
+  spread<TControl>({&SetMatButton, &AllMatButton}, left, CAPTION, width - BUTTON - GAP, BUTTON);
+  ColorPickButton.setBounds({left + width - BUTTON, CAPTION, BUTTON, BUTTON});
+  ShowMattingBoxCBox.setBounds({left, CAPTION + 2 * LINE, width, LINE});
+  UseMattingCBox.setBounds({left, CAPTION + 3 * LINE, width, LINE});
+}
