@@ -17,28 +17,38 @@ constexpr int PAD = 8;       // inside a group
 constexpr int CAPTION = 16;  // of a group
 constexpr int LINE = 20;     // a check mark or radio button and its text
 constexpr int BUTTON = 22;
-constexpr int SLIDER = 36;  // a slider and the labels below it
+constexpr int CHOICES = 184;  // a column with the longest choice
+constexpr int SLIDER = 36;    // a slider and the labels below it
 
 constexpr int groupHeight(int content) {
   return CAPTION + content + 4;
 }
 
-/// Lays groups side by side, of equal height, and moves on below them.
+/// A group and the width of its column; 0: an equal share of what the others leave.
+struct SColumn {
+  TControl* group;
+  int width = 0;
+};
+
+/// Lays groups side by side, of equal height, and moves on below them. All rows end at one edge.
 class CRows {
  public:
-  void place(std::initializer_list<TControl*> groups, int height) {
-    const int count = static_cast<int>(groups.size());
-    const int width = (INNER - (count - 1) * GAP) / count;
+  void place(std::initializer_list<SColumn> columns, int height) {
     int left = MARGIN;
-    for (TControl* group : groups) {
-      // The last one takes what the division left over: the right edges are one line.
-      const bool last = group == *(groups.end() - 1);
-      group->setBounds({left, top_, last ? WIDTH - MARGIN - left : width, height});
+    int rest = INNER - (static_cast<int>(columns.size()) - 1) * GAP;
+    int shares = 0;
+    for (const SColumn& column : columns) {
+      rest -= column.width;
+      shares += column.width == 0 ? 1 : 0;
+    }
+    for (const SColumn& column : columns) {
+      const int width = column.width != 0 ? column.width : rest / shares;
+      if (column.width == 0) rest -= rest / shares--;
+      column.group->setBounds({left, top_, width, height});
       left += width + GAP;
     }
-    skip(height + GAP);
+    top_ += height + GAP;
   }
-  void skip(int height) { top_ += height; }
   int top() const { return top_; }
 
  private:
@@ -73,25 +83,26 @@ void layOutSlider(TTrackEditFrame& frame, const TControl& group) {
 void TStabilizationControls::layOut() {
   StabilizationControlPanel.setBounds({0, 0, WIDTH, HEIGHT});
   CRows rows;
-  rows.place({&TrackingPointsGroupBox}, groupHeight(BUTTON + 2 + LINE));
+  rows.place({{&TrackingPointsGroupBox}}, groupHeight(BUTTON + 2 + LINE));
   layOutPoints();
-  rows.place({&TrackingBoxSizeGroupBox, &MotionSearchGroupBox}, groupHeight(SLIDER));
+  rows.place({{&TrackingBoxSizeGroupBox}, {&MotionSearchGroupBox}}, groupHeight(SLIDER));
   layOutSlider(TrackingBoxSizeTrackEdit, TrackingBoxSizeGroupBox);
   layOutSlider(MotionTrackEdit, MotionSearchGroupBox);
-  rows.place({&StabilizeGroupBox, &MotionGroupBox, &AnchorGroupBox}, groupHeight(4 * LINE + 4));
+  rows.place({{&StabilizeGroupBox, CHOICES}, {&MotionGroupBox}, {&AnchorGroupBox, 128}},
+             groupHeight(4 * LINE + 4));
   layOutChoices();
-  rows.place({&SmoothingGroupBox, &JitterGroupBox}, groupHeight(SLIDER));
+  rows.place({{&SmoothingGroupBox}, {&JitterGroupBox}}, groupHeight(SLIDER));
   layOutSlider(SmoothTrackEdit, SmoothingGroupBox);
   layOutSlider(JitterTrackEdit, JitterGroupBox);
-  rows.place({&MissingDataGroupBox, &MattingGroupBox}, groupHeight(4 * LINE));
+  rows.place({{&MissingDataGroupBox, CHOICES}, {&MattingGroupBox}}, groupHeight(4 * LINE));
   layOutFillAndMatting();
 
   constexpr int TOOLBAR = 46;
   constexpr int PROGRESS = 40;
   constexpr int FOOT = TOOLBAR + GAP + PROGRESS + GAP + 2 * LINE;
-  rows.place({&MotionGraphs}, HEIGHT - MARGIN - FOOT - GAP - rows.top());
-  rows.place({&ExecButtonsToolbar}, TOOLBAR);
-  rows.place({&ExecStatusBar}, PROGRESS);
+  rows.place({{&MotionGraphs}}, HEIGHT - MARGIN - FOOT - GAP - rows.top());
+  rows.place({{&ExecButtonsToolbar}}, TOOLBAR);
+  rows.place({{&ExecStatusBar}}, PROGRESS);
   const int top = rows.top();
   StatusMessageLabel.setBounds({MARGIN, top, 120, LINE});
   PointCountLabel.setBounds({WIDTH - MARGIN - 84, top, 40, LINE});

@@ -85,10 +85,6 @@ void TStabilizerForm::setUp() {
     frame->Edit.setBold(false);
     frame->EditDisabledLabel.setBold(false);
   }
-  TrackingBoxSizeTrackEdit.setRange(5, 30);
-  MotionTrackEdit.setRange(5, 50);
-  SmoothTrackEdit.setRange(0, 10);
-  JitterTrackEdit.setRange(0, 10);
 
   for (SFileDialog* dialog : {&OpenTrackingPointsDialog, &SaveTrackingPointsDialog}) {
     dialog->defaultExtension = "points";

@@ -129,7 +129,7 @@ TEST_F(Passes, AKeyAndAClickTakeTheSameRoad) {
       form->updatePointButtons();
       form->updateExecutionButtons(c.state, false);
       // Enabled by hand: at rest the window itself keeps the one-frame passes disabled.
-      c.button->setEnabled(true);
+      form->ExecButtonsToolbar.enableButton(c.button->tag(), true);
       forgetCalls();
       act();
       const SRoad road{host.calls.take(), tool.runState()};
@@ -147,7 +147,7 @@ TEST_F(Passes, AKeyAndAClickTakeTheSameRoad) {
 }
 
 TEST_F(Passes, APassWithoutPointsIsRefusedAloud) {
-  form->ExecButtonsToolbar.RenderAllButton.setEnabled(true);
+  form->ExecButtonsToolbar.enableButton(EXEC_BUTTON_RENDER_ALL, true);
   form->ExecButtonsToolbar.RenderAllButton.click();
   ASSERT_EQ(application.errors.size(), 1u);
   EXPECT_EQ(application.errors[0], "You must set at least one tracking point!    ");

@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+
+#include "PanelPicture.h"
+#include "WindowFixture.h"
+
+namespace {
+
+bool overlap(const SBounds& a, const SBounds& b) {
+  return a.left < b.right() && b.left < a.right() && a.top < b.bottom() && b.top < a.bottom();
+}
+
+/// Calls `visit` for every control that can be seen, from the panel down.
+void walk(const TControl& control, const std::function<void(const TControl&)>& visit) {
+  if (!control.isVisible()) return;
+  visit(control);
+  for (const TControl* child : control.children()) walk(*child, visit);
+}
+
+class Panel : public WindowTest {
+ protected:
+  const TControl& panel() const { return form->StabilizationControlPanel; }
+  /// What lies over another on purpose.
+  bool mayCover(const TControl& a, const TControl& b) const {
+    const TControl* const covers[] = {&form->MotionGraphs.TrackWarnPanel,
+                                      &form->ExecStatusBar.ProgressPanelLight,
+                                      &form->ExecStatusBar.ProgressPanelDark};
+    for (const TControl* cover : covers)
+      if (&a == cover || &b == cover) return true;
+    return a.name().find("Disabled") != std::string::npos ||
+           b.name().find("Disabled") != std::string::npos;
+  }
+  void save(const char* name) const {
+    std::ofstream(testing::TempDir() + name) << PanelPicture(panel());
+  }
+};
+
+TEST_F(Panel, EverythingLiesInItsParentAndBesideItsSiblings) {
+  EXPECT_EQ(panel().bounds(), (SBounds{0, 0, 512, 720}));
+  walk(panel(), [this](const TControl& control) {
+    const auto& children = control.children();
+    for (std::size_t i = 0; i < children.size(); ++i) {
+      const SBounds& b = children[i]->bounds();
+      if (!children[i]->isVisible() || b.width == 0) continue;
+      EXPECT_TRUE(b.left >= 0 && b.top >= 0 && b.right() <= control.bounds().width &&
+                  b.bottom() <= control.bounds().height)
+          << control.name() << "." << children[i]->name();
+      for (std::size_t j = i + 1; j < children.size(); ++j) {
+        if (!children[j]->isVisible() || mayCover(*children[i], *children[j])) continue;
+        EXPECT_FALSE(overlap(b, children[j]->bounds()))
+            << children[i]->name() << " and " << children[j]->name();
+      }
+    }
+  });
+}
+
+TEST_F(Panel, NoTextIsCut) {
+  walk(panel(), [](const TControl& control) {
+    if (control.caption().empty()) return;
+    EXPECT_LE(CaptionWidth(control), control.bounds().width)
+        << control.name() << ": " << control.caption();
+    EXPECT_GE(control.bounds().height, 14) << control.name();
+  });
+}
+
+TEST_F(Panel, GroupsStandInTheOrderOfWorkOnCommonEdges) {
+  const std::vector<std::vector<const TControl*>> rows = {
+      {&form->TrackingPointsGroupBox},
+      {&form->TrackingBoxSizeGroupBox, &form->MotionSearchGroupBox},
+      {&form->StabilizeGroupBox, &form->MotionGroupBox, &form->AnchorGroupBox},
+      {&form->SmoothingGroupBox, &form->JitterGroupBox},
+      {&form->MissingDataGroupBox, &form->MattingGroupBox},
+      {&form->MotionGraphs},
+      {&form->ExecButtonsToolbar},
+      {&form->ExecStatusBar},
+      {&form->StatusBar}};
+  int below = 0;
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.front()->bounds().left, 8) << row.front()->name();
+    EXPECT_EQ(row.back()->bounds().right(), 504) << row.back()->name();
+    EXPECT_GE(row.front()->bounds().top, below) << row.front()->name();
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      EXPECT_EQ(row[i]->bounds().top, row[0]->bounds().top) << row[i]->name();
+      EXPECT_EQ(row[i]->bounds().height, row[0]->bounds().height) << row[i]->name();
+      if (i > 0) {
+        EXPECT_EQ(row[i]->bounds().left - row[i - 1]->bounds().right(), 6);
+      }
+    }
+    below = row.front()->bounds().bottom();
+  }
+  EXPECT_GE(form->MotionGraphs.bounds().height, 120);
+}
+
+/// Pictures for a person to look at.
+TEST_F(Panel, PicturesOfItAreWritten) {
+  save("panel_empty.svg");
+  host.imageFormat = CImageFormat(1920, 1080);
+  makeSmoothed();
+  tool.editor().selectedPoint = 0;
+  form->SmoothMotionRadioButton.click();
+  for (int beats = 0; beats < 4; ++beats) heartbeat();
+  form->MatchRefRadioButton.click();
+  for (int beats = 0; beats < 4; ++beats) heartbeat();
+  tool.setStatusMessage("Smoothing");
+  tool.setTimeMessage("Tracking time 0:12");
+  shot.setRunState(RUN_RENDERING);
+  form->ExecStatusBar.SetStatusMessage("Rendering");
+  form->ExecStatusBar.SetFrameCount(10, 1);
+  form->ExecStatusBar.StartProgress();
+  form->ExecStatusBar.BumpProgress(4);
+  form->updateExecutionButtons(CToolObject::STATE_RUNNING, true);
+  application.advanceClock(600);
+  save("panel_rendering.svg");
+  shot.setRunState(RUN_IDLE);
+  std::ifstream written(testing::TempDir() + "panel_rendering.svg");
+  const std::string text((std::istreambuf_iterator<char>(written)), {});
+  EXPECT_NE(text.find("Horiz, Vert &amp; Rotation"), std::string::npos);
+  EXPECT_NE(text.find("40%"), std::string::npos);
+}
+
+}  // namespace
