@@ -57,7 +57,8 @@ class FormBase : public testing::Test {
 
   THeadlessApplication application;
   Calls calls;
-  const std::string folder = testing::TempDir() + "stab_forms/";
+  const std::string folder = testing::TempDir() + "stab_forms_" +
+                             testing::UnitTest::GetInstance()->current_test_info()->name() + "/";
   const std::string file = folder + "windows.ini";
 };
 
