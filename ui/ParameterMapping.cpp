@@ -2,27 +2,12 @@
 #include <cmath>
 
 #include "SavedEnables.h"
+#include "params/SmoothingScale.h"
 #include "tool/StabilizerTool.h"
 #include "toolkit/Application.h"
 #include "ui/StabilizerForm.h"
 
 namespace {
-
-/// The weight of the measured path at a position of the smoothing slider. One step is a factor of
-/// 10^0.75, about 5.6; the ends are "as it is" and "as smooth as can be".
-double weightAt(const TTrackEditFrame& slider) {
-  const int position = slider.value();
-  if (position == slider.minimum()) return -1.0;
-  if (position == slider.maximum()) return 0.0;
-  return std::pow(10.0, (position - 1) * -0.75);
-}
-
-int positionOf(double weight, const TTrackEditFrame& slider) {
-  if (weight == 0.0) return slider.maximum();
-  if (!(weight > 0.0)) return slider.minimum();
-  const double position = std::trunc(1.5 - 4.0 / 3.0 * std::log10(weight));
-  return static_cast<int>(std::clamp<double>(position, slider.minimum(), slider.maximum()));
-}
 
 int jitterPosition(double jitter, const TTrackEditFrame& slider) {
   if (!(jitter > 0.0)) return 0;
@@ -58,7 +43,7 @@ CStabilizerParameters TStabilizerForm::gatherParameters() {
   record.GoodFramesOut = GoodOutSpinEdit.value();
   record.RefFrameIndex = gatherReferenceFrame();
   record.Jitter = JitterTrackEdit.value();
-  record.Alpha2 = weightAt(SmoothTrackEdit);
+  record.Alpha2 = SmoothingWeight(SmoothTrackEdit.value());
   gatherModes(record);
   gatherWarpFunction(record);
   record.MissingDataFill = MissingDataWhiteRadioButton.isChecked()   ? MISSING_DATA_White
@@ -117,7 +102,7 @@ void TStabilizerForm::showParameters(const CStabilizerParameters& shown) {
   AtMarkInCheckBox.setChecked(record.GoodFramesIn > 0);
   AtMarkOutCheckBox.setChecked(record.GoodFramesOut > 0);
   AtMarkCheckBoxClick();
-  SmoothTrackEdit.setValue(positionOf(record.Alpha2, SmoothTrackEdit));
+  SmoothTrackEdit.setValue(SmoothingPosition(record.Alpha2));
   TrackingBoxSizeTrackEdit.setValue(record.TrackBoxExtentX);
   MotionTrackEdit.setValue(record.SearchBoxExtentLeft);
   setUseMattingChecked(record.UseMatting);

@@ -1,5 +1,7 @@
 #include "ui/StabilizationControls.h"
 
+#include "params/SmoothingScale.h"
+
 namespace {
 
 void set(TControl& control, const char* caption, const char* hint = "") {
@@ -139,7 +141,7 @@ void TStabilizationControls::captionPoints() {
   JitterTrackEdit.MaxLabel.setCaption(rough);
   setSlider(TrackingBoxSizeTrackEdit, 5, 30, 10);
   setSlider(MotionTrackEdit, 5, 50, 20);
-  setSlider(SmoothTrackEdit, 0, 10, 6);
+  setSlider(SmoothTrackEdit, LEAST_SMOOTHING, MOST_SMOOTHING, 6);
   setSlider(JitterTrackEdit, 0, 10, 0);
 }
 

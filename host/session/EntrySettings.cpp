@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "params/SmoothingScale.h"
+#include "params/StabilizerParameters.h"
 #include "session/PointFinder.h"
 #include "tracking/TrackingArray.h"
 
@@ -39,7 +41,7 @@ class CRecord {
   int integer(const char* key, int missing, int low, int high) const {
     const int value = element_.GetAttribInteger(key, missing);
     if (value != element_.GetAttribInteger(key, other(missing))) {
-      if (element_.HasAttrib(key)) refuseText(key);
+      if (element_.HasAttrib(key)) refuseText(key, NOT_UNDERSTOOD);
     }
     if (value < low || value > high) refuseRange(key, std::to_string(low), std::to_string(high));
     return value;
@@ -54,25 +56,28 @@ class CRecord {
   }
   bool boolean(const char* key, bool missing) const {
     const bool value = element_.GetAttribBool(key, missing);
-    if (value != element_.GetAttribBool(key, !missing) && element_.HasAttrib(key)) refuseText(key);
+    if (value != element_.GetAttribBool(key, !missing) && element_.HasAttrib(key))
+      refuseText(key, NOT_UNDERSTOOD);
     return value;
   }
   template <std::size_t N>
   std::string name(const char* key, const char* missing,
                    const std::array<const char*, N>& names) const {
     const std::string value = element_.GetAttribString(key, missing);
-    if (std::find(names.begin(), names.end(), value) == names.end()) refuseText(key);
+    if (std::find(names.begin(), names.end(), value) == names.end())
+      refuseText(key, NOT_UNDERSTOOD);
     return value;
+  }
+  [[noreturn]] void refuseText(const char* key, const char* why) const {
+    refuse(textOf(key) + " " + why);
   }
 
  private:
+  static constexpr const char* NOT_UNDERSTOOD = "is not understood";
   static int other(int value) { return value == 0 ? 1 : 0; }
   std::string textOf(const char* key) const {
     return std::string(RECORD) + " " + key + "=\"" +
            element_.GetAttribString(key, "").substr(0, 60) + "\"";
-  }
-  [[noreturn]] void refuseText(const char* key) const {
-    refuse(textOf(key) + " is not understood");
   }
   [[noreturn]] void refuseRange(const char* key, const std::string& low,
                                 const std::string& high) const {
@@ -102,24 +107,36 @@ void takeSizes(const CRecord& record, SStabilizeOptions& options, const SClipInf
       refuse(std::string("SearchBoxExtentLeft and ") + key + " differ");
 }
 
+// The tool's window has no more settings than its slider has positions, and an entry would be
+// rendered with the nearest of them.
+bool isSmoothingStep(double alpha) {
+  const double step = SmoothingWeight(SmoothingPosition(alpha));
+  return std::abs(alpha - step) <= 1e-9 * std::abs(alpha) ||
+         alpha == CStabilizerParameters().Alpha2;  // every list knows the default
+}
+
 void takeMotion(const CRecord& record, SStabilizeOptions& options) {
   const std::string h = record.name("HMode", "STABMODE_Flat", MODES);
   const std::string v = record.name("VMode", "STABMODE_Flat", MODES);
   const std::string r = record.name("RMode", "STABMODE_None", MODES);
   const std::string none = MODES[0];
   if (h == none && v == none && r == none) refuse("no axis is stabilised");
+  if (v != none && h != none && v != h) refuse("HMode and VMode differ");
+  if (r != none && (h != r || v != r)) refuse("RMode is not HMode and VMode");
   options.stabilize = r != none   ? EStabilize::rotation
                       : v == none ? EStabilize::horizontal
                       : h == none ? EStabilize::vertical
                                   : EStabilize::both;
-  const int frames = *options.out - *options.in;
-  record.integer("GoodFramesIn", 1, 0, frames);
-  record.integer("GoodFramesOut", 1, 0, frames);
+  record.integer("GoodFramesIn", 1, 0, 1);
+  record.integer("GoodFramesOut", 1, 0, 1);
   const bool registered = h == MODES[3] || v == MODES[3] || r == MODES[3];
   // The default of the record is frame 0, which matters only where there is something to match.
   record.integer("RefFrameIndex", registered ? 0 : *options.in, *options.in, *options.out - 1);
-  options.jitter = static_cast<int>(std::ceil(record.number("Jitter", 0.0, 10.0)));
-  record.number("Alpha2", -1.0, 1.0);
+  const double jitter = record.number("Jitter", 0.0, 10.0);
+  if (jitter != std::trunc(jitter)) record.refuseText("Jitter", "is between two settings");
+  options.jitter = static_cast<int>(jitter);
+  if (!isSmoothingStep(record.number("Alpha2", -1.0, 1.0)))
+    record.refuseText("Alpha2", "is between two settings");
   record.name("UFunction", WARPS[0], WARPS);
   record.name("MissingDataFill", FILLS[0], FILLS);
 }

@@ -1,8 +1,7 @@
 #include "session/StabilizeOptions.h"
 
-#include <cmath>
-
 #include "FileName.h"
+#include "params/SmoothingScale.h"
 #include "session/EntrySettings.h"
 #include "session/MotionExport.h"
 #include "tracking/TrackingArray.h"
@@ -43,7 +42,8 @@ void completeSizes(SStabilizeOptions& options, const SClipInfo& clip) {
   if (!options.search) options.search = 20 * scale;
   checkRange("--track-box", *options.trackBox, TrackBoxRange(clip));
   checkRange("--search", *options.search, SearchRange(clip));
-  if (options.smoothing) checkRange("--smoothing", *options.smoothing, {0, 10});
+  if (options.smoothing)
+    checkRange("--smoothing", *options.smoothing, {LEAST_SMOOTHING, MOST_SMOOTHING});
   checkRange("--jitter", options.jitter, {0, 10});
   if (options.points.empty()) checkRange("--auto", options.autoPoints, {1, 200});
 }
@@ -99,14 +99,6 @@ void checkFiles(const SStabilizeOptions& options) {
         "--export-motion does not go with --jitter: the jitter is made up while rendering");
 }
 
-/// Weight of the measured path for a position of the smoothing control: the ends are "leave it" and
-/// "hold still", between them each step is a factor of 10^0.75.
-double alphaOf(int position) {
-  if (position <= 0) return -1.0;
-  if (position >= 10) return 0.0;
-  return std::pow(10.0, (position - 1) * -0.75);
-}
-
 const char* modeName(EMotion motion) {
   switch (motion) {
     case EMotion::smooth: return "STABMODE_Smoothed";
@@ -152,7 +144,7 @@ void writeMotion(CPDLElement record, const SStabilizeOptions& options) {
   record.SetAttribInteger("GoodFramesOut", anchorOut ? 1 : 0);
   record.SetAttribInteger("RefFrameIndex", *options.reference);
   record.SetAttribDouble("Jitter", options.jitter);
-  if (options.smoothing) record.SetAttribDouble("Alpha2", alphaOf(*options.smoothing));
+  if (options.smoothing) record.SetAttribDouble("Alpha2", SmoothingWeight(*options.smoothing));
   const EStabilize axes = options.stabilize;
   const char* mode = modeName(options.motion);
   const char* none = "STABMODE_None";

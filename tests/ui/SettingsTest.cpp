@@ -142,6 +142,34 @@ TEST_F(Settings, AForeignFileIsToldOnceAndStaysAsItIs) {
   EXPECT_EQ(textOf(file), repaired) << "defaults do not replace what was put right meanwhile";
 }
 
+TEST_F(Settings, RubbishReadsAsTheNearestSaneThing) {
+  put("[Stabilizer]\nTrackBoxExtentX = -7\nSearchBoxExtentLeft = 99999999999\nJitter = nan\n"
+      "Alpha2 = -inf\nHMode = sideways\nUFunction = Bent\nMissingDataFill = 17\n"
+      "GoodFramesIn = 1e9\nUseMatting = perhaps\n"
+      "[StabilizerForm]\nMarkInMovePreference = 99\nShowTrackPoints = 2\nLeft = 1e99\n"
+      "Top = -40000\nVisible = maybe\n");
+  CSession session(host);
+  const CStabilizerParameters p = session.window->gatherParameters();
+  EXPECT_EQ(p.TrackBoxExtentX, 5);
+  EXPECT_GE(p.SearchBoxExtentLeft, 5);
+  EXPECT_LE(p.SearchBoxExtentLeft, 50);
+  EXPECT_EQ(p.Jitter, 0.0);
+  EXPECT_EQ(p.HMode, STABMODE_Flat);
+  EXPECT_EQ(p.UFunction, U_Fcn_Euclidean);
+  EXPECT_EQ(p.MissingDataFill, MISSING_DATA_White);
+  EXPECT_FALSE(session.window->isVisible());
+  application.inModalForm = [](TForm&) {
+    for (const TRadioButton* button : {&StabilizerPreferencesForm->MoveAndCopyRadioButton,
+                                       &StabilizerPreferencesForm->MoveAndClearRadioButton,
+                                       &StabilizerPreferencesForm->PromptMeRadioButton})
+      EXPECT_FALSE(button->isChecked());
+    StabilizerPreferencesForm->OkButton.click();
+  };
+  session.window->PreferencesMenuItemClick();
+  EXPECT_EQ(session.window->markInMovePreference(), 3);
+  EXPECT_TRUE(application.errors.empty());
+}
+
 TEST_F(Settings, AFolderThatTakesNoFileIsTold) {
   std::filesystem::remove_all(std::filesystem::path(file).parent_path());
   std::ofstream(std::filesystem::path(file).parent_path()) << "in the way";

@@ -162,6 +162,10 @@ const SHostile HOSTILE[] = {
     {"JitterNan", attribute("Jitter", "nan"), "Jitter=\"nan\""},
     {"AlphaInfinite", attribute("Alpha2", "-inf"), "Alpha2"},
     {"AlphaHuge", attribute("Alpha2", "1e9"), "Alpha2"},
+    {"AnchorsMany", attribute("GoodFramesIn", "2"), "GoodFramesIn=\"2\""},
+    {"JitterBetween", attribute("Jitter", "2.5"), "Jitter=\"2.5\" is between"},
+    {"AlphaBetween", attribute("Alpha2", "0.002"), "Alpha2=\"0.002\" is between"},
+    {"AxesDiffer", attribute("VMode", "STABMODE_Smoothed"), "HMode and VMode differ"},
     {"AxisUnknown", attribute("HMode", "STABMODE_Wobble"), "HMode=\"STABMODE_Wobble\""},
     {"NoAxis",
      [](CPDLElement record, CPDLElement) {
