@@ -144,7 +144,7 @@ TEST_F(Graphs, AChartNeverStandsOnItsHeadAndTellsOfADrawingOnce) {
   const double inf = std::numeric_limits<double>::infinity();
   for (const double far : {1000.0, -1000.0, 1e300, -1e300, inf, std::nan(""), 2.0}) {
     told = 0;
-    move({0, far}, {0, far}, {0, -far}, {far});
+    move({0, far}, {0, far}, {0, -far}, {far, 0});
     put(tool.syntheticSmoothedArray(), 1, {far}, {far});
     form->updateGraphs();
     EXPECT_EQ(told, 1) << far;
