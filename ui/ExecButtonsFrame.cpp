@@ -31,12 +31,12 @@ TExecButtonsFrame::TExecButtonsFrame(std::string name, TControl* parent)
       ResumeTCEdit("ResumeTCEdit", &ResumeGroupBox),
       SetStartTCButton("SetStartTCButton", &ResumeGroupBox),
       ButtonPressedNotifier("ButtonPressedNotifier", this) {
-  prepare(PreviewFrameButton, EXEC_BUTTON_PREVIEW_FRAME, "Prev 1", "Preview Frame");
+  prepare(PreviewFrameButton, EXEC_BUTTON_PREVIEW_FRAME, "\u25B7 1", "Preview Frame");
   prepare(PreviewAllButton, EXEC_BUTTON_PREVIEW_ALL, "Preview", "Preview Marked Range");
-  prepare(RenderFrameButton, EXEC_BUTTON_RENDER_FRAME, "Rend 1", "Render Frame");
+  prepare(RenderFrameButton, EXEC_BUTTON_RENDER_FRAME, "\u25CF 1", "Render Frame");
   prepare(RenderAllButton, EXEC_BUTTON_RENDER_ALL, "Render", "Render Marked Frame");
   prepare(PauseButton, EXEC_BUTTON_PAUSE, "Pause", "Pause");
-  prepare(ResumeButton, EXEC_BUTTON_RESUME, "Cont", "Continue");
+  prepare(ResumeButton, EXEC_BUTTON_RESUME, "Resume", "Continue");
   prepare(StopButton, EXEC_BUTTON_STOP, "Stop", "Stop");
   prepare(CapturePDLButton, EXEC_BUTTON_CAPTURE_PDL, "+PDL", "Capture to PDL");
   prepare(GotoTCButton, EXEC_BUTTON_GO_TO_RESUME_TC, "\u2192", "Go to this timecode");

@@ -245,7 +245,8 @@ void TMotionGraphs::layOut() {
   const int column = (width - 2 * GAP) / 3;
   int left = 0;
   for (TLineChart* chart : charts()) {
-    chart->setBounds({left, 0, column, height});
+    const bool last = chart == &RTrackGraph;
+    chart->setBounds({left, 0, last ? width - left : column, height});
     left += column + GAP;
   }
   TrackWarnPanel.setBounds({0, 0, width, height});

@@ -21,6 +21,15 @@ void walk(const TControl& control, const std::function<void(const TControl&)>& v
 
 class Panel : public WindowTest {
  protected:
+  /// No text is cut, nothing lies outside its parent: true of every window.
+  static void expectTextsFit(const TControl& root) {
+    walk(root, [](const TControl& control) {
+      if (control.caption().empty() || dynamic_cast<const TForm*>(&control) != nullptr) return;
+      EXPECT_LE(CaptionWidth(control), control.bounds().width)
+          << control.name() << ": " << control.caption();
+      EXPECT_GE(control.bounds().height, 14) << control.name();
+    });
+  }
   const TControl& panel() const { return form->StabilizationControlPanel; }
   /// What lies over another on purpose.
   bool mayCover(const TControl& a, const TControl& b) const {
@@ -32,8 +41,8 @@ class Panel : public WindowTest {
     return a.name().find("Disabled") != std::string::npos ||
            b.name().find("Disabled") != std::string::npos;
   }
-  void save(const char* name) const {
-    std::ofstream(testing::TempDir() + name) << PanelPicture(panel());
+  static void save(const TControl& control, const char* name) {
+    std::ofstream(testing::TempDir() + name) << PanelPicture(control);
   }
 };
 
@@ -57,12 +66,9 @@ TEST_F(Panel, EverythingLiesInItsParentAndBesideItsSiblings) {
 }
 
 TEST_F(Panel, NoTextIsCut) {
-  walk(panel(), [](const TControl& control) {
-    if (control.caption().empty()) return;
-    EXPECT_LE(CaptionWidth(control), control.bounds().width)
-        << control.name() << ": " << control.caption();
-    EXPECT_GE(control.bounds().height, 14) << control.name();
-  });
+  expectTextsFit(panel());
+  application.inModalForm = [](TForm& dialog) { expectTextsFit(dialog); };
+  form->PreferencesMenuItemClick();
 }
 
 TEST_F(Panel, GroupsStandInTheOrderOfWorkOnCommonEdges) {
@@ -95,7 +101,9 @@ TEST_F(Panel, GroupsStandInTheOrderOfWorkOnCommonEdges) {
 
 /// Pictures for a person to look at.
 TEST_F(Panel, PicturesOfItAreWritten) {
-  save("panel_empty.svg");
+  save(panel(), "panel_empty.svg");
+  application.inModalForm = [](TForm& dialog) { save(dialog, "panel_preferences.svg"); };
+  form->PreferencesMenuItemClick();
   host.imageFormat = CImageFormat(1920, 1080);
   makeSmoothed();
   tool.editor().selectedPoint = 0;
@@ -112,7 +120,7 @@ TEST_F(Panel, PicturesOfItAreWritten) {
   form->ExecStatusBar.BumpProgress(4);
   form->updateExecutionButtons(CToolObject::STATE_RUNNING, true);
   application.advanceClock(600);
-  save("panel_rendering.svg");
+  save(panel(), "panel_rendering.svg");
   shot.setRunState(RUN_IDLE);
   std::ifstream written(testing::TempDir() + "panel_rendering.svg");
   const std::string text((std::istreambuf_iterator<char>(written)), {});
