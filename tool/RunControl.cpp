@@ -91,6 +91,7 @@ int CStabilizerTool::onHeartbeat() {
       forgetPendingRequest();
       deferredRender_ = false;
       runState_ = RUN_IDLE;
+      refreshExecutionButtons();  // no processor has run that would say that it stopped
       break;
     case RUN_TRACKING_REQUESTED: StartTracking(); break;
     case RUN_TRACKED:
@@ -179,7 +180,9 @@ void CStabilizerTool::startRequestedPass() {
   startProcessing(event, false);
   // A render that the host does not permit starts nothing.
   const bool started = processingState() != STATE_IDLE && processingState() != STATE_PREPROCESSED;
-  if (!started && runState_ == RUN_RENDERING) runState_ = RUN_IDLE;
+  if (started || runState_ != RUN_RENDERING) return;
+  runState_ = RUN_IDLE;
+  refreshExecutionButtons();
 }
 
 void CStabilizerTool::onPassEnded() {

@@ -225,6 +225,34 @@ TEST_F(Window, PreferencesChangeOnOkAlone) {
   EXPECT_EQ(choose(dialog.MoveAndCopyRadioButton, true), 1);
 }
 
+TEST_F(Window, WorkThatComesToNothingGivesTheButtonsBack) {
+  const TExecButtonsFrame& buttons = form->ExecButtonsToolbar;
+  placePoints();
+  tool.editor().pointsChangedHook.notify();
+  heartbeat();
+  form->TrackButton.click();
+  heartbeat();
+  ASSERT_TRUE(buttons.StopButton.isEnabled());
+  form->ExecButtonsToolbar.StopButton.click();
+  EXPECT_TRUE(host.calls.contains("StopTrackingRun"));
+  tool.onTrackingEnd(1);
+  heartbeat();
+  EXPECT_FALSE(buttons.StopButton.isEnabled());
+  EXPECT_EQ(form->StatusMessageLabel.caption(), "Idle");
+  EXPECT_EQ(application.cursor(), ECursor::normal);
+
+  makeSmoothed();
+  host.renderPermitted = false;
+  CUserInput renderAll;
+  ASSERT_EQ(renderAll.parse("Shift+G KeyDown"), 0);
+  form->updateExecutionButtons(CToolObject::STATE_IDLE, false);
+  EXPECT_EQ(tool.onUserInput(renderAll), 18);
+  ASSERT_TRUE(buttons.StopButton.isEnabled());
+  heartbeat();
+  EXPECT_FALSE(buttons.StopButton.isEnabled());
+  EXPECT_TRUE(buttons.RenderAllButton.isEnabled());
+}
+
 TEST_F(Window, AnOperatorsFirstShot) {
   placePoints();
   tool.editor().pointsChangedHook.notify();
