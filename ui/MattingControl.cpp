@@ -23,10 +23,7 @@ void TStabilizerForm::wireMatting() {
   AllMatButton.onClick = [this] { selectWholeFrame(); };
   SetMatButton.onClick = [this] { tool_.findMattingBox(); };
   ShowMattingBoxCBox.onClick = [this] { tool_.showMattingBox(ShowMattingBoxCBox.isChecked()); };
-  UseMattingCBox.onClick = [this] {
-    enableMattingGroup();
-    tool_.showMattingBox(ShowMattingBoxCBox.isChecked() && UseMattingCBox.isChecked());
-  };
+  UseMattingCBox.onClick = [this] { applyUseMatting(); };
   ColorPickButton.onClick = [this] { toggleColorPicker(); };
   ColorPickerStateTimer.onTimer = [this] {
     if (!tool_.isColorPickerOn()) releaseColorPickButton();
@@ -84,7 +81,13 @@ void TStabilizerForm::selectWholeFrame() {
 
 void TStabilizerForm::setUseMattingChecked(bool checked) {
   UseMattingCBox.setChecked(checked);
+  applyUseMatting();
+}
+
+void TStabilizerForm::applyUseMatting() {
   enableMattingGroup();
+  if (isControlPanelVisible())
+    tool_.showMattingBox(ShowMattingBoxCBox.isChecked() && UseMattingCBox.isChecked());
 }
 
 void TStabilizerForm::enableMattingGroup() {

@@ -100,11 +100,10 @@ struct TMotionGraphs::SPaths {
   CTrackingPoints original;
   CTrackingPoints smoothed;
   CTrackingPoints smoothedSecond;
-  CTimecode start;
+  const IClip* clip = nullptr;
 
   std::string label(int frame) const {
-    const CTimecode at(start.frameCount() + frame, start.framesPerSecond(), start.isDropFrame());
-    const std::string text = at.toText();
+    const std::string text = clip->timecodeOfFrame(frame).toText();
     return text.substr(std::min(text.find_first_not_of(' '), text.size()));
   }
 
@@ -204,7 +203,7 @@ void TMotionGraphs::draw(CStabilizerTool& tool, int point) {
     paths.smoothed = tool.syntheticSmoothedArray().Trajectory(0);
     paths.smoothedSecond = tool.syntheticSmoothedArray().Trajectory(1);
   }
-  paths.start = clip->startTimecode();
+  paths.clip = clip;
   trace("TAG ", point, "XMaxMove", 0, "YMaxMove", 0);
   drawMovement(paths);
   drawRotation(paths);

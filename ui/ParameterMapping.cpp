@@ -235,8 +235,7 @@ void TStabilizerForm::goToReferenceFrame() {
   const IClip* const clip = host().getClip();
   if (clip == nullptr) return;
   const int frame = clip->frameOfTimecode(RefFrameTimeCodeEdit.timecode());
-  if (frame < 0) return;
-  host().goToFrame(frame);
+  host().goToFrame(frame < 0 ? clip->firstFrame() : frame);
   const int displayed = host().getDisplayedFrame();
   if (displayed != frame) setReferenceFrame(displayed);
 }

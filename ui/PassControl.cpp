@@ -195,7 +195,6 @@ void TStabilizerForm::goToResumeTimecode() {
   const IClip* const clip = host().getClip();
   if (clip == nullptr) return;
   const int frame = clip->frameOfTimecode(ExecButtonsToolbar.resumeTimecode());
-  if (frame < 0) return;
-  host().goToFrame(frame);
+  host().goToFrame(frame < 0 ? clip->firstFrame() : frame);
   setResumeFrame(host().getDisplayedFrame());
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "DesktopArea.h"
+#include "support/ErrorReport.h"
 #include "toolkit/Application.h"
 
 namespace {
@@ -30,6 +31,13 @@ bool withFile(CIniFile* given, const std::string& path, const std::function<bool
   if (opened == nullptr) return false;
   const bool acted = act(*opened);
   return DeleteIniFile(opened, true) && acted;
+}
+
+/// Whoever sends a message does not hear what became of it.
+void reportFailure(bool succeeded) {
+  if (succeeded) return;
+  CAutoErrorReporter reporter("TQTXForm::handleMessage");
+  reporter.repeat();
 }
 
 }  // namespace
@@ -164,10 +172,10 @@ void TQTXForm::handleMessage(const SMessage& message) {
   switch (message.number) {
     case FORM_RELOAD_ALL: return reloadAll();
     case FORM_REFRESH: return onRefresh();
-    case FORM_READ_SETTINGS: readSettings(mode, file); return;
-    case FORM_WRITE_SETTINGS: writeSettings(mode, file); return;
-    case FORM_READ_GEOMETRY: readGeometry(mode, file); return;
-    case FORM_WRITE_GEOMETRY: writeGeometry(mode, file); return;
+    case FORM_READ_SETTINGS: return reportFailure(readSettings(mode, file));
+    case FORM_WRITE_SETTINGS: return reportFailure(writeSettings(mode, file));
+    case FORM_READ_GEOMETRY: return reportFailure(readGeometry(mode, file));
+    case FORM_WRITE_GEOMETRY: return reportFailure(writeGeometry(mode, file));
     case MESSAGE_INIT_MENU: onMenu(); break;
     case MESSAGE_CLOSE: shown_ = false; break;
     default: break;

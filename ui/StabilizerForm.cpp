@@ -69,6 +69,8 @@ bool TStabilizerForm::hasOperator() const {
 
 void TStabilizerForm::setUp() {
   setCaption("Stabilization");
+  setBounds(StabilizationControlPanel.bounds());
+  keepDesign();
   StabilizationControlPanel.setVisible(false);
   std::vector<std::string> warpFunctions;
   for (const SIniAssociation& row : UFunctionNames().Rows())
@@ -133,12 +135,16 @@ void TStabilizerForm::hideControlPanel() {
   disconnect();
 }
 
-void TStabilizerForm::connect() {
+void TStabilizerForm::tellSwitches() {
   tool_.showMattingBox(ShowMattingBoxCBox.isChecked() && UseMattingCBox.isChecked());
   tool_.setTrackingPointsVisible(ShowPointCBox.isChecked());
   tool_.setClearOnShotChange(ClearOnShotChangeCBox.isChecked());
   tool_.setMarkOutWarnings(WarnMarkOutMoveCheckBox.isChecked());
   tool_.setMarkInMovePreference(markInMovePreference_);
+}
+
+void TStabilizerForm::connect() {
+  tellSwitches();
   tool_.pointsChangedHook.subscribe(this, POINTS_CHANGED_SLOT, [this] { onPointsChanged(); });
   tool_.clipChangedHook.subscribe(this, CLIP_CHANGED_SLOT, [this] { saveAutoPoints(); });
   tool_.newClipHook.subscribe(this, NEW_CLIP_SLOT, [this] { onNewClip(); });

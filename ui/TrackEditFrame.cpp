@@ -71,6 +71,7 @@ void TTrackEditFrame::enable(bool enabled) {
   showSelection();
   TrackBarDisabledPanel.setVisible(!enabled);
   Edit.setColor(enabled ? EColor::window : EColor::buttonFace);
+  EditDisabledLabel.setCaption(std::to_string(TrackBar.position()));
   EditDisabledPanel.setVisible(!enabled);
 }
 
@@ -158,7 +159,7 @@ void TTrackEditFrame::onEditExit() {
 }
 
 void TTrackEditFrame::onEditKeyPress(char& key) {
-  const bool printable = static_cast<unsigned char>(key) >= ' ' && key != 127;
+  const bool printable = key >= ' ' && key <= '~';
   if (key == RETURN) {
     key = 0;
     leaveEdit();

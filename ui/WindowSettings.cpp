@@ -43,6 +43,7 @@ bool TStabilizerForm::onReadSettings(CIniFile& file, const std::string& section)
   markInMovePreference_ = p.MarkInMovePreference;
   setDialogFolders();
   remembers_ = true;
+  if (isControlPanelVisible()) tellSwitches();
   return true;
 }
 

@@ -26,6 +26,21 @@ void TControl::setBounds(const SBounds& bounds) {
   changed();
 }
 
+void TControl::setEnabled(bool enabled) {
+  if (!enabled) dropFocusWithin();
+  assign(enabled_, enabled);
+}
+
+void TControl::setVisible(bool visible) {
+  if (!visible) dropFocusWithin();
+  assign(visible_, visible);
+}
+
+void TControl::dropFocusWithin() const {
+  for (const TControl* c = focused; c != nullptr; c = c->parent_)
+    if (c == this) return DropFocus();
+}
+
 bool TControl::isEnabledInWindow() const {
   for (const TControl* c = this; c != nullptr; c = c->parent_)
     if (!c->enabled_) return false;

@@ -79,6 +79,10 @@ TEST_F(Matting, WithoutAProcessingRegionItsGroupIsGreyAndTheBoxGone) {
   for (TControl* control : form->MattingGroupBox.children())
     EXPECT_EQ(control->isEnabledInWindow(), control == &form->UseMattingCBox) << control->name();
   form->setUseMattingChecked(false);
+  form->setUseMattingChecked(true);  // as a points file says
+  EXPECT_TRUE(tool.isMattingBoxShown());
+  form->setUseMattingChecked(false);
+  EXPECT_FALSE(tool.isMattingBoxShown());
   form->UseMattingCBox.click();
   EXPECT_TRUE(tool.isMattingBoxShown());
   for (TControl* control : form->MattingGroupBox.children())

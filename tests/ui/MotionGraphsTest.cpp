@@ -110,6 +110,9 @@ TEST_F(Graphs, PointsCarryFramesAndTimecodes) {
   EXPECT_EQ(v[0].points[1], (TLineChart::SPoint{IN + 1.0, -2.5, "00:00:04:05"}));
   EXPECT_EQ(h[1].points[1], (TLineChart::SPoint{IN + 1.0, 0.5, ""}));
   EXPECT_EQ(v[1].points[1], (TLineChart::SPoint{IN + 1.0, 0.25, ""}));
+  host.clip.first = IN;
+  form->updateGraphs();
+  EXPECT_EQ(h[0].points[1].label, "00:00:00:01") << "as the frame is called everywhere else";
 }
 
 TEST_F(Graphs, RotationIsHowFarTheSecondPointStandsAboveTheFirst) {

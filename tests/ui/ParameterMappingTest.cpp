@@ -192,6 +192,12 @@ TEST_F(Mapping, ReferenceButtonsFollowTheHostWhereverItEnds) {
   EXPECT_EQ(form->RefFrameTimeCodeEdit.timecode(), host.clip.timecodeOfFrame(IN + 2));
   EXPECT_FALSE(tool.isSmoothed()) << "another reference, another path";
   host.onCall = {};
+  host.clip.first = IN;  // the timecode that stands there lies before the clip now
+  host.clip.end = OUT;
+  form->RefFrameTimeCodeEdit.setTimecode(CTimecode(-5, 24, false));
+  form->GoToRefframeButton.click();
+  EXPECT_EQ(host.displayedFrame, IN);
+  EXPECT_EQ(form->RefFrameTimeCodeEdit.timecode(), host.clip.timecodeOfFrame(IN));
   host.clipOpen = false;
   forgetCalls();
   form->GoToRefframeButton.click();

@@ -142,6 +142,20 @@ TEST_F(Settings, AForeignFileIsToldOnceAndStaysAsItIs) {
   EXPECT_EQ(textOf(file), repaired) << "defaults do not replace what was put right meanwhile";
 }
 
+TEST_F(Settings, ReadAgainWhileShownTheyReachTheTool) {
+  CSession session(host);
+  ASSERT_TRUE(session.tool.editor().showPoints);
+  ASSERT_TRUE(session.tool.isMattingBoxShown());
+  put("[StabilizerForm]\nShowTrackPoints = false\nMarkInMovePreference = 2\n"
+      "[Stabilizer]\nUseMatting = false\nTrackBoxExtentX = 12\n");
+  session.window->handleMessage({FORM_READ_SETTINGS, FORM_MODE_NORMAL});
+  EXPECT_FALSE(session.tool.editor().showPoints);
+  EXPECT_EQ(session.tool.markInMovePreference(), 2);
+  EXPECT_FALSE(session.tool.isMattingBoxShown());
+  place(session.tool);
+  EXPECT_FALSE(session.tool.livePoints().BoxExtentsDiffer(12, 12, 20, 20, 20, 20));
+}
+
 TEST_F(Settings, RubbishReadsAsTheNearestSaneThing) {
   put("[Stabilizer]\nTrackBoxExtentX = -7\nSearchBoxExtentLeft = 99999999999\nJitter = nan\n"
       "Alpha2 = -inf\nHMode = sideways\nUFunction = Bent\nMissingDataFill = 17\n"
@@ -176,9 +190,10 @@ TEST_F(Settings, AFolderThatTakesNoFileIsTold) {
   {
     CSession session(host);
     EXPECT_EQ(session.window->markInMovePreference(), 3);
-    theError.clear();
-    EXPECT_FALSE(session.window->writeSettings(FORM_MODE_NORMAL));
-    EXPECT_NE(theError.getMessage().find(file), std::string::npos) << theError.getMessage();
+    errors.clear();
+    session.window->handleMessage({FORM_WRITE_SETTINGS, FORM_MODE_NORMAL});
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_NE(errors[0].find(file), std::string::npos) << errors[0];
   }
 }
 

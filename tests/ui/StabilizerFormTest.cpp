@@ -182,6 +182,14 @@ TEST_F(Window, AClosedClipTakesNothingDown) {
   EXPECT_EQ(form->gatherParameters().RefFrameIndex, -1);
 }
 
+TEST_F(Window, WhatIsBeingTypedCountsWhenThePanelIsHidden) {
+  form->TrackingBoxSizeTrackEdit.Edit.focus();
+  for (const char key : {'2', '2'}) form->TrackingBoxSizeTrackEdit.Edit.type(key);
+  tool.toolHide();
+  EXPECT_EQ(form->gatherParameters().TrackBoxExtentX, 22);
+  EXPECT_EQ(FocusedControl(), nullptr);
+}
+
 TEST_F(Window, LoadLeavesTheMarksAloneWhileShiftIsHeld) {
   placePoints();
   ASSERT_TRUE(tool.SaveTrackingPoints(folder_ + "a.points"));

@@ -53,9 +53,11 @@ TEST_F(TrackEdit, KeysAreTakenWhenTheEditIsLeft) {
     const char* state;
     int beeps;
   } cases[] = {
-      {"25\r", "25 25 1", 0},   {"20\r", "20 20 0", 0},   {"40\r", "30 40 1", 0},
-      {"25\x1b", "20 20 0", 0}, {"25\x1a", "20 20 0", 0}, {"-1x2\r", "12 12 1", 2},
-      {"25\b\r", "5 2 1", 0},   {"\b\r", "5 0 1", 0},     {"99999999999\r", "30 2147483647 1", 0},
+      {"25\r", "25 25 1", 0},   {"20\r", "20 20 0", 0},
+      {"40\r", "30 40 1", 0},   {"25\x1b", "20 20 0", 0},
+      {"25\x1a", "20 20 0", 0}, {"-1x2\r", "12 12 1", 2},
+      {"1\xe9\r", "5 1 1", 0},  {"25\b\r", "5 2 1", 0},
+      {"\b\r", "5 0 1", 0},     {"99999999999\r", "30 2147483647 1", 0},
       {"7", "20 7 0", 0},
   };
   for (const auto& c : cases) {
@@ -113,7 +115,11 @@ TEST_F(TrackEdit, ADeferredDragIsToldOnceAfterTheButtonCameUp) {
 }
 
 TEST_F(TrackEdit, DisabledItIsGreyAsAWholeAndComesBack) {
+  type("17\r");
+  frame->Edit.focus();
   frame->enable(false);
+  EXPECT_EQ(FocusedControl(), nullptr);
+  EXPECT_EQ(frame->EditDisabledLabel.caption(), "17") << "what was typed last";
   EXPECT_FALSE(frame->Edit.isOperable());
   EXPECT_TRUE(frame->EditDisabledPanel.isVisible());
   EXPECT_EQ(frame->TrackBarDisabledPanel.bounds(), frame->TrackBar.bounds());

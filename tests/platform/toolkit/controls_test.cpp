@@ -73,6 +73,16 @@ TEST(Controls, FocusLeavesBeforeItArrivesAndDiesWithItsControl) {
   second->typeText("00:00:02:00");
   DropFocus();
   EXPECT_EQ(story, "first in, first out, second in, second out at 00:00:02:00");
+  for (const auto& hide :
+       {+[](TPanel& p) { p.setVisible(false); }, +[](TPanel& p) { p.setEnabled(false); }}) {
+    story.clear();
+    panel.setVisible(true);
+    first.focus();
+    hide(panel);
+    EXPECT_EQ(FocusedControl(), nullptr);
+    EXPECT_EQ(story, "first in, first out, ");
+  }
+  panel.setEnabled(true);
   second->focus();
   second.reset();
   EXPECT_EQ(FocusedControl(), nullptr);

@@ -93,6 +93,7 @@ class TStabilizerForm : public TQTXForm, public TStabilizationControls, public I
   void wireSettings();
   void wireMatting();
   void connect();
+  void tellSwitches();
   void disconnect();
   void onPointsChanged();
   void onNewClip();
@@ -140,6 +141,7 @@ class TStabilizerForm : public TQTXForm, public TStabilizationControls, public I
   void releaseMattingButton();
   void moveMattingBox();
   void selectWholeFrame();
+  void applyUseMatting();
   void enableMattingGroup();
   void releaseColorPickButton();
 

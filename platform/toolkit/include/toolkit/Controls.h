@@ -66,9 +66,10 @@ class TControl {
 
   /// The control's own state, whatever its parents are.
   bool isEnabled() const { return enabled_; }
-  void setEnabled(bool enabled) { assign(enabled_, enabled); }
+  /// What is disabled or hidden loses the focus before, and so does everything in it.
+  void setEnabled(bool enabled);
   bool isVisible() const { return visible_; }
-  void setVisible(bool visible) { assign(visible_, visible); }
+  void setVisible(bool visible);
   /// The same along the whole chain of parents.
   bool isEnabledInWindow() const;
   bool isShowing() const;
@@ -106,6 +107,7 @@ class TControl {
 
  private:
   friend void DropFocus();
+  void dropFocusWithin() const;
   std::string name_;
   TControl* parent_;
   std::vector<TControl*> children_;
