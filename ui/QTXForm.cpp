@@ -37,10 +37,7 @@ bool withFile(CIniFile* given, const std::string& path, const std::function<bool
 TQTXForm::TQTXForm(std::string name, TForm* owner, std::string iniFileName)
     : TForm(std::move(name), owner), iniFileName_(std::move(iniFileName)) {
   keepDesign();
-  onCloseQuery = [this] {
-    if (saveOnClose_) saveAll();
-    return true;
-  };
+  onCloseQuery = [this] { return FormCloseQuery(); };
 }
 
 TQTXForm::~TQTXForm() = default;
@@ -53,6 +50,11 @@ void TQTXForm::keepDesign() {
   designBounds_ = bounds();
   designVisible_ = isVisible();
   designStyle_ = formStyle();
+}
+
+bool TQTXForm::FormCloseQuery() {
+  if (saveOnClose_) saveAll();
+  return true;
 }
 
 void TQTXForm::saveAll() {
