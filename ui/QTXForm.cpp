@@ -45,10 +45,7 @@ void reportFailure(bool succeeded) {
 TQTXForm::TQTXForm(std::string name, TForm* owner, std::string iniFileName)
     : TForm(std::move(name), owner), iniFileName_(std::move(iniFileName)) {
   keepDesign();
-  onCloseQuery = [this] {
-    if (saveOnClose_) saveAll();
-    return true;
-  };
+  onCloseQuery = [this] { return FormCloseQuery(); };
 }
 
 TQTXForm::~TQTXForm() = default;
@@ -61,6 +58,11 @@ void TQTXForm::keepDesign() {
   designBounds_ = bounds();
   designVisible_ = isVisible();
   designStyle_ = formStyle();
+}
+
+bool TQTXForm::FormCloseQuery() {
+  if (saveOnClose_) saveAll();
+  return true;
 }
 
 void TQTXForm::saveAll() {

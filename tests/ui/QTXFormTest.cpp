@@ -21,6 +21,7 @@ class CToolWindow : public TQTXForm {
     keepDesign();
   }
   Calls& calls;
+  bool hooksSucceed = true;
 
  protected:
   void onMenu() override { calls.push_back(name() + " menu"); }
@@ -31,13 +32,20 @@ class CToolWindow : public TQTXForm {
   bool onReadSettings(CIniFile&, const std::string& section) override {
     return note(section, " reads");
   }
+  bool onWriteGeometry(CIniFile&, const std::string& section) override {
+    return note(section, " writes bounds");
+  }
+  bool onReadGeometry(CIniFile&, const std::string& section) override {
+    return note(section, " reads bounds");
+  }
   bool onSettingsDefaults() override { return note(name(), " defaults"); }
+  bool onGeometryDefaults() override { return note(name(), " default bounds"); }
   void onRefresh() override { note(name(), " refreshed"); }
 
  private:
   bool note(const std::string& who, const char* what) {
     calls.push_back(who + what);
-    return true;
+    return hooksSucceed;
   }
 };
 
@@ -124,10 +132,35 @@ TEST_F(FormBase, GeometryComesBackInItsOwnSection) {
   EXPECT_EQ(window.bounds(), (SBounds{100, 120, 400, 300}));
   EXPECT_FALSE(window.isVisible());
   EXPECT_EQ(window.formStyle(), EFormStyle::normal);
+  EXPECT_TRUE(window.writeSettings(FORM_MODE_DESIGN) && window.writeGeometry(FORM_MODE_DESIGN));
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(FormBase, ARestoredWindowIsOnTheDesktopAndOfASaneSize) {
+  const struct {
+    const char* key;
+    const char* text;
+    SBounds bounds;
+  } cases[] = {
+      {"Left", "1905", {1519, 120, 400, 300}},      {"Left", "-390", {0, 120, 400, 300}},
+      {"Left", "2147483647", {100, 120, 400, 300}}, {"Top", "-99999999999", {100, 120, 400, 300}},
+      {"Top", "rubbish", {100, 120, 400, 300}},     {"Width", "1", {100, 120, 1, 300}},
+      {"Width", "0", {100, 120, 400, 300}},         {"Width", "32767", {100, 120, 32767, 300}},
+      {"Width", "32768", {100, 120, 400, 300}},     {"Height", "-4", {100, 120, 400, 300}},
+      {"Height", "0", {100, 120, 400, 300}},        {"Height", "2147483647", {100, 120, 400, 300}},
+  };
+  for (const auto& c : cases) {
+    put(std::string("[Viewer]\nVisible=true\n") + c.key + "=" + c.text + "\n");
+    CToolWindow window("Viewer", file, calls);
+    window.setWindowState(EWindowState::minimized);
+    EXPECT_TRUE(window.readGeometry(FORM_MODE_NORMAL));
+    EXPECT_EQ(window.bounds(), c.bounds) << c.key << " " << c.text;
+    EXPECT_EQ(window.windowState(), EWindowState::normal);
+  }
 }
 
 TEST_F(FormBase, WhatIsReadDependsOnTheBorderAndTheMainWindow) {
-  put("[Viewer]\nLeft=50\nTop=rubbish\nWidth=77\nHeight=-4\nVisible=true\n");
+  put("[Viewer]\nLeft=50\nWidth=77\nVisible=true\n");
   for (const EBorderStyle style :
        {EBorderStyle::sizeable, EBorderStyle::sizeableToolWindow, EBorderStyle::single,
         EBorderStyle::dialog, EBorderStyle::toolWindow}) {
@@ -142,6 +175,9 @@ TEST_F(FormBase, WhatIsReadDependsOnTheBorderAndTheMainWindow) {
   application.setMainForm(&main);
   EXPECT_TRUE(main.readGeometry(FORM_MODE_NORMAL));
   EXPECT_FALSE(main.isVisible());
+  main.show();
+  EXPECT_TRUE(main.readGeometry(FORM_MODE_DESIGN));
+  EXPECT_TRUE(main.isVisible()) << "as made it is hidden";
   std::filesystem::remove(file);
   EXPECT_TRUE(main.writeGeometry(FORM_MODE_NORMAL));
   EXPECT_EQ(CIniFile(file).ReadString("Viewer", "Visible", "not there"), "not there");
@@ -159,30 +195,59 @@ TEST_F(FormBase, AnUnreadableFileFailsAndChangesNothing) {
   EXPECT_EQ(window.bounds(), (SBounds{100, 120, 400, 300}));
 }
 
+TEST_F(FormBase, TheResultIsThatOfTheHookAndOfSaving) {
+  CToolWindow window("Viewer", file, calls);
+  CIniFile given(folder + "given.ini");
+  for (CIniFile* const opened : {&given, static_cast<CIniFile*>(nullptr)}) {
+    for (const bool succeed : {false, true}) {
+      window.hooksSucceed = succeed;
+      EXPECT_EQ(window.writeSettings(FORM_MODE_NORMAL, opened), succeed);
+      EXPECT_EQ(window.writeGeometry(FORM_MODE_NORMAL, opened), succeed);
+      EXPECT_EQ(window.readSettings(FORM_MODE_NORMAL, opened), succeed);
+      EXPECT_EQ(window.readGeometry(FORM_MODE_NORMAL, opened), succeed);
+      EXPECT_EQ(window.readAll(FORM_MODE_DESIGN, opened), succeed);
+    }
+    EXPECT_EQ(std::filesystem::exists(file), opened == nullptr);
+  }
+  EXPECT_EQ(given.ReadInteger("Viewer", "Left", 0), 100);
+  EXPECT_FALSE(std::filesystem::exists(given.path())) << "whoever opened it saves it";
+  CToolWindow nowhere("Viewer", file + "/below.ini", calls);
+  EXPECT_TRUE(nowhere.writeSettings(FORM_MODE_NORMAL)) << "nothing to save";
+  EXPECT_FALSE(nowhere.writeGeometry(FORM_MODE_NORMAL));
+}
+
 TEST_F(FormBase, MessagesReachTheHooksAndAllWindowsReloadTogether) {
-  put("[Z]\nZOrder = First , Second,,Third\n[Second]\nVisible=true\nLeft=33\n");
+  TQTXForm::setSectionPrefix("P");
+  put("[Z]\nZOrder = First , Second,,Third\n[P\\Second]\nVisible=true\nLeft=33\n"
+      "[First]\nVisible=true\n");
   CToolWindow first("First", file, calls);
   CToolWindow second("Second", file, calls);
   TForm plain("Plain");
-  const std::pair<unsigned, std::string> messages[] = {
-      {FORM_READ_SETTINGS, "First reads"},
-      {FORM_WRITE_SETTINGS, "First writes"},
-      {FORM_REFRESH, "First refreshed"},
-      {MESSAGE_INIT_MENU, "First menu"},
+  const struct {
+    unsigned number;
+    int mode;
+    const char* call;
+  } messages[] = {
+      {FORM_READ_SETTINGS, FORM_MODE_NORMAL, "P\\First reads"},
+      {FORM_READ_SETTINGS, FORM_MODE_DESIGN, "First defaults"},
+      {FORM_WRITE_SETTINGS, FORM_MODE_NORMAL, "P\\First writes"},
+      {FORM_READ_GEOMETRY, FORM_MODE_NORMAL, "P\\First reads bounds"},
+      {FORM_READ_GEOMETRY, FORM_MODE_DESIGN, "First default bounds"},
+      {FORM_WRITE_GEOMETRY, FORM_MODE_SAVED, "P\\First writes bounds"},
+      {FORM_REFRESH, FORM_MODE_NORMAL, "First refreshed"},
+      {MESSAGE_INIT_MENU, FORM_MODE_NORMAL, "First menu"},
   };
-  for (const auto& [number, call] : messages) {
+  for (const auto& m : messages) {
     calls.clear();
-    first.handleMessage({number, FORM_MODE_NORMAL});
-    EXPECT_EQ(calls, Calls{call});
+    first.handleMessage({m.number, m.mode});
+    EXPECT_EQ(calls, Calls{m.call});
   }
-  calls.clear();
-  first.handleMessage({FORM_READ_SETTINGS, FORM_MODE_DESIGN});
-  EXPECT_EQ(calls, Calls{"First defaults"});
 
   calls.clear();
   first.handleMessage({FORM_RELOAD_ALL});
-  EXPECT_EQ(calls, (Calls{"z Second", "Second reads", "First reads", "Second refreshed",
-                          "First refreshed"}));
+  EXPECT_EQ(calls,
+            (Calls{"z Second", "P\\First reads bounds", "P\\Second reads bounds", "P\\Second reads",
+                   "P\\First reads", "Second refreshed", "First refreshed"}));
   EXPECT_EQ(second.bounds().left, 33);
   EXPECT_TRUE(second.isVisible());
   EXPECT_EQ(application.forms().back(), &first) << "the first name of the list is on top";
@@ -202,7 +267,7 @@ TEST_F(FormBase, SavesOnCloseAndOnItsWayOutWhenAskedTo) {
     window.setSaveOnClose(true);
     window.show();
     EXPECT_TRUE(window.close());
-    EXPECT_EQ(calls, Calls{"Viewer writes"});
+    EXPECT_EQ(calls, (Calls{"Viewer writes", "Viewer writes bounds"}));
     EXPECT_TRUE(CIniFile(file).ReadBool("Viewer", "Visible", false)) << "as it was";
     window.setBounds({7, 8, 90, 100});
   }

@@ -195,6 +195,25 @@ TEST_F(IniFile, SaveWritesOnlyWhatChangedAndTellsWhatItCannot) {
   theError.clear();
 }
 
+TEST_F(IniFile, AListIsNamesPartedByCommas) {
+  const struct {
+    const char* text;
+    std::vector<std::string> names;
+  } cases[] = {
+      {"", {}},
+      {" ,\t, ,", {}},
+      {"One", {"One"}},
+      {" B ,\tA\t,,B,", {"B", "A", "B"}},
+      {"Track edit, Größe = 3", {"Track edit", "Größe = 3"}},
+  };
+  CIniFile ini(path);
+  EXPECT_TRUE(ini.ReadStringList("S", "missing").empty());
+  for (const auto& c : cases) {
+    ini.WriteString("S", "k", c.text);
+    EXPECT_EQ(ini.ReadStringList("S", "k"), c.names) << c.text;
+  }
+}
+
 TEST_F(IniFile, AssociationsAreStoredByNameAndUnknownNamesChangeNothing) {
   const SIniAssociation rows[] = {
       {"X_First_One", nullptr, 3}, {"X_Other", "Shown", -1}, {"", "", -1}, {"X_Beyond", "", 8}};

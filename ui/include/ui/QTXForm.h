@@ -40,6 +40,8 @@ class TQTXForm : public TForm {
 
   /// Settings and geometry are written when the window is closed, and when it goes.
   void setSaveOnClose(bool save) { saveOnClose_ = save; }
+  /// What `onCloseQuery` asks: saves if that is wished. Never refuses, even if saving failed.
+  bool FormCloseQuery();
   /// The window is shown by what was read, not by somebody's hand.
   bool isShownHere() const { return shown_; }
 
