@@ -138,9 +138,10 @@ class BadLuck : public ::testing::Test {
 
 TEST_F(BadLuck, AFullDiskLeavesOnlyWholeFrames) {
   makeShot("8");
-  // The limit lies between the size of a frame and nothing: every frame is too large.
-  const SRun run =
-      RunLine(folder_.path(), "( ulimit -f 400; stabilize scan.####.dpx -o out.####.dpx )");
+  // The limit lies between the size of a frame and nothing: every frame is too large. With
+  // one thread the first of them fails first.
+  const SRun run = RunLine(
+      folder_.path(), "( ulimit -f 400; stabilize scan.####.dpx -o out.####.dpx --threads 1 )");
   EXPECT_EQ(run.status, 1) << run.output;
   EXPECT_NE(run.output.find("out.1001.dpx"), std::string::npos) << run.output;
   EXPECT_EQ(wholeFrames(), 0);
