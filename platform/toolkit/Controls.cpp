@@ -56,7 +56,8 @@ bool TControl::isShowing() const {
 void TControl::focus() {
   if (focused == this || !isOperable()) return;
   DropFocus();
-  if (focused != nullptr) return;  // whoever left has sent the focus on
+  // Whoever left may have sent the focus on, or switched this control off.
+  if (focused != nullptr || !isOperable()) return;
   focused = this;
   if (onEnter) onEnter();
   changed();
@@ -136,6 +137,10 @@ TEdit::TEdit(std::string name, TControl* parent) : TControl(std::move(name), par
 }
 
 void TEdit::setText(const std::string& text) {
+  if (text_ == text) {
+    selectNone();
+    return;
+  }
   allSelected_ = false;
   assign(text_, text);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -88,6 +89,53 @@ TEST(Controls, FocusLeavesBeforeItArrivesAndDiesWithItsControl) {
   EXPECT_EQ(FocusedControl(), nullptr);
 }
 
+TEST(Controls, WhoLeavesMaySendTheFocusOnOrRefuseIt) {
+  TPanel panel("Panel");
+  TEdit first("First", &panel), second("Second", &panel), third("Third", &panel);
+  int arrivals = 0;
+  second.onEnter = [&] { ++arrivals; };
+  const struct {
+    const char* what;
+    std::function<void()> onExit;
+    TControl* holder;
+    int arrivals;
+  } cases[] = {{"it goes where it was sent", [] {}, &second, 1},
+               {"sent on", [&] { third.focus(); }, &third, 0},
+               {"target disabled", [&] { second.setEnabled(false); }, nullptr, 0},
+               {"target hidden", [&] { second.setVisible(false); }, nullptr, 0}};
+  for (const auto& c : cases) {
+    second.setEnabled(true);
+    second.setVisible(true);
+    first.onExit = {};
+    first.focus();
+    first.onExit = c.onExit;
+    arrivals = 0;
+    second.focus();
+    EXPECT_EQ(FocusedControl(), c.holder) << c.what;
+    EXPECT_EQ(arrivals, c.arrivals) << c.what;
+  }
+}
+
+TEST(Controls, AHeldButtonComesUpEvenWhenItWasDisabledMeanwhile) {
+  TPanel panel("Panel");
+  TToolButton button("Button", &panel);
+  std::string story;
+  button.onPress = [&] { story += "down "; };
+  button.onRelease = [&] { story += "up "; };
+  button.onClick = [&] { story += "click "; };
+  button.release();
+  button.press();
+  button.press();
+  button.release();
+  EXPECT_EQ(story, "down up click ");
+  button.press();
+  panel.setEnabled(false);
+  button.release();
+  button.press();
+  button.release();
+  EXPECT_EQ(story, "down up click down up ");
+}
+
 TEST(Controls, EditsTakeKeysThatNobodySwallows) {
   TEdit edit("Edit");
   edit.onKeyPress = [](char& key) {
@@ -122,6 +170,10 @@ TEST(Controls, EditsTakeKeysThatNobodySwallows) {
     EXPECT_EQ(timecode.timecode().frameCount(), frames) << typed;
     EXPECT_EQ(timecode.text(), timecode.timecode().toText());
   }
+  timecode.setEnabled(false);
+  timecode.typeText("00:00:09:00");
+  timecode.commit();
+  EXPECT_EQ(timecode.timecode().frameCount(), 95);
 }
 
 TEST(Controls, TheWheelGoesUpUntilSomebodyTakesIt) {
@@ -154,12 +206,57 @@ TEST(Controls, EveryVisibleChangeIsToldAndNothingElse) {
   combo.setItemIndex(1);
   combo.setItemIndex(1);
   EXPECT_EQ(combo.text(), "Two");
-  combo.setItemIndex(7);
-  EXPECT_EQ(combo.itemIndex(), -1);
+  for (const int none : {7, 2, -1}) {
+    combo.setItemIndex(none);
+    EXPECT_EQ(combo.itemIndex(), -1) << none;
+  }
   EXPECT_EQ(told, 5);
   button.setDown(true);
   button.setTag(4);
   EXPECT_EQ(told, 6);
+  combo.setText("Two");
+  combo.setItems({"Two", "Three"});
+  EXPECT_EQ(combo.itemIndex(), 0) << "the text stays, wherever it stands now";
+}
+
+TEST(Controls, ASpinEditHoldsNoMoreThanItsMaximumAndTwoDigits) {
+  const struct {
+    int maximum, value, shownMaximum, shown;
+  } cases[] = {{99, -1, 99, 0}, {99, 100, 99, 99}, {100, 100, 99, 99}, {5, 6, 5, 5}, {-4, 3, 0, 0}};
+  for (const auto& c : cases) {
+    TCSpinEdit spin("Spin");
+    spin.setMaximum(c.maximum);
+    spin.setValue(c.value);
+    EXPECT_EQ(spin.maximum(), c.shownMaximum) << c.maximum;
+    EXPECT_EQ(spin.value(), c.shown) << c.maximum << ' ' << c.value;
+  }
+}
+
+TEST(Controls, ASelectionThatGoesIsSeenThoughTheTextStays) {
+  TEdit edit("Edit");
+  int told = 0;
+  edit.changedHook.subscribe(&told, 1, [&] { ++told; });
+  const struct {
+    const char* what;
+    std::function<void()> act;
+    int told;
+  } cases[] = {{"typed over by the same", [&] { edit.type('7'); }, 1},
+               {"set to the same", [&] { edit.setText("7"); }, 1},
+               {"set to another", [&] { edit.setText("8"); }, 1},
+               {"deselected", [&] { edit.selectNone(); }, 1},
+               {"selected again", [&] { edit.selectAll(); }, 0}};
+  for (const auto& c : cases) {
+    edit.setText("7");
+    edit.selectAll();
+    told = 0;
+    c.act();
+    EXPECT_EQ(told, c.told) << c.what;
+    EXPECT_EQ(edit.isAllSelected(), c.told == 0) << c.what;
+  }
+  edit.selectNone();
+  told = 0;
+  edit.setText("7");
+  EXPECT_EQ(told, 0);
 }
 
 }  // namespace

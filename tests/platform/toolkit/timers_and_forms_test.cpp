@@ -30,8 +30,9 @@ TEST_F(Screen, TimersRunWhenTheyAreDueInTheirOrder) {
   application.advanceClock(250);
   EXPECT_EQ(story, "f1200 s1300 f1400 ");
   fast.setInterval(50);
+  application.advanceClock(30);
   fast.setInterval(50);
-  application.advanceClock(100);
+  application.advanceClock(70);
   EXPECT_EQ(story, "f1200 s1300 f1400 f1450 f1500 ");
   fast.setEnabled(false);
   application.advanceClock(100);
@@ -51,6 +52,32 @@ TEST_F(Screen, ATimerMayGoInAHandler) {
   own->setEnabled(true);
   application.advanceClock(100);
   EXPECT_EQ(story, "own ");
+}
+
+TEST_F(Screen, AHandlerMaySwitchTimersAndMoveTheClock) {
+  std::string story;
+  const auto tell = [&](const char* who) {
+    story += who + std::to_string(application.milliseconds()) + " ";
+  };
+  TTimer first(10), second(10), third(10);
+  first.onTimer = [&] {
+    tell("a");
+    third.setEnabled(false);
+    first.setInterval(25);
+  };
+  second.onTimer = [&] {
+    tell("b");
+    second.setEnabled(false);
+    application.advanceClock(40);  // as a dialog does that the operator leaves open
+    tell("back");
+  };
+  third.onTimer = [&] { tell("never"); };
+  for (TTimer* timer : {&first, &second, &third}) timer->setEnabled(true);
+  application.advanceClock(30);
+  EXPECT_EQ(story, "a10 b10 a35 back50 ") << "equal times in the order of making";
+  EXPECT_EQ(application.milliseconds(), 50) << "the clock never turns back";
+  application.advanceClock(10);
+  EXPECT_EQ(story, "a10 b10 a35 back50 a60 ");
 }
 
 TEST_F(Screen, AnotherThreadSwitchesATimerThatRunsHere) {
@@ -100,6 +127,27 @@ TEST_F(Screen, MessagesWaitTheirTurnAndGoWithTheirWindow) {
   EXPECT_EQ(application.forms(), std::vector<TForm*>{&a});
 }
 
+TEST_F(Screen, AHandlersWindowMayTakeAnothersMessagesAlong) {
+  std::string story;
+  auto victim = std::make_unique<CListener>("Victim", story);
+  class CKiller : public TForm {
+   public:
+    explicit CKiller(std::unique_ptr<CListener>& prey) : TForm("Killer"), prey_(prey) {}
+    void handleMessage(const SMessage&) override { prey_.reset(); }
+
+   private:
+    std::unique_ptr<CListener>& prey_;
+  } killer(victim);
+  application.setMainForm(victim.get());
+  application.postMessage(*victim, {7});
+  application.postMessage(killer, {8});
+  application.postMessage(*victim, {9});
+  application.deliverMessages();
+  EXPECT_EQ(story, "Victim7 ");
+  EXPECT_EQ(application.mainForm(), nullptr);
+  EXPECT_EQ(application.forms(), std::vector<TForm*>{&killer});
+}
+
 TEST_F(Screen, AFormIsRaisedClosedOrKeptOpen) {
   TForm a("A"), b("B");
   application.raise(a);
@@ -117,10 +165,20 @@ TEST_F(Screen, AModalFormHasTheResultOfTheButtonThatEndedIt) {
   TForm form("Form");
   TPanel panel("Panel", &form);
   TButton ok("Ok", &panel), cancel("Cancel", &panel), plain("Plain", &panel);
+  TButton off("Off", &panel), unsure("Unsure", &panel);
   ok.setModalResult(MODAL_OK);
   cancel.setModalResult(MODAL_CANCEL);
-  for (const auto& [button, result] : std::initializer_list<std::pair<TButton*, int>>{
-           {&ok, MODAL_OK}, {&cancel, MODAL_CANCEL}, {&plain, MODAL_CANCEL}}) {
+  off.setModalResult(MODAL_OK);
+  off.setEnabled(false);
+  unsure.setModalResult(MODAL_OK);
+  unsure.onClick = [&] { form.setModalResult(MODAL_NONE); };
+  for (const auto& [button, result] :
+       std::initializer_list<std::pair<TButton*, int>>{{&cancel, MODAL_CANCEL},
+                                                       {&ok, MODAL_OK},
+                                                       {&plain, MODAL_CANCEL},
+                                                       {&ok, MODAL_OK},
+                                                       {&off, MODAL_CANCEL},
+                                                       {&unsure, MODAL_CANCEL}}) {
     application.inModalForm = [button = button](TForm& shown) {
       EXPECT_TRUE(shown.isVisible());
       button->click();
