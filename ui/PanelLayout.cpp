@@ -99,15 +99,13 @@ void TStabilizationControls::layOut() {
 
   constexpr int TOOLBAR = 46;
   constexpr int PROGRESS = 40;
-  constexpr int FOOT = TOOLBAR + GAP + PROGRESS + GAP + 2 * LINE;
+  constexpr int FOOT = LINE + GAP + TOOLBAR + GAP + PROGRESS + GAP + LINE;
+  constexpr int POINTS = 36;  // "points", so that it ends at the panel's edge
   rows.place({{&MotionGraphs}}, HEIGHT - MARGIN - FOOT - GAP - rows.top());
+  rows.place({{&StatusMessageLabel}, {&PointCountLabel, 40}, {&PointsLabel, POINTS}}, LINE);
   rows.place({{&ExecButtonsToolbar}}, TOOLBAR);
   rows.place({{&ExecStatusBar}}, PROGRESS);
-  const int top = rows.top();
-  StatusMessageLabel.setBounds({MARGIN, top, 120, LINE});
-  PointCountLabel.setBounds({WIDTH - MARGIN - 84, top, 40, LINE});
-  PointsLabel.setBounds({WIDTH - MARGIN - 40, top, 40, LINE});
-  StatusBar.setBounds({MARGIN, top + LINE, INNER, LINE});
+  rows.place({{&StatusBar}}, LINE);
 }
 
 void TStabilizationControls::layOutPoints() {
@@ -135,7 +133,7 @@ void TStabilizationControls::layOutChoices() {
   ResetRefFrameButton.setBounds({right - BUTTON, top, BUTTON, BUTTON});
 }
 
-// The arrows stand at the edges that they move, as around the box itself.
+// The arrows stand at the edges that they move, around a picture of the box.
 void TStabilizationControls::layOutFillAndMatting() {
   stack({&MissingDataBlackRadioButton, &MissingDataWhiteRadioButton,
          &MissingDataPrevFrameRadioButton, &MissingDataZoomRadioButton},
@@ -152,6 +150,7 @@ void TStabilizationControls::layOutFillAndMatting() {
   LeftRightButton.setBounds({PAD + ARROW, row, ARROW, ARROW});
   RightLeftButton.setBounds({middle + 2 * ARROW + 4, row, ARROW, ARROW});
   RightRightButton.setBounds({middle + 3 * ARROW + 4, row, ARROW, ARROW});
+  MattingBoxPicture.setBounds({middle, CAPTION + ARROW + 4, 2 * ARROW, 2 * ARROW - 8});
 
   const int left = middle + 4 * ARROW + 4 + 8;
   const int width = MattingGroupBox.bounds().width - PAD - left;

@@ -66,6 +66,7 @@ TStabilizationControls::TStabilizationControls()
       MissingDataPrevFrameRadioButton("MissingDataPrevFrameRadioButton", &MissingDataGroupBox),
       MissingDataZoomRadioButton("MissingDataZoomRadioButton", &MissingDataGroupBox),
       MattingGroupBox("MattingGroupBox", &StabilizationControlPanel),
+      MattingBoxPicture("MattingBoxPicture", &MattingGroupBox),
       TopUpButton("TopUpButton", &MattingGroupBox),
       TopDownButton("TopDownButton", &MattingGroupBox),
       BottomUpButton("BottomUpButton", &MattingGroupBox),
@@ -126,8 +127,10 @@ void TStabilizationControls::captionPoints() {
   tick(ShowRenderPointCBox, "Show in Render", true);
   tick(AutoLoadCBox, "Auto Load", false);
   tick(AutoSaveCBox, "Auto Save", true);
-  for (TCheckBox* box : {&ShowRenderPointCBox, &AutoLoadCBox, &AutoSaveCBox})
+  for (TCheckBox* box : {&ShowRenderPointCBox, &AutoLoadCBox, &AutoSaveCBox}) {
     box->setVisible(false);
+    box->setTabStop(false);
+  }
 
   set(TrackingBoxSizeGroupBox, " Tracking Box Size ", "Size of box used in tracking");
   set(MotionSearchGroupBox, " Motion Search Area ", "How high or low the warp motion");

@@ -79,6 +79,7 @@ TEST_F(Panel, GroupsStandInTheOrderOfWorkOnCommonEdges) {
       {&form->SmoothingGroupBox, &form->JitterGroupBox},
       {&form->MissingDataGroupBox, &form->MattingGroupBox},
       {&form->MotionGraphs},
+      {&form->StatusMessageLabel, &form->PointCountLabel, &form->PointsLabel},
       {&form->ExecButtonsToolbar},
       {&form->ExecStatusBar},
       {&form->StatusBar}};
@@ -97,6 +98,35 @@ TEST_F(Panel, GroupsStandInTheOrderOfWorkOnCommonEdges) {
     below = row.front()->bounds().bottom();
   }
   EXPECT_GE(form->MotionGraphs.bounds().height, 120);
+}
+
+/// The tab key must not lead to where nothing is seen.
+TEST_F(Panel, HiddenControlsAreNoTabStops) {
+  int hidden = 0;
+  const std::function<void(const TControl&, bool)> visit = [&](const TControl& control, bool seen) {
+    seen = seen && control.isVisible();
+    if (!seen) {
+      ++hidden;
+      EXPECT_FALSE(control.isTabStop()) << control.name();
+    }
+    for (const TControl* child : control.children()) visit(*child, seen);
+  };
+  for (const TControl* hider : {static_cast<TControl*>(&form->TrackingPointsGroupBox),
+                                static_cast<TControl*>(&form->HiddenPanel)})
+    visit(*hider, true);
+  EXPECT_GE(hidden, 11);
+}
+
+TEST_F(Panel, ArrowsStandAtTheEdgesOfTheBoxThatTheyMove) {
+  const SBounds& box = form->MattingBoxPicture.bounds();
+  for (const TControl* arrow : {&form->TopUpButton, &form->TopDownButton})
+    EXPECT_LE(arrow->bounds().bottom(), box.top) << arrow->name();
+  for (const TControl* arrow : {&form->BottomUpButton, &form->BottomDownButton})
+    EXPECT_GE(arrow->bounds().top, box.bottom()) << arrow->name();
+  for (const TControl* arrow : {&form->LeftLeftButton, &form->LeftRightButton})
+    EXPECT_LE(arrow->bounds().right(), box.left) << arrow->name();
+  for (const TControl* arrow : {&form->RightLeftButton, &form->RightRightButton})
+    EXPECT_GE(arrow->bounds().left, box.right()) << arrow->name();
 }
 
 /// Pictures for a person to look at.

@@ -6,7 +6,7 @@
 namespace {
 
 constexpr int CHARACTER = 6;
-constexpr int MARK = 20;
+constexpr int MARK = 22;
 
 class CPainter {
  public:
@@ -32,18 +32,19 @@ class CPainter {
     const int middle = y + b.height / 2 + 4;
     if (dynamic_cast<const TGroupBox*>(&c)) {
       box(x, y + 7, b.width, b.height - 7, "none", "#999");
+      box(x + 5, y + 2, CaptionWidth(c), 12, "#eee", "none");
       write(x + 8, y + 11, ShownCaption(c), "start", true);
     } else if (const auto* check = dynamic_cast<const TCheckBox*>(&c)) {
       if (b.width == 0) return;
       box(x, middle - 11, 12, 12, "white", "#555");
       if (check->isChecked()) write(x + 2, middle - 1, "\u2713");
-      write(x + MARK - 4, middle, ShownCaption(c));
+      write(x + MARK - 6, middle, ShownCaption(c));
     } else if (const auto* radio = dynamic_cast<const TRadioButton*>(&c)) {
       body_ << "<circle cx='" << x + 6 << "' cy='" << middle - 4
             << "' r='5.5' fill='white' stroke='#555'/>";
       if (radio->isChecked())
         body_ << "<circle cx='" << x + 6 << "' cy='" << middle - 4 << "' r='3'/>";
-      write(x + MARK - 4, middle, ShownCaption(c));
+      write(x + MARK - 6, middle, ShownCaption(c));
     } else if (dynamic_cast<const TButtonControl*>(&c)) {
       box(x, y, b.width, b.height, "#ddd", "#777");
       write(x + b.width / 2, middle, ShownCaption(c), "middle");
@@ -85,7 +86,7 @@ class CPainter {
     } else if (const auto* panel = dynamic_cast<const TPanel*>(&c);
                panel != nullptr && panel->innerBevel() == EBevel::raised) {
       box(x, y, b.width, b.height, "#fc6", "#c80");
-    } else if (c.parent() != nullptr && c.bounds().width > 0) {
+    } else if (c.parent() != nullptr && c.children().empty() && b.width > 0) {
       box(x, y, b.width, b.height, "none", "#ccc");
     }
   }

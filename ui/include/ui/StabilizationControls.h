@@ -67,6 +67,7 @@ class TStabilizationControls {
   TRadioButton MissingDataZoomRadioButton;
 
   TGroupBox MattingGroupBox;
+  TPanel MattingBoxPicture;  ///< the box, small, between the arrows that move its edges
   TToolButton TopUpButton;
   TToolButton TopDownButton;
   TToolButton BottomUpButton;
