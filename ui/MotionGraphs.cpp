@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <sstream>
 #include <utility>
 
@@ -73,6 +74,15 @@ class CDrawing {
  private:
   TLineChart& chart_;
 };
+
+// The array's own question inserts the frame that it misses; behind the last one that would count
+// as tracked.
+bool isTrackedOver(const CTrackingArray& points, int point, int in, int out) {
+  if (in < 0 || out <= in) return false;
+  const CTrackingPoints path = points.Trajectory(point);
+  const auto& valid = path.Entries();
+  return std::distance(valid.lower_bound(in), valid.lower_bound(out)) == out - in;
+}
 
 void add(TLineChart& chart, ESeries series, int frame, double value, const std::string& label,
          SSpan& span) {
@@ -166,11 +176,11 @@ TMotionGraphs::TMotionGraphs(std::string name, TControl* parent)
 }
 
 void TMotionGraphs::update(CStabilizerTool& tool) {
-  CNavSystemInterface& host = *tool.getSystemAPI();
-  CTrackingArray& points = tool.livePoints();
+  CNavSystemInterface* const host = tool.getSystemAPI();
+  const CTrackingArray& points = tool.livePoints();
   const int point = tool.editor().selectedPoint;
   if (!points.PointExists(point)) return hideGraphs("No point is selected");
-  if (!points.IsTrackedOver(point, host.getMarkIn(), host.getMarkOut()))
+  if (host == nullptr || !isTrackedOver(points, point, host->getMarkIn(), host->getMarkOut()))
     return hideGraphs("Point has not been tracked");
   if (tool.pointNeedsRetracking()) return hideGraphs("Point needs to be retracked");
   TrackWarnPanel.setVisible(false);
@@ -241,12 +251,12 @@ void TMotionGraphs::layOut() {
   constexpr int LINE = 18;
   const int width = bounds().width;
   const int height = bounds().height;
-  const int column = (width - 2 * GAP) / 3;
+  const int column = std::max(0, (width - 2 * GAP) / 3);
   int left = 0;
   for (TLineChart* chart : charts()) {
     const bool last = chart == &RTrackGraph;
     chart->setBounds({left, 0, last ? width - left : column, height});
-    left += column + GAP;
+    left = std::min(left + column + GAP, width);
   }
   TrackWarnPanel.setBounds({0, 0, width, height});
   TrackWarnDataLabel.setBounds({0, height / 2 - LINE, width, LINE});

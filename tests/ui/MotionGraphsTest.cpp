@@ -30,6 +30,7 @@ class Graphs : public WindowTest {
     tool.editor().setTracked();
     for (CTrackingArray* array : {&tool.syntheticOriginalArray(), &tool.syntheticSmoothedArray()})
       array->Clear();
+    tool.syntheticOriginalArray().PointsAt(IN - 1).Point(0) = CTrackPoint(100, 200);
     put(tool.syntheticOriginalArray(), 0, {7.0}, {9.0});
     Path sx = smoothX;
     Path sy = smoothY;
@@ -57,12 +58,19 @@ TEST_F(Graphs, TheNoticeSaysWhatIsMissing) {
       {"No point is selected", [this] { tool.editor().selectedPoint = 77; }},
       {"Point has not been tracked", [this] { tool.livePoints().PointsAt(IN + 4).RemovePoint(0); }},
       {"Point has not been tracked", [this] { host.markIn = host.markOut = -1; }},
+      {"Point has not been tracked", [this] { tool.livePoints().frames.erase(IN + 4); }},
+      {"Point has not been tracked",
+       [this] {
+         host.markOut = OUT + 1;
+         tool.editor().updateMarks();
+       }},
       {"Point needs to be retracked",
        [this] { tool.livePoints().SetTrackState(TRACK_STATE_Untracked); }},
   };
   for (const auto& c : cases) {
     host.markIn = IN;
     host.markOut = OUT;
+    tool.editor().updateMarks();
     placePoints(2);
     trackPoints();
     tool.editor().selectedPoint = 0;
@@ -70,15 +78,64 @@ TEST_F(Graphs, TheNoticeSaysWhatIsMissing) {
     ASSERT_FALSE(graphs->TrackWarnPanel.isVisible());
     ASSERT_EQ(count(graphs->HTrackGraph, 0), 10u);
     c.spoil();
+    const CTrackingArray before = tool.livePoints();
     form->updateGraphs();
+    EXPECT_EQ(tool.livePoints(), before) << "a frame put in would count as tracked";
     EXPECT_EQ(graphs->TrackWarnReasonLabel.caption(), c.reason);
     EXPECT_TRUE(graphs->TrackWarnPanel.isVisible());
     EXPECT_EQ(count(graphs->HTrackGraph, 0) + count(graphs->VTrackGraph, 0), 0u);
   }
+  graphs->HTrackGraph.addPoint(0, 1.0, 2.0, "");
   tool.editor().selectedPoint = -1;
   form->updateGraphs();
   EXPECT_EQ(graphs->TrackWarnReasonLabel.caption(), "No point is selected")
       << "the reason changes behind the panel that is there";
+  EXPECT_EQ(count(graphs->HTrackGraph, 0), 1u) << "cleared once, when the panel came";
+}
+
+TEST_F(Graphs, AToolWithoutAHostHasNothingTracked) {
+  CStabilizerTool homeless("Stabilize", nullptr);
+  homeless.livePoints() = tool.livePoints();
+  homeless.editor().selectedPoint = 0;
+  graphs->update(homeless);
+  EXPECT_EQ(graphs->TrackWarnReasonLabel.caption(), "Point has not been tracked");
+}
+
+TEST_F(Graphs, ChartsAreMadeAlikeAndStayInTheirPanel) {
+  TMotionGraphs fresh("MotionGraphs");
+  const struct {
+    TLineChart& chart;
+    const char* title;
+    TLineChart::SLeftAxis axis;
+    EMarker marker;
+  } cases[] = {
+      {fresh.HTrackGraph,
+       "     Horizontal Movement",
+       {"Horizontal", false, -21, 20},
+       EMarker::circle},
+      {fresh.VTrackGraph,
+       "       Vertical Movement",
+       {"Vertical", false, -21, 20},
+       EMarker::diamond},
+      {fresh.RTrackGraph, "      Rotation", {"Rotation", false, -41, 40}, EMarker::diamond},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.chart.caption(), c.title);
+    EXPECT_EQ(c.chart.leftAxis(), c.axis) << c.title;
+    EXPECT_FALSE(c.chart.isTitleVisible() || c.chart.isLegendVisible()) << c.title;
+    EXPECT_EQ(c.chart.bottomIncrement(), 5) << c.title;
+    ASSERT_EQ(c.chart.series().size(), 2u) << c.title;
+    EXPECT_EQ(c.chart.series()[0].marker, c.marker) << c.title;
+    EXPECT_EQ(c.chart.series()[0].markerColor, EColor::yellow) << c.title;
+    EXPECT_EQ(c.chart.series()[1].marker, EMarker::circle) << c.title;
+    EXPECT_EQ(c.chart.series()[1].markerColor, EColor::blue) << c.title;
+    for (const SBounds& panel : {SBounds{0, 0, 496, 150}, SBounds{0, 0, 3, 1}, SBounds{}}) {
+      fresh.setBounds(panel);
+      EXPECT_GE(c.chart.bounds().width, 0) << c.title << panel.width;
+      EXPECT_GE(c.chart.bounds().left, 0) << c.title << panel.width;
+      EXPECT_LE(c.chart.bounds().right(), panel.width) << c.title << panel.width;
+    }
+  }
 }
 
 TEST_F(Graphs, BothMovementsShareTheScaleOfTheLargerOne) {
@@ -110,6 +167,13 @@ TEST_F(Graphs, PointsCarryFramesAndTimecodes) {
   EXPECT_EQ(v[0].points[1], (TLineChart::SPoint{IN + 1.0, -2.5, "00:00:04:05"}));
   EXPECT_EQ(h[1].points[1], (TLineChart::SPoint{IN + 1.0, 0.5, ""}));
   EXPECT_EQ(v[1].points[1], (TLineChart::SPoint{IN + 1.0, 0.25, ""}));
+  tool.livePoints().PointsAt(IN - 5).Point(0) = CTrackPoint(40.0, 60.0);
+  tool.livePoints().PointsAt(IN - 4).Point(0).x = 7.0;
+  form->updateGraphs();
+  ASSERT_EQ(h[0].points.size(), 11u) << "an invalid entry is none";
+  EXPECT_EQ(h[0].points[1], (TLineChart::SPoint{IN, 10.0, "00:00:04:04"})) << "from its own start";
+  tool.livePoints().frames.erase(tool.livePoints().frames.begin(),
+                                 tool.livePoints().frames.find(IN));
   host.clip.first = IN;
   form->updateGraphs();
   EXPECT_EQ(h[0].points[1].label, "00:00:00:01") << "as the frame is called everywhere else";
@@ -157,17 +221,31 @@ TEST_F(Graphs, AChartNeverStandsOnItsHeadAndTellsOfADrawingOnce) {
 
 TEST_F(Graphs, ARunningSmootherKeepsItsPathToItself) {
   move({0, 1}, {0, 1}, {0, 1}, {0, 1});
+  put(tool.syntheticSmoothedArray(), 1, {0, 1}, {0, 1});
   shot.setRunState(RUN_SMOOTHING);
   form->updateGraphs();
   EXPECT_EQ(count(graphs->HTrackGraph, 0), 10u);
-  EXPECT_EQ(count(graphs->HTrackGraph, 1), 0u);
+  EXPECT_EQ(count(graphs->HTrackGraph, 1) + count(graphs->RTrackGraph, 1), 0u);
   shot.setRunState(RUN_IDLE);
   form->updateGraphs();
   EXPECT_EQ(count(graphs->HTrackGraph, 1), 2u);
-  host.clipOpen = false;
-  tool.syntheticSmoothedArray().Clear();
+  EXPECT_EQ(count(graphs->RTrackGraph, 1), 2u);
+}
+
+TEST_F(Graphs, WhatCannotBePlacedIsNotDrawnAnew) {
+  move({0, 1}, {}, {0, 1}, {0, 1});
   form->updateGraphs();
-  EXPECT_EQ(count(graphs->HTrackGraph, 1), 2u) << "without a clip nothing is drawn anew";
+  tool.syntheticSmoothedArray().Clear();
+  host.clipOpen = false;
+  form->updateGraphs();
+  EXPECT_EQ(count(graphs->HTrackGraph, 1), 2u) << "no clip";
+  host.clipOpen = true;
+  tool.livePoints().PointsAt(IN - 1).Point(1) = CTrackPoint(1, 1);
+  form->updateGraphs();
+  EXPECT_EQ(count(graphs->HTrackGraph, 1), 2u) << "the first frame knows other points only";
+  tool.livePoints().PointsAt(IN - 1).Point(0);
+  form->updateGraphs();
+  EXPECT_EQ(count(graphs->HTrackGraph, 1), 0u);
 }
 
 TEST_F(Graphs, ADrawingIsTracedInTheHighestLevel) {
