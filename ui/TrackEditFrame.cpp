@@ -12,10 +12,11 @@ constexpr char CTRL_Z = 26;
 
 /// The leading digits; 0 when there are none. What no control could hold is the largest there is.
 int leadingNumber(const std::string& text) {
-  int value = 0;
+  unsigned value = 0;  // which takes no sign
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error == std::errc::result_out_of_range) return std::numeric_limits<int>::max();
-  return error == std::errc() && value > 0 ? value : 0;
+  constexpr int LARGEST = std::numeric_limits<int>::max();
+  if (error == std::errc::result_out_of_range || value > LARGEST) return LARGEST;
+  return static_cast<int>(value);
 }
 
 }  // namespace
@@ -71,7 +72,6 @@ void TTrackEditFrame::enable(bool enabled) {
   showSelection();
   TrackBarDisabledPanel.setVisible(!enabled);
   Edit.setColor(enabled ? EColor::window : EColor::buttonFace);
-  EditDisabledLabel.setCaption(std::to_string(TrackBar.position()));
   EditDisabledPanel.setVisible(!enabled);
 }
 
@@ -112,12 +112,13 @@ void TTrackEditFrame::onTrackBarChange() {
 }
 
 bool TTrackEditFrame::updateEditFromBar() {
-  if (updating_) return false;
   const std::string text = std::to_string(TrackBar.position());
+  // The edit may read what was typed; what stands in for it reads what counts.
+  EditDisabledLabel.setCaption(text);
+  if (updating_) return false;
   if (text == Edit.text()) return false;
   updating_ = true;
   Edit.setText(text);
-  EditDisabledLabel.setCaption(text);
   updating_ = false;
   return true;
 }
@@ -166,8 +167,10 @@ void TTrackEditFrame::onEditKeyPress(char& key) {
   } else if (key == ESCAPE || key == CTRL_Z) {
     key = 0;
     if (rememberedValue_ != NO_VALUE) {
+      // What was typed goes first: were it the remembered number, the bar's way back to it would
+      // change no text and not be told.
+      updateEditFromBar();
       TrackBar.setPosition(rememberedValue_);
-      Edit.setText(std::to_string(rememberedValue_));
     }
     leaveEdit();
   } else if (printable && (key < '0' || key > '9')) {
@@ -187,7 +190,7 @@ void TTrackEditFrame::leaveEdit() {
 }
 
 bool TTrackEditFrame::onMouseWheel(int steps) {
-  if (isFrameEnabled() && steps != 0)
+  if (TrackBar.isEnabledInWindow() && steps != 0)
     TrackBar.setPosition(TrackBar.position() + (steps > 0 ? 1 : -1));
   return true;
 }

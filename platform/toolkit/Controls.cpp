@@ -26,14 +26,17 @@ void TControl::setBounds(const SBounds& bounds) {
   changed();
 }
 
+// Before, so that who leaves can still act; and after, for who sent the focus on within.
 void TControl::setEnabled(bool enabled) {
   if (!enabled) dropFocusWithin();
   assign(enabled_, enabled);
+  if (!enabled) dropFocusWithin();
 }
 
 void TControl::setVisible(bool visible) {
   if (!visible) dropFocusWithin();
   assign(visible_, visible);
+  if (!visible) dropFocusWithin();
 }
 
 void TControl::dropFocusWithin() const {

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "toolkit/HeadlessApplication.h"
 
@@ -83,6 +85,50 @@ TEST_F(TrackEdit, EscapeGivesBackWhatTheBarWasMovedFromMeanwhile) {
   EXPECT_EQ(clicks, 1);
   frame->Edit.type(27);
   EXPECT_EQ(state(), "20 20 2");
+  frame->Edit.focus();
+  frame->TrackBar.setPosition(28);
+  for (const char key : {'\b', '\b', '2', '0', '\x1b'}) frame->Edit.type(key);
+  EXPECT_EQ(state(), "20 20 4") << "told though the number had been typed already";
+}
+
+TEST_F(TrackEdit, OfWhatIsPrintableOnlyDigitsAreTaken) {
+  for (char key = ' '; key <= '~'; ++key) {
+    const bool digit = key >= '0' && key <= '9';
+    frame->Edit.setText("2");
+    application.beeps = 0;
+    frame->Edit.type(key);
+    EXPECT_EQ(frame->Edit.text(), digit ? std::string("2") + key : "2") << key;
+    EXPECT_EQ(application.beeps, digit ? 0 : 1) << key;
+  }
+}
+
+TEST_F(TrackEdit, TextThatWasPutThereCountsByItsLeadingDigits) {
+  for (const auto& [text, state] :
+       std::initializer_list<std::pair<const char*, const char*>>{{"", "5 0 1"},
+                                                                  {"-12", "5 0 1"},
+                                                                  {"-99999999999", "5 0 1"},
+                                                                  {" 12", "5 0 1"},
+                                                                  {"12.9", "12 12 1"},
+                                                                  {"007", "7 7 1"}}) {
+    frame->setValue(20);
+    clicks = raised = 0;
+    frame->Edit.focus();
+    frame->Edit.setText(text);
+    DropFocus();
+    EXPECT_EQ(this->state(), state) << text;
+  }
+}
+
+TEST_F(TrackEdit, ANumberBeyondTheRangeIsToldOnceAndShownUntilTheBarMoves) {
+  type("40\r");
+  frame->Edit.focus();
+  DropFocus();
+  EXPECT_EQ(state(), "30 40 1") << "left again as it stood";
+  frame->enable(false);
+  EXPECT_EQ(frame->EditDisabledLabel.caption(), "30") << "grey, it reads what counts";
+  frame->setRange(5, 60);
+  frame->setValue(40);
+  EXPECT_EQ(frame->EditDisabledLabel.caption(), "40");
 }
 
 TEST_F(TrackEdit, TheWheelStepsWithinTheRangeAndIsAlwaysTaken) {
@@ -96,6 +142,15 @@ TEST_F(TrackEdit, TheWheelStepsWithinTheRangeAndIsAlwaysTaken) {
   frame->enable(false);
   EXPECT_TRUE(frame->wheel(-1));
   EXPECT_EQ(state(), "30 30 2");
+  frame->enable(true);
+  frame->setEnabled(false);
+  EXPECT_TRUE(frame->wheel(-1));
+  EXPECT_EQ(state(), "30 30 2") << "nothing changes that nobody would be told of";
+  frame->setEnabled(true);
+  frame->NotifyWidget.setVisible(false);
+  frame->setVisible(false);
+  EXPECT_TRUE(frame->wheel(-1));
+  EXPECT_EQ(state(), "29 29 3") << "hidden, it tells all the same";
 }
 
 TEST_F(TrackEdit, ADeferredDragIsToldOnceAfterTheButtonCameUp) {
@@ -112,6 +167,23 @@ TEST_F(TrackEdit, ADeferredDragIsToldOnceAfterTheButtonCameUp) {
   EXPECT_EQ(state(), "27 27 1");
   frame->wheel(1);
   EXPECT_EQ(clicks, 2) << "no drag, no delay";
+}
+
+TEST_F(TrackEdit, WhatEndsADragIsToldInPlaceOfIt) {
+  frame->setDeferredUpdate(true);
+  application.leftButtonDown = true;
+  frame->setValue(12);
+  frame->setRange(15, 30);
+  application.leftButtonDown = false;
+  application.advanceClock(2000);
+  EXPECT_EQ(state(), "15 15 0") << "the owner's are no drag";
+  application.leftButtonDown = true;
+  frame->TrackBar.setPosition(22);
+  application.leftButtonDown = false;
+  frame->wheel(1);
+  EXPECT_EQ(state(), "23 23 1");
+  application.advanceClock(2000);
+  EXPECT_EQ(clicks, 1);
 }
 
 TEST_F(TrackEdit, DisabledItIsGreyAsAWholeAndComesBack) {
@@ -142,6 +214,28 @@ TEST_F(TrackEdit, NoChangeOfRangePassesThroughAnEmptyOne) {
     EXPECT_TRUE(sane) << low;
     EXPECT_GE(frame->value(), low);
     EXPECT_LE(frame->value(), high);
+  }
+}
+
+TEST_F(TrackEdit, AnyWidthHasTheBarLeftAndTheEditRight) {
+  for (const int width : {120, 228, 480}) {
+    frame->setBounds({0, 0, width, 40});
+    const SBounds bar = frame->TrackBar.bounds();
+    const SBounds edit = frame->EditAlignmentPanel.bounds();
+    EXPECT_EQ(edit.right(), width);
+    EXPECT_EQ(edit.width, 34);
+    EXPECT_LT(bar.right(), edit.left);
+    EXPECT_GT(bar.width, width / 2);
+    EXPECT_EQ(frame->TrackBarDisabledPanel.bounds(), bar);
+    EXPECT_EQ(frame->EditDisabledPanel.bounds(), edit);
+    EXPECT_EQ(frame->MinLabel.bounds().left, bar.left);
+    EXPECT_EQ(frame->MaxLabel.bounds().right(), bar.right());
+    for (const TLabel* label : {&frame->MinLabel, &frame->MaxLabel}) {
+      EXPECT_GE(label->bounds().top, bar.bottom());
+      EXPECT_LE(label->bounds().bottom(), 40);
+      EXPECT_GE(label->bounds().width, 18) << "three letters";
+    }
+    EXPECT_LE(frame->MinLabel.bounds().right(), frame->MaxLabel.bounds().left);
   }
 }
 

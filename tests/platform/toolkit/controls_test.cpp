@@ -116,6 +116,35 @@ TEST(Controls, WhoLeavesMaySendTheFocusOnOrRefuseIt) {
   }
 }
 
+TEST(Controls, NothingInWhatIsSwitchedOffIsLeftWithTheFocus) {
+  TPanel panel("Panel");
+  TEdit first("First", &panel), second("Second", &panel);
+  TEdit outside("Outside");
+  TControl* next = nullptr;
+  int left = 0;
+  first.onExit = [&] { next->focus(); };
+  second.onExit = [&] { ++left; };
+  const struct {
+    const char* what;
+    void (TControl::*change)(bool);
+    TControl* next;
+    TControl* holder;
+  } cases[] = {{"disabled, sent on within", &TControl::setEnabled, &second, nullptr},
+               {"hidden, sent on within", &TControl::setVisible, &second, nullptr},
+               {"disabled, sent outside", &TControl::setEnabled, &outside, &outside},
+               {"hidden, sent outside", &TControl::setVisible, &outside, &outside}};
+  for (const auto& c : cases) {
+    next = c.next;
+    left = 0;
+    first.focus();
+    (panel.*c.change)(false);
+    EXPECT_EQ(FocusedControl(), c.holder) << c.what;
+    EXPECT_EQ(left, c.next == &second ? 1 : 0) << c.what;
+    (panel.*c.change)(true);
+    DropFocus();
+  }
+}
+
 TEST(Controls, AHeldButtonComesUpEvenWhenItWasDisabledMeanwhile) {
   TPanel panel("Panel");
   TToolButton button("Button", &panel);
