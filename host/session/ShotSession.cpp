@@ -31,14 +31,17 @@ class CSessionClip : public IClip {
 
 }  // namespace
 
+CShotSession::SShot::SShot(std::unique_ptr<IClipReader> clipReader, const SSettings& settings)
+    : reader(std::move(clipReader)),
+      clip(std::make_unique<CSessionClip>(reader->info())),
+      store(*reader, {settings.readAhead, settings.threads}),
+      setups(store, {settings.outputLimit, settings.threads}) {}
+
 CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings& settings)
     : settings_(settings),
-      reader_(std::move(reader)),
-      clip_(std::make_unique<CSessionClip>(reader_->info())),
-      store_(*reader_, {settings.readAhead, settings.threads}),
-      setups_(store_, {settings.outputLimit, settings.threads}),
-      displayedFrame_(reader_->info().firstFrame),
-      trackingRegion_(reader_->info().format.getActivePictureRect()) {
+      shot_(std::make_unique<SShot>(std::move(reader), settings)),
+      displayedFrame_(info().firstFrame),
+      trackingRegion_(info().format.getActivePictureRect()) {
   // Frames are decoded ahead in order; a cache of frames that are over would only hold memory.
   toolFrameCache_.setEnabled(false);
 }
@@ -49,17 +52,39 @@ CShotSession::~CShotSession() {
 
 void CShotSession::endPasses() {
   trackingRun_.reset();
-  setups_.clear();
+  shot_->setups.clear();
+}
+
+void CShotSession::changeClip(std::unique_ptr<IClipReader> reader) {
+  if (tool_) tool_->onClipChange();
+  endPasses();
+  writer_ = nullptr;
+  tracking_ = {};
+  knownPaths_ = {};
+  displayedPixels_ = {};
+  resultFrame_ = NO_FRAME;
+  shot_ = std::make_unique<SShot>(std::move(reader), settings_);
+  shot_->setups.setTool(tool_);
+  displayedFrame_ = info().firstFrame;
+  trackingRegion_ = info().format.getActivePictureRect();
+  // While the tool still remembers the old clip: points of another picture go unasked.
+  setMarks(-1, -1);
+  if (tool_) tool_->onNewClip();
+  if (display_) display_->onDisplayedFrame();
+}
+
+bool CShotSession::isBusy() const {
+  return trackingRun_ || (tool_ && tool_->getToolProcessingState() != CToolObject::STATE_IDLE);
 }
 
 void CShotSession::setTool(CToolObject* tool) {
   tool_ = tool;
-  setups_.setTool(tool);
+  shot_->setups.setTool(tool);
 }
 
 void CShotSession::setWriter(IClipWriter* writer) {
   writer_ = writer;
-  setups_.setWriter(writer);
+  shot_->setups.setWriter(writer);
 }
 
 void CShotSession::setMarks(int in, int out) {
@@ -80,19 +105,22 @@ void CShotSession::setMarkOut(int frame) {
 
 void CShotSession::tellMarksChanged() {
   // A tool that answers by putting a mark back is not told of its own change.
-  if (!tool_ || tellingMarks_) return;
+  if (tellingMarks_) return;
   tellingMarks_ = true;
-  tool_->onMarksChange();
+  if (tool_) tool_->onMarksChange();
   tellingMarks_ = false;
+  if (display_) display_->onMarks();
 }
 
 void CShotSession::goToFrame(int frame) {
   displayedFrame_ = std::clamp(frame, info().firstFrame, info().endFrame - 1);
+  if (display_) display_->onDisplayedFrame();
 }
 
 bool CShotSession::copyDisplayedFrame(std::uint16_t* samples) {
+  if (display_ && display_->copyShownFrame(displayedFrame_, samples)) return true;
   try {
-    store_.readNow(displayedFrame_, samples);
+    shot_->store.readNow(displayedFrame_, samples);
     return true;
   } catch (const CClipError& error) {
     theError.set(-1, error.what());
@@ -123,7 +151,7 @@ std::string CShotSession::getFolderText() {
 }
 
 int CShotSession::MakeSimpleToolSetup(const std::string&, int kind, const CToolIOConfig& config) {
-  return setups_.make(kind, config);
+  return shot_->setups.make(kind, config);
 }
 
 CBufferPool* CShotSession::getFrameAllocator(std::size_t bytesPerField, int, int, int) {
@@ -136,8 +164,15 @@ CBufferPool* CShotSession::getFrameAllocator(std::size_t bytesPerField, int, int
 
 void CShotSession::pump() {
   if (trackingRun_) pumpTracking();
-  setups_.pump();
+  followPass();
+  shot_->setups.pump();
   if (tool_) tool_->onHeartbeat();
+}
+
+// Before the statuses: a pass that pauses does so at the frame that it showed last.
+void CShotSession::followPass() {
+  const int frame = resultFrame_.exchange(NO_FRAME);
+  if (frame != NO_FRAME && display_) goToFrame(frame);
 }
 
 STrackSettings CShotSession::trackSettings() const {
@@ -176,7 +211,8 @@ void CShotSession::StartTrackingRun() {
     monitor_->SetFrameCount(markOut_ - markIn_, 1);
     monitor_->StartProgress();
   }
-  trackingRun_ = std::make_unique<CTrackingRun>(store_, trackSettings(), points, markIn_, markOut_);
+  trackingRun_ =
+      std::make_unique<CTrackingRun>(shot_->store, trackSettings(), points, markIn_, markOut_);
 }
 
 void CShotSession::StopTrackingRun() {

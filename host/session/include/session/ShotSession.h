@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,6 +12,8 @@
 #include "clip/ClipWriter.h"
 #include "frames/FrameStore.h"
 #include "host/NavSystemInterface.h"
+#include "session/Overlay.h"
+#include "session/ShotDisplay.h"
 #include "session/TrackingRun.h"
 #include "setups/ToolSetups.h"
 #include "toolkit/Controls.h"
@@ -34,9 +37,9 @@ struct STrackingOutcome {
 };
 
 /// One open shot: the host that a tool talks to. Holds the clip, the marks, the displayed frame,
-/// the tool setups and the tracking pass, and is driven by `pump`. THREAD: the user-interface
-/// thread (its creator's); the operations that the interface allows to a processor's thread
-/// excepted.
+/// the tool setups and the tracking pass, and is driven by `pump`. A display shows it to an
+/// operator; without one it is a batch host's. THREAD: the user-interface thread (its creator's);
+/// the operations that the interface allows to a processor's thread excepted.
 class CShotSession : public CNavSystemInterface {
  public:
   struct SSettings {
@@ -51,10 +54,22 @@ class CShotSession : public CNavSystemInterface {
 
   /// The tool that is told what happens. It must be shut down before the session ends.
   void setTool(CToolObject* tool);
+  /// Null: nobody looks. Not owned.
+  void setDisplay(IShotDisplay* display) { display_ = display; }
+  /// The operator goes on with another clip: the tool is told before and after, its points go, the
+  /// marks are unset. REQUIRES: no pass runs (see isBusy).
+  void changeClip(std::unique_ptr<IClipReader> reader);
+  /// The tool was shown for this clip.
+  void noteShown() { shown_ = true; }
+  /// A pass runs or pauses: tracking, smoothing, preview or render.
+  bool isBusy() const;
+  /// What the tool draws over the displayed frame.
+  SOverlay overlay();
+
   /// Where render passes write; not owned; null: nowhere, and renders are refused.
   void setWriter(IClipWriter* writer);
-  IClipReader& reader() { return *reader_; }
-  const SClipInfo& info() const { return reader_->info(); }
+  IClipReader& reader() { return *shot_->reader; }
+  const SClipInfo& info() const { return shot_->reader->info(); }
   CTrackingPointsEditor* editor() const { return editor_; }
 
   /// Sets both marks and tells the tool. [in, out)
@@ -75,12 +90,12 @@ class CShotSession : public CNavSystemInterface {
   void pump();
   const STrackingOutcome& tracking() const { return tracking_; }
   /// The first frame of the running or last pass that could not be read or written; empty: none.
-  const std::string& frameFailure() const { return setups_.failure(); }
+  const std::string& frameFailure() const { return shot_->setups.failure(); }
   /// Ends every pass and destroys the tool's processors. A plug-in is unloaded, and a writer
   /// destroyed, only after this.
   void endPasses();
   /// Waits for the frames of the last pass to be written; how many were.
-  int finishWriting() { return setups_.finishWriting(); }
+  int finishWriting() { return shot_->setups.finishWriting(); }
 
   // CNavSystemInterface
   int getMarkIn() override { return markIn_; }
@@ -90,70 +105,86 @@ class CShotSession : public CNavSystemInterface {
   void goToFrame(int frame) override;
   int getDisplayedFrame() override { return displayedFrame_; }
   bool isClipAvailable() override { return true; }
-  const IClip* getClip() override { return clip_.get(); }
-  const CImageFormat* getClipImageFormat() override { return &reader_->info().format; }
+  const IClip* getClip() override { return shot_->clip.get(); }
+  const CImageFormat* getClipImageFormat() override { return &info().format; }
   bool copyDisplayedFrame(std::uint16_t* samples) override;
   void prepareDisplayedPixels(int) override {}
   bool readDisplayedPixel(int x, int y, int& maximum, float (&components)[3]) override;
   std::string getFolderText() override;
   int MakeSimpleToolSetup(const std::string& toolName, int kind,
                           const CToolIOConfig& config) override;
-  int SetActiveToolSetup(int handle) override { return setups_.activate(handle); }
-  int getActiveToolSetup() override { return setups_.active(); }
-  int getToolSetupStatus(int handle) override { return setups_.status(handle); }
-  void destroyToolSetup(int handle) override { setups_.destroy(handle); }
+  int SetActiveToolSetup(int handle) override { return shot_->setups.activate(handle); }
+  int getActiveToolSetup() override { return shot_->setups.active(); }
+  int getToolSetupStatus(int handle) override { return shot_->setups.status(handle); }
+  void destroyToolSetup(int handle) override { shot_->setups.destroy(handle); }
   int SetToolFrameRange(const CToolFrameRange& range) override {
-    return setups_.setFrameRange(range);
+    return shot_->setups.setFrameRange(range);
   }
   int SetToolParameters(CToolParameters* parameters) override {
-    return setups_.setParameters(parameters);
+    return shot_->setups.setParameters(parameters);
   }
-  void setRenderMode(int mode) override { setups_.setRenderMode(mode); }
-  void RunActiveToolSetup() override { setups_.run(); }
-  void pauseActiveToolSetup() override { setups_.pause(); }
-  void stopActiveToolSetup() override { setups_.stop(); }
+  void setRenderMode(int mode) override { shot_->setups.setRenderMode(mode); }
+  void RunActiveToolSetup() override { shot_->setups.run(); }
+  void pauseActiveToolSetup() override { shot_->setups.pause(); }
+  void stopActiveToolSetup() override { shot_->setups.stop(); }
   void StartTrackingRun() override;
   void StopTrackingRun() override;
-  bool isRenderPermitted() override { return writer_ != nullptr; }
+  bool isRenderPermitted() override;
   bool isBatchRun() override { return settings_.batch; }
   int getDisplayedFrameStatus() override { return 0; }
   int getParameterValue() override { return 0; }
   CToolFrameCache* getToolFrameCache() override { return &toolFrameCache_; }
-  void frameOutputHook(CToolFrameBuffer*, int, const std::string&, bool) override {}
+  void frameOutputHook(CToolFrameBuffer* frame, int toolNumber, const std::string& name,
+                       bool processingStarted) override;
   CBufferPool* getFrameAllocator(std::size_t bytesPerField, int count, int valueA,
                                  int valueB) override;
   void notifyToolIdle() override {}
   void prepareForToolCall() override {}
-  void SetHelpPages(const std::string&, const std::string&, int) override {}
+  void SetHelpPages(const std::string& operation, const std::string& hotKeys, int flag) override;
   void setDisplayMode(int) override {}
-  void redrawDisplay(int) override {}
-  void setDrawingColor(int) override {}
-  void drawRectangle(int, const SRect&) override {}
-  void drawTrackBox(double, double, int, int, int, int, bool) override {}
-  void drawArrow(double, double, double, double, int, int) override {}
-  void showCursor(const SCursorImage*) override {}
+  void redrawDisplay(int flag) override;
+  void setDrawingColor(int color) override { drawingColor_ = color; }
+  void drawRectangle(int color, const SRect& rect) override;
+  void drawTrackBox(double x, double y, int halfWidth, int halfHeight, int searchHalfWidth,
+                    int searchHalfHeight, bool highlight) override;
+  void drawArrow(double fromX, double fromY, double toX, double toY, int length,
+                 int width) override;
+  void showCursor(const SCursorImage* cursor) override;
   void setToolEditor(CTrackingPointsEditor* editor) override { editor_ = editor; }
   void setToolProgressMonitor(IToolProgressMonitor* monitor) override { monitor_ = monitor; }
   void setToolActive(bool) override {}
   bool canToolTakeDisplay() override { return true; }
   bool getDisplaySetting() override { return displaySetting_; }
   void setDisplaySetting(bool setting) override { displaySetting_ = setting; }
-  bool isFirstShow() override { return settings_.batch; }
-  void toggleFix(bool) override {}
-  void capturePDL(bool) override {}
+  bool isFirstShow() override { return settings_.batch || !shown_; }
+  void toggleFix(bool flag) override;
+  void capturePDL(bool allEvents) override;
   void focusControl(TControl* control) override { control->focus(); }
   TControl* getFocusedControl() override { return FocusedControl(); }
-  void setToolControlPanel(const std::string&, int, TControl*, int) override {}
-  void removeToolControlPanel(int) override {}
+  void setToolControlPanel(const std::string& title, int number, TControl* panel,
+                           int flag) override;
+  void removeToolControlPanel(int number) override;
 
  private:
+  /// What belongs to one clip.
+  struct SShot {
+    SShot(std::unique_ptr<IClipReader> clipReader, const SSettings& settings);
+
+    std::unique_ptr<IClipReader> reader;
+    std::unique_ptr<IClip> clip;
+    CFrameStore store;
+    CToolSetups setups;
+  };
   /// The samples that the pointer reads, kept while it moves over one frame.
   struct SDisplayedPixels {
     int frame = -1;
     std::vector<std::uint16_t> samples;
   };
 
+  static constexpr int NO_FRAME = -1;
+
   void tellMarksChanged();
+  void followPass();
   STrackSettings trackSettings() const;
   bool hasTrackingData() const;
   bool areKnown(const CTrackingPoints& points) const;
@@ -165,22 +196,24 @@ class CShotSession : public CNavSystemInterface {
   void selectTypicalPoint();
 
   const SSettings settings_;
-  std::unique_ptr<IClipReader> reader_;
-  std::unique_ptr<IClip> clip_;
   std::mutex poolMutex_;
   std::map<std::size_t, std::unique_ptr<CBufferPool>> pools_;  // guarded by poolMutex_
-  CFrameStore store_;
+  std::unique_ptr<SShot> shot_;
   CToolFrameCache toolFrameCache_;
-  CToolSetups setups_;
   std::unique_ptr<CTrackingRun> trackingRun_;
   CToolObject* tool_ = nullptr;
   IClipWriter* writer_ = nullptr;
+  IShotDisplay* display_ = nullptr;
+  bool shown_ = false;
   CTrackingPointsEditor* editor_ = nullptr;
   IToolProgressMonitor* monitor_ = nullptr;
   int markIn_ = -1;
   int markOut_ = -1;
   int displayedFrame_;
   SDisplayedPixels displayedPixels_;
+  SOverlay overlay_;
+  int drawingColor_ = 0;
+  std::atomic<int> resultFrame_{NO_FRAME};  ///< that came out of the pass since the last pump
   bool displaySetting_ = true;
   bool tellingMarks_ = false;
   SRect trackingRegion_;
