@@ -111,12 +111,7 @@ int removeShot(const SRequest& request) {
 }
 
 int resetShot(const SRequest& request) {
-  return changeShot(request, [](CProcessList&, SQueuedShot& shot) {
-    // What it wrote itself it may write again.
-    if (shot.state == EShotState::done) shot.beganWriting = "in an earlier run";
-    shot.state = EShotState::waiting;
-    shot.message.clear();
-  });
+  return changeShot(request, [](CProcessList&, SQueuedShot& shot) { LetWaitAgain(shot); });
 }
 
 using Request = std::shared_ptr<SRequest>;

@@ -137,6 +137,12 @@ std::string ToText(EShotState state) {
   return STATE_NAMES[static_cast<int>(state)];
 }
 
+void LetWaitAgain(SQueuedShot& shot) {
+  if (shot.state == EShotState::done) shot.beganWriting = "in an earlier run";
+  shot.state = EShotState::waiting;
+  shot.message.clear();
+}
+
 CProcessList CProcessList::FromText(const std::string& text) {
   const std::unique_ptr<CPDLEntry> tree = CPDLEntry::FromText(text);
   if (!tree) throw CProcessListError("no process list (" + theError.getMessage() + ")");

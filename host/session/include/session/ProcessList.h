@@ -31,6 +31,9 @@ struct SQueuedShot {
   std::string beganWriting;
 };
 
+/// The shot waits again, whatever became of it. What it wrote itself it may write again.
+void LetWaitAgain(SQueuedShot& shot);
+
 /// Shots in the order in which they are run.
 ///
 /// Stored as XML, names and order of attributes as written by `toText` (do not change): a

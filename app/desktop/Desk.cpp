@@ -1,0 +1,307 @@
+#include "Desk.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <unistd.h>
+
+#include "clip/ClipReader.h"
+#include "session/EntrySettings.h"
+#include "session/PointFinder.h"
+#include "support/ErrorReport.h"
+#include "support/Files.h"
+#include "support/Threads.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int TICK_MILLISECONDS = 8;
+
+bool isGenerated(const std::string& path) {
+  return path == "test" || path.starts_with("test:");
+}
+
+std::string absolutePath(const std::string& path) {
+  return isGenerated(path) ? path : fs::absolute(path).lexically_normal().string();
+}
+
+/// Frames may fill a quarter of the machine's memory: half before, half after the work.
+std::size_t viewingBytes() {
+  const long pages = sysconf(_SC_PHYS_PAGES);
+  const long pageSize = sysconf(_SC_PAGESIZE);
+  constexpr std::size_t LEAST = std::size_t{256} << 20;
+  if (pages <= 0 || pageSize <= 0) return LEAST;
+  return std::max(LEAST, static_cast<std::size_t>(pages) * static_cast<std::size_t>(pageSize) / 8);
+}
+
+/// Beside the clip, under a name that is not the clip's.
+std::string suggestedOutput(const SClipInfo& info) {
+  if (isGenerated(info.path)) return {};
+  const fs::path path = info.path;
+  if (info.fileExtension.empty())
+    return (path.parent_path() / (path.stem().string() + "_steady.mov")).string();
+  const fs::path folder = fs::is_directory(path) ? path : path.parent_path();
+  return (folder / "steady" / "").string();
+}
+
+}  // namespace
+
+CDesk::CDesk(CQtApplication& application, IDeskWindow& window)
+    : application_(application),
+      window_(window),
+      threads_(AvailableProcessorCoreCount()),
+      list_(StateFolder() + "/stabilize/desktop.pdl") {
+  application_.onModalBegin = [this] {
+    if (shot_) shot_->hold();
+  };
+  application_.onModalEnd = [this] {
+    if (shot_) shot_->release();
+  };
+  QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { tick(); });
+  timer_.start(TICK_MILLISECONDS);
+}
+
+CDesk::~CDesk() {
+  timer_.stop();
+  points_.reset();
+  shot_.reset();
+  application_.onModalBegin = application_.onModalEnd = {};
+}
+
+std::unique_ptr<IClipReader> CDesk::openReader(const std::string& path) const {
+  return OpenClip(path, threads_);
+}
+
+// Two windows on one clip would save their points over each other's.
+bool CDesk::claim(const std::string& path) {
+  if (isGenerated(path)) {
+    claim_.reset();
+    return true;
+  }
+  const std::string folder = StateFolder() + "/stabilize/open";
+  std::error_code ignored;
+  fs::create_directories(folder, ignored);
+  std::string name = path;
+  std::replace(name.begin(), name.end(), '/', '%');
+  if (name.size() > 200) name = std::to_string(std::hash<std::string>{}(path)) + name.substr(name.size() - 150);
+  auto claim = std::make_unique<CFileClaim>(folder + "/" + name);
+  if (!claim->isHeld() && theError.getError() == -EAGAIN &&
+      !window_.confirm(path + " is open in another Stabilize window. Each saves its points "
+                              "beside the clip when it closes: the last one stays.",
+                       "Open Anyway"))
+    return false;
+  claim_ = std::move(claim);
+  return true;
+}
+
+bool CDesk::open(const std::string& given) {
+  const std::string path = absolutePath(given);
+  if (!mayClose()) return false;
+  try {
+    std::unique_ptr<IClipReader> reader = openReader(path);
+    std::unique_ptr<IClipReader> viewing = openReader(path);
+    if (!(isOpen() && info().path == path) && !claim(path)) return false;
+    const SClipInfo clip = reader->info();
+    cache_ = std::make_unique<CFrameCache>(
+        std::move(viewing), CFrameCache::SSettings{viewingBytes(), std::max(1, threads_ - 1)},
+        [this](int) { framesArrived_ = true; });
+    // What is kept is written by a running pass; there is none now.
+    results_ = std::make_unique<CResultFrames>(viewingBytes());
+    if (shot_) {
+      shot_->changeClip(std::move(reader));
+    } else {
+      shot_ = std::make_unique<COperatedShot>(std::move(reader), threads_, application_, *this);
+    }
+    points_ = std::make_unique<CPointEditing>(session());
+    output_ = suggestedOutput(clip);
+    window_.showClip();
+    goToFrame(clip.firstFrame);
+    return true;
+  } catch (const std::exception& error) {
+    window_.showFailure(error.what());
+    return false;
+  }
+}
+
+bool CDesk::mayClose() {
+  if (!isBusy()) return true;
+  if (!window_.confirm("The shot is being worked on. What is written stays; the rest is not made.",
+                       "Stop It"))
+    return false;
+  shot_->stop();
+  while (isBusy()) {
+    shot_->pump();
+    QTXmillisleep(2);
+  }
+  shot_->pump();
+  return true;
+}
+
+void CDesk::goToFrame(int frame) {
+  if (isOpen()) session().goToFrame(frame);
+}
+
+void CDesk::lookAhead(int direction) {
+  const int in = session().getMarkIn();
+  const int out = session().getMarkOut();
+  const bool marked = in >= 0 && out > in && displayedFrame() >= in && displayedFrame() < out;
+  const bool playing = direction != 0;
+  cache_->lookAt(displayedFrame(), direction, playing && marked ? in : info().firstFrame,
+                 playing && marked ? out : info().endFrame);
+}
+
+void CDesk::retryFrames() {
+  cache_->retryFailed();
+  window_.showFrame();
+}
+
+void CDesk::setOutput(const std::string& output) {
+  output_ = output.empty() ? output : absolutePath(output) + (output.back() == '/' ? "/" : "");
+  while (output_.ends_with("//")) output_.pop_back();
+}
+
+void CDesk::tick() {
+  if (!shot_) return;
+  shot_->pump();
+  for (const std::string& failure : shot_->takeFailures()) window_.showFailure(failure);
+  const bool busy = session().isBusy();
+  if (busy != wasBusy_) window_.showProgress(busy);
+  wasBusy_ = busy;
+  tellOutcome();
+  if (framesArrived_.exchange(false)) window_.showCachedFrames();
+  if (std::exchange(overlayDue_, false)) window_.showOverlay();
+}
+
+void CDesk::tellOutcome() {
+  const int written = shot_->takeWritten();
+  if (written < 0) return;
+  const int wanted = session().getMarkOut() - session().getMarkIn();
+  window_.showMessage(std::to_string(written) + " of " + std::to_string(wanted) +
+                      " frames written to " + output_);
+}
+
+void CDesk::onDisplayedFrame() {
+  if (!shot_) return;
+  lookAhead(0);
+  window_.showFrame();
+}
+
+void CDesk::onMarks() {
+  if (shot_) window_.showMarks();
+}
+
+// Many changes come in one round of the tool's; one picture is enough.
+void CDesk::onOverlay() {
+  overlayDue_ = true;
+}
+
+bool CDesk::copyShownFrame(int frame, std::uint16_t* samples) {
+  const CFrameCache::Samples shown = cache_->find(frame);
+  if (!shown) return false;
+  std::memcpy(samples, shown.get(), static_cast<std::size_t>(cache_->info().format.getBytesPerField()));
+  return true;
+}
+
+void CDesk::showResult(int frame, const std::uint16_t* samples) {
+  results_->put(frame, samples,
+                static_cast<std::size_t>(cache_->info().format.getBytesPerField()) / sizeof *samples);
+  framesArrived_ = true;
+}
+
+// That something is there already is the one fault that an operator may overrule.
+bool CDesk::mayReplace(const std::string& output) {
+  try {
+    CheckOutput(output, info(), session().getMarkIn(), session().getMarkOut(), false);
+    return false;
+  } catch (const CClipError& there) {
+    CheckOutput(output, info(), session().getMarkIn(), session().getMarkOut(), true);
+    if (!window_.confirm(there.what(), "Replace")) throw CInterrupted();
+    return true;
+  }
+}
+
+bool CDesk::prepareRender() {
+  try {
+    if (output_.empty()) setOutput(window_.chooseOutput(suggestedOutput(info())));
+    if (output_.empty()) return false;
+    const bool replace = mayReplace(output_);
+    shot_->setWriter(CreateClip(output_, session().reader(), session().getMarkIn(),
+                                session().getMarkOut(), {replace, threads_}));
+    return true;
+  } catch (const CInterrupted&) {
+  } catch (const std::exception& error) {
+    window_.showFailure(error.what());
+  }
+  return false;
+}
+
+// A clip is one event: of this one and of all it is the same entry.
+void CDesk::captureToList(bool) {
+  try {
+    if (output_.empty()) setOutput(window_.chooseOutput(suggestedOutput(info())));
+    if (output_.empty()) return;
+    SStabilizeOptions options;
+    options.input = info().path;
+    options.output = output_;
+    options.in = session().getMarkIn();
+    options.out = session().getMarkOut();
+    options.entry = std::make_shared<const CPDLEntry>(shot_->capture());
+    TakeEntrySettings(options, info());
+    int number = 0;
+    fs::create_directories(fs::path(list_.path()).parent_path());
+    list_.change([&](CProcessList& list) { number = list.add(options); }, true);
+    window_.showList();
+    window_.showMessage("Entry " + std::to_string(number) + " added to the process list");
+  } catch (const std::exception& error) {
+    window_.showFailure(error.what());
+  }
+}
+
+void CDesk::showControlPanel(const std::string& title, TControl& panel) {
+  window_.showPanel(title, panel);
+}
+
+void CDesk::setHelpPages(const std::string& operation, const std::string& hotKeys) {
+  window_.setHelpPages(operation, hotKeys);
+}
+
+void CDesk::openEntry(const SQueuedShot& entry) {
+  if (!open(entry.options.input)) return;
+  session().setMarks(*entry.options.in, *entry.options.out);
+  setOutput(entry.options.output);
+  try {
+    CPDLEntry settings = CPDLEntry::CopyOf(entry.options.entry->FirstElement());
+    shot_->apply(settings);
+  } catch (const std::exception& error) {
+    window_.showFailure(error.what());
+  }
+  window_.showClip();
+  goToFrame(*entry.options.in);
+}
+
+void CDesk::findPoints(int count) {
+  CTrackingArray& array = *session().editor()->trackingArray();
+  SStabilizeOptions options;
+  options.in = session().getMarkIn();
+  options.out = session().getMarkOut();
+  options.autoPoints = count;
+  options.threads = threads_;
+  options.trackBox = array.TrackBoxExtentX;
+  options.search = array.SearchBoxExtentLeft;
+  std::string refusal;
+  if (!points_->canPlace(&refusal)) return window_.showMessage(refusal);
+  try {
+    const CBusyCursor busy;
+    const std::unique_ptr<IClipReader> reader = openReader(info().path);
+    const std::vector<SFeature> features = FindPoints(*reader, options, points_->region());
+    if (features.empty())
+      return window_.showMessage("Nothing in the picture can be tracked: no texture above the noise");
+    std::vector<SPoint2> places;
+    for (const SFeature& feature : features) places.push_back({feature.x, feature.y});
+    points_->replaceAll(places);
+    window_.showMessage(std::to_string(places.size()) + " points found");
+  } catch (const std::exception& error) {
+    window_.showFailure(error.what());
+  }
+}

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "frames/FrameCache.h"
+#include "frames/ResultFrames.h"
+#include "presenter/QtApplication.h"
+#include "session/OperatedShot.h"
+#include "session/PointEditing.h"
+#include "session/ProcessListFile.h"
+#include "support/FileLock.h"
+
+/// Whom the desk tells what changed and asks what only an operator knows.
+class IDeskWindow {
+ public:
+  virtual ~IDeskWindow() = default;
+  virtual void showClip() = 0;
+  virtual void showFrame() = 0;
+  virtual void showMarks() = 0;
+  virtual void showOverlay() = 0;
+  virtual void showCachedFrames() = 0;
+  virtual void showProgress(bool busy) = 0;
+  virtual void showPanel(const std::string& title, TControl& panel) = 0;
+  virtual void removePanel() = 0;
+  virtual void showPointer(const SCursorImage* pointer) = 0;
+  virtual void showResult(bool result) = 0;
+  virtual void showList() = 0;
+  virtual void setHelpPages(const std::string& operation, const std::string& hotKeys) = 0;
+  /// Things an operator should read; the work goes on.
+  virtual void showMessage(const std::string& text) = 0;
+  virtual void showFailure(const std::string& text) = 0;
+  virtual bool confirm(const std::string& question, const std::string& yes) = 0;
+  /// The operator chooses an output; empty: none.
+  virtual std::string chooseOutput(const std::string& suggestion) = 0;
+};
+
+/// The open shot and what belongs to it on an operator's desk: the tool at work, decoded frames and
+/// results to look at, where the output goes, the process list. Draws nothing.
+/// THREAD: the user-interface thread.
+class CDesk : private IShotDisplay {
+ public:
+  CDesk(CQtApplication& application, IDeskWindow& window);
+  ~CDesk() override;
+
+  bool isOpen() const { return shot_ != nullptr; }
+  /// Asks where something would be lost. False: nothing was opened, and the operator knows why.
+  bool open(const std::string& path);
+  /// False: the operator wants to go on.
+  bool mayClose();
+
+  COperatedShot& shot() { return *shot_; }
+  CShotSession& session() { return shot_->session(); }
+  const SClipInfo& info() const { return shot_->info(); }
+  CPointEditing& points() { return *points_; }
+
+  void goToFrame(int frame);
+  int displayedFrame() { return session().getDisplayedFrame(); }
+  /// What frames will be wanted next, see CFrameCache::lookAt.
+  void lookAhead(int direction);
+  CFrameCache::Samples frameBefore(int frame) const { return cache_->find(frame); }
+  CResultFrames::Samples frameAfter(int frame) const { return results_->find(frame); }
+  std::string frameFailure(int frame) const { return cache_->failure(frame); }
+  std::vector<SFrameSpan> cachedFrames() const { return cache_->cached(); }
+  std::vector<int> resultFrames() const { return results_->frames(); }
+  /// Files may be back.
+  void retryFrames();
+
+  /// Where renders go: a sequence pattern, a folder or a video file; empty: asked for.
+  const std::string& output() const { return output_; }
+  void setOutput(const std::string& output);
+
+  const CProcessListFile& list() const { return list_; }
+  /// Opens an entry's clip with its marks, output, settings and points.
+  void openEntry(const SQueuedShot& entry);
+
+  /// Finds points in the displayed IN frame.
+  void findPoints(int count);
+  bool isBusy() { return isOpen() && session().isBusy(); }
+
+ private:
+  void tick();
+  std::unique_ptr<IClipReader> openReader(const std::string& path) const;
+  bool claim(const std::string& path);
+  void makeViewing(const std::string& path);
+  bool mayReplace(const std::string& output);
+  void tellOutcome();
+
+  // IShotDisplay
+  void onDisplayedFrame() override;
+  void onMarks() override;
+  void onOverlay() override;
+  bool copyShownFrame(int frame, std::uint16_t* samples) override;
+  void showResult(int frame, const std::uint16_t* samples) override;
+  bool prepareRender() override;
+  void captureToList(bool allEvents) override;
+  void toggleResult() override { window_.showResult(true); }
+  void showControlPanel(const std::string& title, TControl& panel) override;
+  void removeControlPanel() override { window_.removePanel(); }
+  void setHelpPages(const std::string& operation, const std::string& hotKeys) override;
+  void showPointer(const SCursorImage* pointer) override { window_.showPointer(pointer); }
+
+  CQtApplication& application_;
+  IDeskWindow& window_;
+  const int threads_;
+  CProcessListFile list_;
+  std::string output_;
+  std::unique_ptr<CFileClaim> claim_;
+  std::unique_ptr<CFrameCache> cache_;
+  std::unique_ptr<CResultFrames> results_;
+  std::unique_ptr<COperatedShot> shot_;
+  std::unique_ptr<CPointEditing> points_;
+  std::atomic<bool> framesArrived_{false};
+  bool wasBusy_ = false;
+  bool overlayDue_ = false;
+  QTimer timer_;
+};

@@ -1,0 +1,159 @@
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QScrollBar>
+#include <QStatusBar>
+#include <algorithm>
+
+#include "MainWindow.h"
+
+namespace {
+
+std::vector<SSpan> spansOf(const std::vector<int>& frames) {
+  std::vector<SSpan> spans;
+  for (const int frame : frames) {
+    if (!spans.empty() && spans.back().end == frame)
+      ++spans.back().end;
+    else
+      spans.push_back({frame, frame + 1});
+  }
+  return spans;
+}
+
+}  // namespace
+
+void CMainWindow::showClip() {
+  const SClipInfo& info = desk_->info();
+  centre_->setCurrentWidget(working_);
+  viewer_->setClip(info);
+  setWindowTitle(QString::fromStdString(info.path) + " - Stabilize");
+  output_->setText("Output: " + (desk_->output().empty()
+                                     ? QString("asked for")
+                                     : QString::fromStdString(desk_->output())));
+  output_->setToolTip(output_->text());
+  statusBar()->showMessage(QString("%1, %2 x %3, %4 bit, %5 fps, %6 frames")
+                               .arg(QString::fromStdString(info.kind))
+                               .arg(info.format.getPixelsPerLine())
+                               .arg(info.format.getLinesPerFrame())
+                               .arg(info.bitDepth)
+                               .arg(info.frameRate.value(), 0, 'g', 5)
+                               .arg(info.frameCount()));
+  setCompare(ECompare::before);
+  enableActions();
+  refreshTimeline();
+  viewer_->setFocus();
+}
+
+QString CMainWindow::frameNotice(int frame) {
+  const std::string failure = desk_->frameFailure(frame);
+  if (failure.empty()) return {};
+  return QString::fromStdString(failure) + "\n\nF5 reads it again.";
+}
+
+void CMainWindow::showFrame() {
+  if (!hasClip()) return;
+  const int frame = desk_->displayedFrame();
+  if (player_->isPlaying()) desk_->lookAhead(player_->direction());
+  viewer_->setFrames(desk_->frameBefore(frame), desk_->frameAfter(frame), frameNotice(frame));
+  transport_->setFrame(frame, timecodeText(frame));
+  showOverlay();
+}
+
+void CMainWindow::showOverlay() {
+  if (!hasClip()) return;
+  viewer_->setOverlay(desk_->session().overlay());
+  refreshTimeline();
+}
+
+void CMainWindow::showCachedFrames() {
+  const int frame = desk_->displayedFrame();
+  viewer_->setFrames(desk_->frameBefore(frame), desk_->frameAfter(frame), frameNotice(frame));
+  refreshTimeline();
+}
+
+void CMainWindow::showMarks() {
+  const int in = desk_->session().getMarkIn();
+  const int out = desk_->session().getMarkOut();
+  const auto text = [](int mark) { return mark < 0 ? QString("-") : QString::number(mark); };
+  transport_->setMarks(QString("IN %1   OUT %2").arg(text(in), text(out)) +
+                       (in >= 0 && out > in ? QString("   %1 frames").arg(out - in) : QString()));
+  refreshTimeline();
+}
+
+void CMainWindow::refreshTimeline() {
+  if (!hasClip()) return;
+  CShotSession& session = desk_->session();
+  STimelineContent content;
+  content.clip = {desk_->info().firstFrame, desk_->info().endFrame};
+  content.displayed = desk_->displayedFrame();
+  content.markIn = session.getMarkIn();
+  content.markOut = session.getMarkOut();
+  if (const CTrackingPointsEditor* editor = session.editor(); editor && editor->trackingArray()) {
+    const CTrackingArray& array = *editor->trackingArray();
+    if (array.FrameCount() > 1) content.tracked = {{array.FirstFrame(), array.EndFrame()}};
+  }
+  content.results = spansOf(desk_->resultFrames());
+  for (const SFrameSpan& span : desk_->cachedFrames())
+    content.cached.push_back({span.first, span.end});
+  timeline_->setContent(content);
+}
+
+void CMainWindow::showProgress(bool busy) {
+  if (busy) player_->stop();
+  enableActions();
+  // Who previews wants to see what comes out.
+  if (busy && viewer_->compare() == ECompare::before) setCompare(ECompare::after);
+  showOverlay();
+}
+
+void CMainWindow::showPanel(const std::string& title, TControl& panel) {
+  panel_ = std::make_unique<CPresentation>(panel, nullptr);
+  QWidget* const widget = panel_->widget();
+  widget->setAccessibleName(QString::fromStdString(title));
+  panelArea_->setWidget(widget);
+  panelArea_->setFixedWidth(panel.bounds().width + 2);
+}
+
+void CMainWindow::removePanel() {
+  panelArea_->takeWidget();
+  panel_.reset();
+}
+
+void CMainWindow::showPointer(const SCursorImage* pointer) {
+  if (!pointer) return viewer_->setPointer(nullptr);
+  const QImage image(reinterpret_cast<const uchar*>(pointer->pixels.data()), pointer->width,
+                     pointer->height, QImage::Format_ARGB32);
+  const QCursor cursor(QPixmap::fromImage(image), pointer->hotX, pointer->hotY);
+  viewer_->setPointer(&cursor);
+}
+
+void CMainWindow::showResult(bool) {
+  onPlainKey(Qt::Key_B);
+}
+
+void CMainWindow::setHelpPages(const std::string& operation, const std::string& hotKeys) {
+  operationPage_ = QString::fromStdString(operation);
+  hotKeysPage_ = QString::fromStdString(hotKeys);
+}
+
+void CMainWindow::showMessage(const std::string& text) {
+  constexpr int MILLISECONDS = 12000;
+  statusBar()->showMessage(QString::fromStdString(text), MILLISECONDS);
+}
+
+void CMainWindow::showFailure(const std::string& text) {
+  application_.showError(text);
+}
+
+bool CMainWindow::confirm(const std::string& question, const std::string& yes) {
+  return application_.ask(question, yes);
+}
+
+std::string CMainWindow::chooseOutput(const std::string& suggestion) {
+  bool given = false;
+  const QString text = QInputDialog::getText(
+      this, "Output",
+      "Where renders are written: a folder or pattern for frames (name.####.dpx), or a video "
+      "(.mov, .mkv, .mp4)",
+      QLineEdit::Normal, QString::fromStdString(suggestion), &given);
+  return given ? text.trimmed().toStdString() : std::string();
+}

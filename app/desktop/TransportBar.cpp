@@ -1,0 +1,72 @@
+#include "TransportBar.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QStyle>
+
+CTransportBar::CTransportBar(QWidget* parent) : QWidget(parent) {
+  setObjectName("TransportBar");
+  auto* const row = new QHBoxLayout(this);
+  row->setContentsMargins(6, 2, 6, 2);
+  row->setSpacing(4);
+  addButton(QStyle::SP_MediaSkipBackward, "First", "Mark IN (Home)", [this] { onFirst(); });
+  addButton(QStyle::SP_MediaSeekBackward, "Back", "One frame back (Left)", [this] { onStep(-1); });
+  play_ = addButton(QStyle::SP_MediaPlay, "Play", "Play (L, Space); J: backwards; K: stop",
+                    [this] { onPlay(); });
+  addButton(QStyle::SP_MediaSeekForward, "Forward", "One frame on (Right)", [this] { onStep(1); });
+  addButton(QStyle::SP_MediaSkipForward, "Last", "Last frame before mark OUT (End)",
+            [this] { onLast(); });
+  const auto addEdit = [&](const char* name, const char* hint, const char* widest) {
+    auto* const edit = new QLineEdit(this);
+    edit->setObjectName(name);
+    edit->setToolTip(hint);
+    edit->setAlignment(Qt::AlignCenter);
+    edit->setFocusPolicy(Qt::ClickFocus);
+    edit->setFixedWidth(fontMetrics().horizontalAdvance(widest) + 20);
+    QObject::connect(edit, &QLineEdit::returnPressed, this, [this, edit] {
+      if (onTyped) onTyped(edit->text());
+      edit->clearFocus();
+    });
+    row->addWidget(edit);
+    return edit;
+  };
+  row->addSpacing(6);
+  timecode_ = addEdit("Timecode", "The displayed frame's timecode; type one to go there",
+                      "00:00:00:00");
+  frame_ = addEdit("Frame", "The displayed frame; type a number to go there", "00000000");
+  marks_ = new QLabel(this);
+  marks_->setObjectName("Marks");
+  row->addSpacing(6);
+  row->addWidget(marks_);
+  row->addStretch(1);
+  playing_ = new QLabel(this);
+  playing_->setObjectName("Playing");
+  row->addWidget(playing_);
+}
+
+QToolButton* CTransportBar::addButton(int icon, const char* name, const char* hint,
+                                      std::function<void()> act) {
+  auto* const button = new QToolButton(this);
+  button->setObjectName(name);
+  button->setIcon(style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon)));
+  button->setToolTip(hint);
+  button->setFocusPolicy(Qt::NoFocus);
+  button->setAutoRaise(true);
+  QObject::connect(button, &QToolButton::clicked, this, std::move(act));
+  layout()->addWidget(button);
+  return button;
+}
+
+void CTransportBar::setFrame(int frame, const QString& timecode) {
+  if (!frame_->hasFocus()) frame_->setText(QString::number(frame));
+  if (!timecode_->hasFocus()) timecode_->setText(timecode);
+}
+
+void CTransportBar::setMarks(const QString& text) {
+  marks_->setText(text);
+}
+
+void CTransportBar::setPlaying(bool playing, const QString& text) {
+  play_->setIcon(style()->standardIcon(playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+  playing_->setText(text);
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QToolButton>
+#include <QWidget>
+#include <functional>
+
+class QLabel;
+
+/// The row below the timeline: steps, play, the displayed frame as number and timecode (either can
+/// be typed), marks, and what playback does. THREAD: the user-interface thread.
+class CTransportBar : public QWidget {
+ public:
+  explicit CTransportBar(QWidget* parent = nullptr);
+
+  void setFrame(int frame, const QString& timecode);
+  void setMarks(const QString& text);
+  void setPlaying(bool playing, const QString& text);
+
+  std::function<void()> onFirst;
+  std::function<void(int frames)> onStep;
+  std::function<void()> onLast;
+  std::function<void()> onPlay;
+  /// A frame number or a timecode, as typed.
+  std::function<void(const QString& text)> onTyped;
+
+ private:
+  QToolButton* addButton(int icon, const char* name, const char* hint, std::function<void()> act);
+
+  QToolButton* play_ = nullptr;
+  QLineEdit* frame_ = nullptr;
+  QLineEdit* timecode_ = nullptr;
+  QLabel* marks_ = nullptr;
+  QLabel* playing_ = nullptr;
+};

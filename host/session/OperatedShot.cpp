@@ -1,0 +1,182 @@
+#include "session/OperatedShot.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "session/JobObserver.h"
+#include "support/ErrorReport.h"
+#include "support/Threads.h"
+#include "toolkit/Application.h"
+
+namespace {
+
+// The window's own messages that have it write its settings and its geometry, unasked.
+constexpr unsigned MESSAGE_WRITE_SETTINGS = 0x80ED;
+constexpr unsigned MESSAGE_WRITE_GEOMETRY = 0x80EF;
+constexpr int UNASKED = 2;
+
+CShotSession::SSettings operatorsSettings(int threads) {
+  CShotSession::SSettings settings;
+  settings.threads = threads;
+  settings.batch = false;
+  return settings;
+}
+
+}  // namespace
+
+COperatedShot::SToolErrors::SToolErrors() {
+  SetErrorSink([this](const std::string&, int, const std::string& text) {
+    const std::lock_guard lock(mutex);
+    texts.push_back(text);
+  });
+}
+
+COperatedShot::SToolErrors::~SToolErrors() {
+  SetErrorSink({});
+}
+
+COperatedShot::COperatedShot(std::unique_ptr<IClipReader> reader, int threads,
+                             TApplication& application, IShotDisplay& display)
+    : application_(application),
+      plugin_(CPluginLibrary::find("stabilize.so")),
+      session_(std::move(reader), operatorsSettings(threads)) {
+  session_.setDisplay(&display);
+  plugin_.handOverApplication(&application);
+  try {
+    openTool();
+  } catch (...) {
+    close();
+    throw;
+  }
+}
+
+COperatedShot::~COperatedShot() {
+  close();
+}
+
+void COperatedShot::openTool() {
+  CToolObject* tool = plugin_.createTool("Stabilize");
+  const int code = tool->toolInitialize(&session_);
+  if (code != 0)
+    throw CJobError(code, "the tool cannot be initialised (" + std::to_string(code) + ")");
+  tool_ = tool;
+  session_.setTool(tool_);
+  tool_->toolShow();
+  session_.noteShown();
+  tool_->toolActivate();
+  session_.setMarks(info().firstFrame, info().endFrame);
+}
+
+void COperatedShot::changeClip(std::unique_ptr<IClipReader> reader) {
+  session_.changeClip(std::move(reader));
+  writer_.reset();
+  session_.setMarks(info().firstFrame, info().endFrame);
+}
+
+// A window that goes takes its messages along: they are sent, not posted.
+void COperatedShot::saveSettings() {
+  const std::vector<TForm*> forms = application_.forms();
+  for (TForm* form : forms) {
+    form->handleMessage({MESSAGE_WRITE_SETTINGS, UNASKED, nullptr});
+    form->handleMessage({MESSAGE_WRITE_GEOMETRY, UNASKED, nullptr});
+  }
+}
+
+void COperatedShot::close() {
+  if (tool_) {
+    stop();
+    saveSettings();
+    tool_->toolDeactivate();
+    tool_->toolHide();
+    tool_->toolShutdown();
+    session_.setTool(nullptr);
+    tool_ = nullptr;
+  }
+  // Processors are the plug-in's code and write through the writer.
+  session_.endPasses();
+  session_.setDisplay(nullptr);
+  session_.setWriter(nullptr);
+}
+
+bool COperatedShot::input(CUserInput& input) {
+  return held_ == 0 && (tool_->onUserInput(input) & CToolObject::CONSUMED) != 0;
+}
+
+bool COperatedShot::knows(const CUserInput& input) {
+  return tool_->translateUserInput(input) != nullptr;
+}
+
+void COperatedShot::pointerMoved(CUserInput& input) {
+  if (held_ == 0) tool_->onMouseMove(input);
+}
+
+void COperatedShot::command(int number) {
+  if (held_ == 0) CToolCommand(tool_, number).execute();
+}
+
+void COperatedShot::stop() {
+  session_.StopTrackingRun();
+  tool_->stopProcessing();
+}
+
+void COperatedShot::pump() {
+  if (held_ > 0) return;
+  session_.pump();
+  const bool busy = session_.isBusy();
+  if (!session_.frameFailure().empty()) noteFailure(session_.frameFailure());
+  if (wasBusy_ && !busy) {
+    if (!session_.tracking().failure.empty())
+      noteFailure(info().path + ": " + session_.tracking().failure);
+    finishRender();
+  }
+  if (busy && !wasBusy_) lastFailure_.clear();
+  wasBusy_ = busy;
+}
+
+void COperatedShot::setWriter(std::unique_ptr<IClipWriter> writer) {
+  session_.setWriter(writer.get());
+  writer_ = std::move(writer);
+}
+
+// A video that lacks frames is given up; of a sequence, what is written stays.
+void COperatedShot::finishRender() {
+  if (!writer_) return;
+  written_ = session_.finishWriting();
+  session_.setWriter(nullptr);
+  if (!session_.frameFailure().empty()) noteFailure(session_.frameFailure());
+  try {
+    if (written_ == session_.getMarkOut() - session_.getMarkIn()) writer_->finish();
+  } catch (const CClipError& error) {
+    noteFailure(error.what());
+  }
+  writer_.reset();
+}
+
+void COperatedShot::noteFailure(const std::string& text) {
+  if (text == lastFailure_) return;
+  lastFailure_ = text;
+  failures_.push_back(text);
+}
+
+std::vector<std::string> COperatedShot::takeFailures() {
+  std::vector<std::string> texts = std::exchange(failures_, {});
+  const std::lock_guard lock(errors_.mutex);
+  for (std::string& text : std::exchange(errors_.texts, {})) texts.push_back(std::move(text));
+  return texts;
+}
+
+int COperatedShot::takeWritten() {
+  return std::exchange(written_, -1);
+}
+
+CPDLEntry COperatedShot::capture() {
+  CPDLEntry entry;
+  if (const int code = tool_->capturePDLEntry(entry); code != 0)
+    throw CJobError(code, "the tool does not give its settings (" + std::to_string(code) + ")");
+  return entry;
+}
+
+void COperatedShot::apply(CPDLEntry& entry) {
+  if (const int code = tool_->runPDLEntry(entry); code != 0)
+    throw CJobError(code, "the tool refused its settings (" + std::to_string(code) + ")");
+}
