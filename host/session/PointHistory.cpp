@@ -41,7 +41,7 @@ void CPointHistory::dropOldest() {
   std::size_t entries = 0;
   for (const Steps* steps : {&done_, &undone_})
     for (const SStep& step : *steps) entries += step.entries;
-  while (entries > MOST_ENTRIES || done_.size() + undone_.size() > MOST_STEPS) {
+  while (entries > mostEntries_ || done_.size() + undone_.size() > MOST_STEPS) {
     Steps& oldest = done_.empty() ? undone_ : done_;
     entries -= oldest.front().entries;
     oldest.pop_front();

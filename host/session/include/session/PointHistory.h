@@ -20,14 +20,17 @@ struct SPointsState {
 
 /// Steps that can be undone and redone. A step is what the operator did and the points as they were
 /// on its other side. Beyond the limits the oldest steps go, and among those that were undone the
-/// ones that would be redone last; a set that exceeds MOST_ENTRIES by itself is not kept at all.
-/// THREAD: one thread.
+/// ones that would be redone last; a set that exceeds the most entries by itself is not kept at
+/// all. THREAD: one thread.
 class CPointHistory {
  public:
   using State = std::shared_ptr<const SPointsState>;
 
   static constexpr std::size_t MOST_STEPS = 100;
-  static constexpr std::size_t MOST_ENTRIES = 4'000'000;  ///< of all steps together; 80 bytes each
+  /// Of all steps together; 80 bytes each.
+  static constexpr std::size_t MOST_ENTRIES = 4'000'000;
+
+  explicit CPointHistory(std::size_t mostEntries = MOST_ENTRIES) : mostEntries_(mostEntries) {}
 
   /// Something was done to the points, which were `before`: what was undone cannot be redone now.
   void record(const std::string& text, State before);
@@ -54,6 +57,7 @@ class CPointHistory {
   State step(Steps& from, Steps& to, State now);
   void dropOldest();
 
+  const std::size_t mostEntries_;
   Steps done_;
   Steps undone_;  ///< the one to be redone next is the last
 };
