@@ -199,10 +199,8 @@ bool CPointEditing::remove(int index) {
   const int removed = numberWithoutGaps(first, index);
   array.DeletePoint(index);
   const int count = array.Compact();
-  if (count == 0) array.Clear();
   // What was rendered was rendered with the deleted point.
-  array.SetTrackState(count == 0 ? static_cast<int>(TRACK_STATE_Untracked)
-                                 : std::min<int>(before->trackState, TRACK_STATE_Tracked));
+  if (count > 0) array.SetTrackState(std::min<int>(before->trackState, TRACK_STATE_Tracked));
   if (removed >= 0 && (selected > removed || (selected == removed && selected > 0))) --selected;
   editor().selectedPoint = std::min(selected, count - 1);
   history_.record("Delete point", std::move(before));

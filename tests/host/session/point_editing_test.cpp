@@ -136,9 +136,13 @@ TEST_F(PointEditing, SaysWhyAPointCannotStandThere) {
 }
 
 TEST_F(PointEditing, WhileAPassRunsOnlyTheSelectionChanges) {
+  ASSERT_TRUE(editing_.beginMove(0));
+  editing_.moveTo(60.0, 80.0);
   track();
   tool_.state = CToolObject::STATE_RUNNING;
   const std::string before = set();
+  editing_.moveTo(70.0, 80.0);
+  EXPECT_FALSE(editing_.isMoving()) << "the drag ended with the pass";
   EXPECT_FALSE(editing_.beginMove(0));
   EXPECT_FALSE(editing_.nudge(0, 1.0, 0.0));
   EXPECT_FALSE(editing_.remove(0));
@@ -152,7 +156,7 @@ TEST_F(PointEditing, WhileAPassRunsOnlyTheSelectionChanges) {
   editing_.select(-1);
   EXPECT_EQ(tool_.editor.selectedPoint, -1);
   tool_.state = CToolObject::STATE_IDLE;
-  EXPECT_EQ(editing_.undoText(), "Place point");
+  EXPECT_EQ(editing_.undoText(), "Move point");
 }
 
 TEST_F(PointEditing, FindsTheNearestPointThatIsDrawn) {
@@ -264,7 +268,7 @@ TEST_F(PointEditing, TheSelectionStaysWithItsPointAndAnchorsFollow) {
     editing_.select(c.selected);
     ASSERT_TRUE(editing_.remove(c.removed));
     EXPECT_EQ(tool_.editor.selectedPoint, c.after) << c.selected << " " << c.removed;
-    EXPECT_EQ(c.removed != 0 || array().attributes[1].AnIn == 0, true) << "renumbered alike";
+    EXPECT_TRUE(c.removed != 0 || array().attributes[1].AnIn == 0) << "renumbered alike";
     editing_.undo();
     EXPECT_EQ(array().attributes[2].AnIn, 1);
     EXPECT_EQ(tool_.editor.selectedPoint, c.selected);
@@ -334,6 +338,11 @@ TEST_F(PointEditing, MarksThatTheEditorHasNotMetDoNotCostThePoints) {
   editing_.place(50.0, 80.0);
   session_.setMarks(IN, OUT + 1);
   EXPECT_EQ(set(), "102: 50; state 0 selected 0");
+  editing_.place(60.0, 80.0);
+  tool_.editor.setSystemAPI(&session_);  // forgets them, and keeps the points
+  editing_.undo();
+  session_.setMarks(IN, OUT);
+  EXPECT_EQ(set(), "102: 50; state 0 selected 0");
 }
 
 /// What a host may find: a point that is lost at mark IN, and entries that were never filled.
@@ -347,6 +356,9 @@ TEST_F(PointEditing, GapsAtMarkInCloseUp) {
   drag(2, 20.0, 80.0);
   EXPECT_EQ(set(), "103: 103 20; state 0 selected 1");
   EXPECT_EQ(editing_.place(30.0, 80.0), 2);
+  array().MoveToFrame(100);
+  EXPECT_EQ(editing_.place(40.0, 80.0), 3);
+  EXPECT_EQ(set(), "103: 103 20 30 40; state 0 selected 3") << "from where no mark is";
 }
 
 }  // namespace
