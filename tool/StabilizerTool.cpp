@@ -10,6 +10,7 @@ namespace {
 constexpr int POINTS_CHANGED_SLOT = 1;
 constexpr int COLOR_CHANGED_SLOT = 2;
 constexpr int PICKED_SLOT = 3;
+constexpr int POINTS_EDITED_SLOT = 4;
 // Readers of traces know these two assertions by this place.
 constexpr const char* ASSERTION_FILE = ".\\StabilizerTool";
 
@@ -88,6 +89,7 @@ int CStabilizerTool::toolActivate() {
   }
   newClipPending_ = marksChangePending_ = refreshPending_ = pointsChanged_ = false;
   editor_.pointsChangedHook.subscribe(this, POINTS_CHANGED_SLOT, [this] { pointsChanged_ = true; });
+  editor_.pointsEditedHook.subscribe(this, POINTS_EDITED_SLOT, [this] { discardSmoothedPath(); });
   if (!host->canToolTakeDisplay()) TraceAssertion(ASSERTION_FILE, 325, "success");
   host->setToolEditor(&editor_);
   host->setToolProgressMonitor(getProgressMonitor());
@@ -107,6 +109,7 @@ int CStabilizerTool::toolDeactivate() {
   host->redrawDisplay(0);
   pointsChanged_ = false;
   editor_.pointsChangedHook.unsubscribe(this, POINTS_CHANGED_SLOT);
+  editor_.pointsEditedHook.unsubscribe(this, POINTS_EDITED_SLOT);
   host->setDisplaySetting(savedDisplaySetting_);
   releaseToolSetups(true);
   QTXunlockPreallocPool(PREALLOC_POOL_BUFFER_HOLDERS);

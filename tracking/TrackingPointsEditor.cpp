@@ -66,6 +66,14 @@ void CTrackingPointsEditor::setRendered() {
   if (array_ != nullptr) array_->SetTrackState(TRACK_STATE_Rendered);
 }
 
+void CTrackingPointsEditor::setEdited() {
+  if (array_ == nullptr) return;
+  for (auto& [index, attribute] : array_->attributes) attribute.trackStatus = TRACK_STATUS_Unknown;
+  pointsEditedHook.notify();
+  pointsChangedHook.notify();
+  refresh();
+}
+
 bool CTrackingPointsEditor::isTrackingValid() {
   return hasPoints() && markIn_ >= 0 && markIn_ < markOut_ && markIn_ >= array_->FirstFrame() &&
          markOut_ <= array_->EndFrame() && array_->TrackState() != TRACK_STATE_Untracked;

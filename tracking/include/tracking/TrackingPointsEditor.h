@@ -33,6 +33,9 @@ class CTrackingPointsEditor {
   CBHook marksChangedHook;
   /// Data or selection have changed.
   CBHook pointsChangedHook;
+  /// The operator has edited the points: what was made of their paths is out of date, also where
+  /// they are still tracked. Fired before pointsChangedHook.
+  CBHook pointsEditedHook;
 
   /// Not owned. Forgets the remembered marks and draws.
   void setSystemAPI(CNavSystemInterface* host);
@@ -57,6 +60,9 @@ class CTrackingPointsEditor {
   void resetMarks();
   void setTracked();
   void setRendered();
+  /// To be called after editing the array directly. Every point's status is evaluated anew when it
+  /// is next drawn; both hooks are fired and the display refreshed.
+  void setEdited();
   /// True when the set is tracked and covers the remembered marks.
   bool isTrackingValid();
   bool needsRetracking() { return !isTrackingValid(); }

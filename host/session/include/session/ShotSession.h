@@ -76,6 +76,8 @@ class CShotSession : public CNavSystemInterface {
   void setMarks(int in, int out);
   /// Where points may lie: the processing region, inclusive. Given to the tracking pass.
   void setTrackingRegion(const SRect& region) { trackingRegion_ = region; }
+  /// What a tracking pass that began now would track with. REQUIRES: the tool is active.
+  STrackSettings trackSettings() const;
 
   /// Paths that were measured elsewhere. A tracking pass over exactly their frames that begins on
   /// their first positions gives them as its results, to the last bit, and tracks nothing.
@@ -185,7 +187,6 @@ class CShotSession : public CNavSystemInterface {
 
   void tellMarksChanged();
   void followPass();
-  STrackSettings trackSettings() const;
   bool hasTrackingData() const;
   bool areKnown(const CTrackingPoints& points) const;
   void failTracking(const std::string& why);
