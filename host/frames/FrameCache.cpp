@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <stdexcept>
 #include <utility>
 
 #include "WantOrder.h"
@@ -13,6 +14,9 @@ constexpr std::size_t FEWEST_FRAMES = 2;
 // A player that goes backwards through one of four blocks has two complete ones ahead while the
 // farthest is filled: a jump of the decoder is over long before they are used up.
 constexpr std::size_t BLOCKS_IN_CACHE = 4;
+// Two seconds of film. The frame before the one looked at is the last of its block to come: longer
+// blocks would save few jumps more and keep a viewer that steps back waiting.
+constexpr std::size_t LONGEST_BLOCK = 48;
 
 std::size_t framesThatFit(std::size_t bytes, const SClipInfo& info) {
   const std::size_t frameBytes = std::max<std::size_t>(1, info.format.getBytesPerField());
@@ -22,7 +26,7 @@ std::size_t framesThatFit(std::size_t bytes, const SClipInfo& info) {
 int blockLength(bool parallel, std::size_t capacity, int rangeLength) {
   if (parallel) return 1;
   const std::size_t inRange = std::min<std::size_t>(capacity, std::max(1, rangeLength));
-  return std::max(1, static_cast<int>(inRange / BLOCKS_IN_CACHE));
+  return static_cast<int>(std::clamp<std::size_t>(inRange / BLOCKS_IN_CACHE, 1, LONGEST_BLOCK));
 }
 
 }  // namespace
@@ -145,7 +149,7 @@ void CFrameCache::finishLocked(int frame, SOutcome outcome) {
 
 CFrameCache::SOutcome CFrameCache::decode(int frame) {
   auto* const buffer = static_cast<std::uint16_t*>(pool_->allocateBuffer());
-  if (buffer == nullptr) throw CClipError("no memory for the frame");
+  if (buffer == nullptr) throw std::runtime_error("no memory for the frame");
   const std::shared_ptr<std::uint16_t> samples(
       buffer, [pool = pool_](std::uint16_t* memory) { pool->freeBuffer(memory); });
   reader_->readFrame(frame, buffer);
@@ -153,12 +157,15 @@ CFrameCache::SOutcome CFrameCache::decode(int frame) {
 }
 
 CFrameCache::SOutcome CFrameCache::tryDecode(int frame) {
+  const auto name = [&] { return info().path + ": frame " + std::to_string(frame) + ": "; };
   try {
     return decode(frame);
-  } catch (const std::exception& error) {
+  } catch (const CClipError& error) {
     return {nullptr, error.what()};
+  } catch (const std::exception& error) {
+    return {nullptr, name() + error.what()};
   } catch (...) {
-    return {nullptr, "cannot be read"};
+    return {nullptr, name() + "cannot be read"};
   }
 }
 

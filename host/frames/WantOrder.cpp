@@ -1,6 +1,8 @@
 #include "WantOrder.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace {
 

@@ -20,6 +20,7 @@ class CPlayback {
         false;  ///< the clock waits for frames that are late, instead of dropping them
   };
 
+  /// REQUIRES: a rate above 0.
   CPlayback(const SFrameRate& rate, const SSettings& settings);
 
   /// `frame` is due now, and others follow: `speed` +-1, +-2, +-4 or +-8; 0 stands still. From
