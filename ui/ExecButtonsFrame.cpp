@@ -141,28 +141,34 @@ void TExecButtonsFrame::enableResumeGroup(bool enabled) {
   for (TControl* control : ResumeGroupBox.children()) control->setEnabled(enabled);
 }
 
-// Seven places of the same width, Pause and Resume in one of them; the timecode has the rest.
+// Seven places as wide as their captions ask for, Pause and Resume in one of them; the timecode has
+// the rest.
 void TExecButtonsFrame::layOut() {
-  constexpr int PLACE = 46;
+  constexpr int ONE_FRAME = 36;
+  constexpr int WORD = 58;
+  constexpr int SHORT_WORD = 46;
   constexpr int GAP = 2;
   constexpr int TOOL = 22;
   constexpr int CAPTION = 16;
   const int height = bounds().height;
   const int buttonHeight = height - 16;
   int left = 0;
-  const auto place = [&] {
-    const SBounds bounds = {left, 8, PLACE, buttonHeight};
-    left += PLACE + GAP;
+  const auto place = [&](int width) {
+    const SBounds bounds = {left, 8, width, buttonHeight};
+    left += width + GAP;
     return bounds;
   };
+  bool oneFrame = true;  // it and the range take turns
   for (TPanel* panel : highlightPanels()) {
-    panel->setBounds(place());
-    panel->children().front()->setBounds({2, 2, PLACE - 4, buttonHeight - 4});
+    const int width = oneFrame ? ONE_FRAME : WORD;
+    panel->setBounds(place(width));
+    panel->children().front()->setBounds({2, 2, width - 4, buttonHeight - 4});
+    oneFrame = !oneFrame;
   }
-  PauseButton.setBounds(place());
+  PauseButton.setBounds(place(WORD));
   ResumeButton.setBounds(PauseButton.bounds());
-  StopButton.setBounds(place());
-  CapturePDLButton.setBounds(place());
+  StopButton.setBounds(place(SHORT_WORD - 6));
+  CapturePDLButton.setBounds(place(SHORT_WORD));
   const int groupLeft = left + 4;
   const int groupWidth = bounds().width - groupLeft;
   ResumeGroupBox.setBounds({groupLeft, 0, groupWidth, height});

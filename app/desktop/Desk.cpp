@@ -7,6 +7,7 @@
 
 #include "clip/ClipReader.h"
 #include "session/EntrySettings.h"
+#include "session/JobObserver.h"
 #include "session/PointFinder.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
@@ -142,12 +143,12 @@ void CDesk::goToFrame(int frame) {
   if (isOpen()) session().goToFrame(frame);
 }
 
-void CDesk::lookAhead(int direction) {
+void CDesk::lookAhead(int frame, int direction) {
   const int in = session().getMarkIn();
   const int out = session().getMarkOut();
-  const bool marked = in >= 0 && out > in && displayedFrame() >= in && displayedFrame() < out;
+  const bool marked = in >= 0 && frame >= in && frame < out;
   const bool playing = direction != 0;
-  cache_->lookAt(displayedFrame(), direction, playing && marked ? in : info().firstFrame,
+  cache_->lookAt(frame, direction, playing && marked ? in : info().firstFrame,
                  playing && marked ? out : info().endFrame);
 }
 
@@ -289,18 +290,19 @@ void CDesk::findPoints(int count) {
   options.threads = threads_;
   options.trackBox = array.TrackBoxExtentX;
   options.search = array.SearchBoxExtentLeft;
-  std::string refusal;
-  if (!points_->canPlace(&refusal)) return window_.showMessage(refusal);
+  shot_->showPoints();
+  const std::string refusal = points_->placingRefusal();
+  if (!refusal.empty()) return window_.showMessage(refusal);
   try {
     const CBusyCursor busy;
     const std::unique_ptr<IClipReader> reader = openReader(info().path);
-    const std::vector<SFeature> features = FindPoints(*reader, options, points_->region());
+    const std::vector<SFeature> features = FindPoints(*reader, options, session().trackSettings().region);
     if (features.empty())
       return window_.showMessage("Nothing in the picture can be tracked: no texture above the noise");
     std::vector<SPoint2> places;
     for (const SFeature& feature : features) places.push_back({feature.x, feature.y});
-    points_->replaceAll(places);
-    window_.showMessage(std::to_string(places.size()) + " points found");
+    if (points_->replaceAll(places))
+      window_.showMessage(std::to_string(places.size()) + " points found");
   } catch (const std::exception& error) {
     window_.showFailure(error.what());
   }

@@ -42,7 +42,7 @@ class IDeskWindow {
 /// The open shot and what belongs to it on an operator's desk: the tool at work, decoded frames and
 /// results to look at, where the output goes, the process list. Draws nothing.
 /// THREAD: the user-interface thread.
-class CDesk : private IShotDisplay {
+class CDesk : public IShotDisplay {
  public:
   CDesk(CQtApplication& application, IDeskWindow& window);
   ~CDesk() override;
@@ -60,8 +60,9 @@ class CDesk : private IShotDisplay {
 
   void goToFrame(int frame);
   int displayedFrame() { return session().getDisplayedFrame(); }
-  /// What frames will be wanted next, see CFrameCache::lookAt.
-  void lookAhead(int direction);
+  /// What will be wanted next, see CFrameCache::lookAt: from the displayed frame, or another.
+  void lookAhead(int direction) { lookAhead(displayedFrame(), direction); }
+  void lookAhead(int frame, int direction);
   CFrameCache::Samples frameBefore(int frame) const { return cache_->find(frame); }
   CResultFrames::Samples frameAfter(int frame) const { return results_->find(frame); }
   std::string frameFailure(int frame) const { return cache_->failure(frame); }

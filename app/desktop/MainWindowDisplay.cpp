@@ -39,7 +39,7 @@ void CMainWindow::showClip() {
                                .arg(info.frameCount()));
   setCompare(ECompare::before);
   enableActions();
-  refreshTimeline();
+  showMarks();
   viewer_->setFocus();
 }
 
@@ -66,6 +66,9 @@ void CMainWindow::showOverlay() {
 
 void CMainWindow::showCachedFrames() {
   const int frame = desk_->displayedFrame();
+  // Who previews wants to see what comes out.
+  const bool comesOut = desk_->isBusy() && desk_->frameAfter(frame);
+  if (comesOut && viewer_->compare() == ECompare::before) setCompare(ECompare::after);
   viewer_->setFrames(desk_->frameBefore(frame), desk_->frameAfter(frame), frameNotice(frame));
   refreshTimeline();
 }
@@ -100,8 +103,6 @@ void CMainWindow::refreshTimeline() {
 void CMainWindow::showProgress(bool busy) {
   if (busy) player_->stop();
   enableActions();
-  // Who previews wants to see what comes out.
-  if (busy && viewer_->compare() == ECompare::before) setCompare(ECompare::after);
   showOverlay();
 }
 

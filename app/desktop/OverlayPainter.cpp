@@ -1,5 +1,6 @@
 #include "OverlayPainter.h"
 
+#include <QPainterPath>
 #include <cmath>
 
 namespace {

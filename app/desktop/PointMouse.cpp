@@ -54,6 +54,7 @@ void CPointMouse::act(const SPointerAct& act) {
 }
 
 void CPointMouse::press(const SPointerAct& act) {
+  desk_.shot().showPoints();
   CPointEditing& points = desk_.points();
   int index = points.pointAt(act.x, act.y, REACH / act.pixelScale);
   if (index >= 0) {

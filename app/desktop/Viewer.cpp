@@ -195,6 +195,7 @@ void CViewer::paintSplit(QPainter& painter) {
     painter.setClipRect(QRectF(wipeX(), 0.0, width() - wipeX(), height()));
     paintPane(painter, 0.0, scaledAfter_, after_, nullptr);
     painter.restore();
+    paintLabel(painter, wipeX(), "After");
   }
   painter.setPen(QPen(QColor(255, 255, 255, 200), 1.0));
   painter.drawLine(QPointF(wipeX(), 0.0), QPointF(wipeX(), height()));
@@ -221,14 +222,16 @@ void CViewer::paintPane(QPainter& painter, double left, SScaled& scaled,
   painter.setClipRect(QRectF({0.0, 0.0}, paneSize()), Qt::IntersectClip);
   if (samples) paintFrame(painter, scaled, samples);
   PaintOverlay(painter, overlay_, view_);
-  if (label) {
-    const QRectF place(8.0, 6.0, paneSize().width() - 16.0, 20.0);
-    painter.setPen(QColor(0, 0, 0, 200));
-    painter.drawText(place.translated(1.0, 1.0), Qt::AlignLeft, label);
-    painter.setPen(Qt::white);
-    painter.drawText(place, Qt::AlignLeft, label);
-  }
+  if (label) paintLabel(painter, 0.0, label);
   painter.restore();
+}
+
+void CViewer::paintLabel(QPainter& painter, double left, const char* label) {
+  const QRectF place(left + 8.0, 6.0, width(), 20.0);
+  painter.setPen(QColor(0, 0, 0, 200));
+  painter.drawText(place.translated(1.0, 1.0), Qt::AlignLeft, label);
+  painter.setPen(Qt::white);
+  painter.drawText(place, Qt::AlignLeft, label);
 }
 
 void CViewer::paintNotice(QPainter& painter) {

@@ -92,6 +92,7 @@ class CViewer : public QWidget {
   void paintFrame(QPainter& painter, SScaled& scaled, const SharedSamples& samples);
   void paintPane(QPainter& painter, double left, SScaled& scaled, const SharedSamples& samples,
                  const char* label);
+  void paintLabel(QPainter& painter, double left, const char* label);
   void paintCompared(QPainter& painter);
   void paintSplit(QPainter& painter);
   void paintMagnifier(QPainter& painter);

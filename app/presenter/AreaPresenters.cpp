@@ -2,6 +2,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 
 #include "ControlPresenter.h"
 
@@ -29,6 +30,35 @@ class CPanelPresenter : public CControlPresenter {
  private:
   TPanel& control_;
   QFrame& frame_;
+};
+
+/// A group whose frame runs through its title, whatever the style does: what it holds is laid out
+/// for that.
+class CGroupFrame : public QGroupBox {
+ public:
+  using QGroupBox::QGroupBox;
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    constexpr double TITLE = 16.0;
+    constexpr double INDENT = 8.0;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlpha(70);
+    painter.setPen(QPen(line, 1.0));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, TITLE / 2.0, -0.5, -0.5), 3.0, 3.0);
+    QFont bold = font();
+    bold.setBold(true);
+    painter.setFont(bold);
+    const QString text = title();
+    const double width = QFontMetricsF(bold).horizontalAdvance(text);
+    if (width <= 0.0) return;
+    painter.fillRect(QRectF(INDENT - 3.0, 0.0, width + 6.0, TITLE), palette().color(QPalette::Window));
+    painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
+                                   QPalette::WindowText));
+    painter.drawText(QRectF(INDENT, 0.0, width + 1.0, TITLE), Qt::AlignVCenter, text);
+  }
 };
 
 class CGroupBoxPresenter : public CControlPresenter {
@@ -104,7 +134,7 @@ std::unique_ptr<CControlPresenter> PresentArea(TControl& control, QWidget* paren
   if (auto* const panel = dynamic_cast<TPanel*>(&control))
     return std::make_unique<CPanelPresenter>(*panel, *new QFrame(parent));
   if (auto* const group = dynamic_cast<TGroupBox*>(&control))
-    return std::make_unique<CGroupBoxPresenter>(*group, *new QGroupBox(parent));
+    return std::make_unique<CGroupBoxPresenter>(*group, *new CGroupFrame(parent));
   if (auto* const label = dynamic_cast<TLabel*>(&control))
     return std::make_unique<CLabelPresenter>(*label, *new QLabel(parent));
   if (auto* const status = dynamic_cast<TStatusBar*>(&control))

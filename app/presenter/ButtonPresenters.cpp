@@ -72,6 +72,7 @@ class CToolButtonPresenter : public CButtonPresenter {
   void updateKind() override {
     button_.setCheckable(control_.staysDown());
     CButtonPresenter::updateKind();
+    fitText();
   }
   bool isChecked() const override { return control_.isDown(); }
   // One that is held has had its click when it came up.
@@ -89,6 +90,18 @@ class CToolButtonPresenter : public CButtonPresenter {
   }
 
  private:
+  // Small buttons have small room: a text in full, smaller, says more than half of one.
+  void fitText() {
+    constexpr int LARGEST = 12;
+    constexpr int SMALLEST = 9;
+    constexpr int PADDING = 6;
+    QFont font = button_.font();
+    for (int size = LARGEST; size >= SMALLEST; --size) {
+      font.setPixelSize(size);
+      if (QFontMetrics(font).horizontalAdvance(button_.text()) + PADDING <= button_.width()) break;
+    }
+    button_.setFont(font);
+  }
   bool isHeldKind() const { return control_.onPress || control_.onRelease; }
   TToolButton& control_;
   QToolButton& button_;

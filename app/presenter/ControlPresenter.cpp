@@ -3,6 +3,7 @@
 #include <QFocusEvent>
 #include <QWheelEvent>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -38,7 +39,8 @@ void CControlPresenter::update() {
   if (!widget_) return;
   const bool outer = std::exchange(updating_, true);
   const SBounds& bounds = control_.bounds();
-  widget_->setGeometry(bounds.left, bounds.top, bounds.width, bounds.height);
+  widget_->resize(bounds.width, bounds.height);
+  if (!root_) widget_->move(bounds.left, bounds.top);
   widget_->setToolTip(toolTipOf(control_));
   // A widget that is switched off with the focus would hand it to the next one, which nobody chose.
   const bool operable = control_.isEnabled() && control_.isVisible();
@@ -112,8 +114,6 @@ bool CControlPresenter::eventFilter(QObject* object, QEvent* event) {
       return false;
     }
     case QEvent::Wheel: return onWheel(static_cast<QWheelEvent&>(*event));
-    case QEvent::PaletteChange:
-      return false;
     default: return false;
   }
 }

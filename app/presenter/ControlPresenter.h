@@ -17,6 +17,8 @@ class CControlPresenter : public QObject {
   ~CControlPresenter() override;
 
   QWidget* widget() const { return widget_; }
+  /// The root lies where its container puts it.
+  void setRoot() { root_ = true; }
   /// Shows the control's state. Nothing that happens in here is an act of the operator.
   void update();
 
@@ -37,6 +39,7 @@ class CControlPresenter : public QObject {
   TControl& control_;
   QPointer<QWidget> widget_;
   bool updating_ = false;
+  bool root_ = false;
   double wheel_ = 0.0;  ///< what is left of an incomplete step
 };
 

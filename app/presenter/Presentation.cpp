@@ -9,6 +9,7 @@ CPresentation::CPresentation(TControl& root, QWidget* parent) {
   QFont font = widget_->font();
   font.setPixelSize(TEXT_PIXELS);
   widget_->setFont(font);
+  presenters_.front()->setRoot();
   for (const auto& presenter : presenters_) presenter->update();
   widget_->setMinimumSize(root.bounds().width, root.bounds().height);
 }

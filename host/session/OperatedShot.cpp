@@ -114,6 +114,11 @@ void COperatedShot::command(int number) {
   if (held_ == 0) CToolCommand(tool_, number).execute();
 }
 
+void COperatedShot::showPoints() {
+  const CTrackingPointsEditor* editor = session_.editor();
+  if (held_ == 0 && editor && !editor->showPoints) tool_->showTrackingPoints();
+}
+
 void COperatedShot::stop() {
   session_.StopTrackingRun();
   tool_->stopProcessing();

@@ -104,6 +104,24 @@ int CPointEditing::place(double x, double y) {
   return index;
 }
 
+bool CPointEditing::replaceAll(const std::vector<SPoint2>& places) {
+  endMove();
+  CTrackingPoints placed;
+  for (const SPoint2& place : places)
+    if (refusal(place.x, place.y).empty())
+      placed.Point(placed.Count()) = CTrackPoint(place.x, place.y);
+  if (placed.Count() == 0) return false;
+  editor().updateMarks();
+  if (wereCleared()) history_.clear();
+  history_.record("Find points", capture());
+  points().Clear();
+  points().PointsAt(session_.getMarkIn()) = placed;
+  for (const auto& [index, point] : placed.Entries()) points().attributes[index] = {};
+  editor().selectedPoint = 0;
+  finishEdit();
+  return true;
+}
+
 /// The set is untracked then, and numbered without gaps; answers the new number of a point.
 int CPointEditing::keepOnlyMarkIn(int followed) {
   CTrackingArray& array = points();

@@ -1,12 +1,42 @@
+#include <utility>
+
 #include "ToolObj/ToolFrameBuffer.h"
 #include "session/ShotSession.h"
 
 // What the session passes between the tool and whoever shows it.
 
+namespace {
+
+/// The selected point is drawn with what only a picked one has. Nothing of it stays in the data.
+class CPickedWhileDrawn {
+ public:
+  CPickedWhileDrawn(const CTrackingPointsEditor& editor, int frame) {
+    CTrackingArray* const array = editor.trackingArray();
+    if (!array || !array->HasFrame(frame)) return;
+    CTrackingPoints& points = array->PointsAt(frame);
+    if (points.IsValidPoint(editor.selectedPoint)) point_ = &points.Point(editor.selectedPoint);
+    if (point_) was_ = std::exchange(point_->highlight, true);
+  }
+  ~CPickedWhileDrawn() {
+    if (point_) point_->highlight = was_;
+  }
+  CPickedWhileDrawn(const CPickedWhileDrawn&) = delete;
+  CPickedWhileDrawn& operator=(const CPickedWhileDrawn&) = delete;
+
+ private:
+  CTrackPoint* point_ = nullptr;
+  bool was_ = false;
+};
+
+}  // namespace
+
 SOverlay CShotSession::overlay() {
   overlay_ = {};
   if (tool_) tool_->drawOverlay();
-  if (editor_) editor_->drawTrackingPoints();
+  if (editor_) {
+    const CPickedWhileDrawn picked(*editor_, displayedFrame_);
+    editor_->drawTrackingPoints();
+  }
   return overlay_;
 }
 

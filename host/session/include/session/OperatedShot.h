@@ -37,6 +37,8 @@ class COperatedShot {
   bool knows(const CUserInput& input);
   void pointerMoved(CUserInput& input);
   void command(int number);
+  /// The tool hides the points after a render; whoever edits them wants to see them.
+  void showPoints();
   /// Asks a running or paused pass to end; it ends in later rounds of `pump`.
   void stop();
 

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "session/PointHistory.h"
 #include "session/ShotSession.h"
@@ -41,6 +42,11 @@ class CPointEditing {
 
   /// Index of the new point, which is the selected one then; -1: refused.
   int place(double x, double y);
+  /// These are the points then, the first of them selected, as one step. Places where none can be
+  /// tracked are left out. False: refused, or none is left.
+  bool replaceAll(const std::vector<SPoint2>& places);
+  /// Why points cannot be placed on the displayed frame; empty: they can.
+  std::string placingRefusal() const { return frameRefusal(); }
   /// -1: none. An index that names no point changes nothing.
   void select(int index);
   /// A drag, which is one step. False: refused, or no such point in the displayed frame. Nothing
