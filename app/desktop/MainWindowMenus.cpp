@@ -127,7 +127,7 @@ void CMainWindow::buildPlayMenu() {
 
 void CMainWindow::buildHelpMenu() {
   QMenu* const help = menuBar()->addMenu("&Help");
-  addAction(help, "&Operation", QKeySequence("F1"), [this] { help_->showPage(operationPage_); });
+  addAction(help, named("&Operation", "F1"), {}, [this] { help_->showPage(operationPage_); });
   addAction(help, "&Hot Keys", {}, [this] { help_->showPage(hotKeysPage_); });
 }
 
@@ -162,7 +162,9 @@ void CMainWindow::setAppearance(const QString& name) {
 }
 
 bool CMainWindow::onKey(const QKeyEvent& event) {
-  if (!hasClip()) return false;
+  // The tool knows this key, too, and only beeps.
+  if (event.key() == Qt::Key_F1) help_->showPage(operationPage_);
+  if (!hasClip()) return event.key() == Qt::Key_F1;
   if (event.key() == Qt::Key_Left || event.key() == Qt::Key_Right || event.key() == Qt::Key_Up ||
       event.key() == Qt::Key_Down)
     return onArrow(event);
