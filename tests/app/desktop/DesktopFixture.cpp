@@ -13,7 +13,9 @@ Desktop::Desktop() {
   window_ = std::make_unique<CMainWindow>(application_);
   window_->setGeometry(0, 0, 1280, 800);
   window_->show();
-  EXPECT_TRUE(operator_.waitFor([this] { return window_->isVisible(); }));
+  // No window manager gives the keyboard to the window.
+  window_->activateWindow();
+  EXPECT_TRUE(operator_.waitFor([this] { return window_->isActiveWindow(); }));
   operator_.settle();
 }
 
