@@ -221,7 +221,10 @@ void CViewer::paintPane(QPainter& painter, double left, SScaled& scaled,
   painter.translate(left, 0.0);
   painter.setClipRect(QRectF({0.0, 0.0}, paneSize()), Qt::IntersectClip);
   if (samples) paintFrame(painter, scaled, samples);
-  PaintOverlay(painter, overlay_, view_);
+  // Points lie where the shot has them; in the result the picture has moved from under them.
+  SOverlay shown = overlay_;
+  if (&scaled == &scaledAfter_) shown = {overlay_.rectangles, {}, {}};
+  PaintOverlay(painter, shown, view_);
   if (label) paintLabel(painter, 0.0, label);
   painter.restore();
 }
