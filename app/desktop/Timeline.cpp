@@ -190,10 +190,15 @@ void CTimeline::paintRuler(QPainter& painter) const {
     const double x = xOf(frame);
     painter.setPen(faint);
     painter.drawLine(QPointF(x, RULER - 6.0), QPointF(x, RULER));
+    const QString timecode = timecodeOf ? timecodeOf(frame) : QString();
+    const QString number = QString::number(frame);
+    const QFontMetricsF metrics(font);
+    const double room = width() - x - 3.0;
     painter.setPen(text);
-    painter.drawText(QPointF(x + 3.0, 11.0), QString::number(frame));
+    if (metrics.horizontalAdvance(number) <= room) painter.drawText(QPointF(x + 3.0, 11.0), number);
     painter.setPen(faint);
-    if (timecodeOf) painter.drawText(QPointF(x + 3.0, 23.0), timecodeOf(frame));
+    if (metrics.horizontalAdvance(timecode) <= room)
+      painter.drawText(QPointF(x + 3.0, 23.0), timecode);
   }
   painter.setPen(faint);
   painter.drawLine(QPointF(MARGIN, RULER), QPointF(width() - MARGIN, RULER));

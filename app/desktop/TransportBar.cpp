@@ -2,19 +2,18 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QStyle>
 
 CTransportBar::CTransportBar(QWidget* parent) : QWidget(parent) {
   setObjectName("TransportBar");
   auto* const row = new QHBoxLayout(this);
   row->setContentsMargins(6, 2, 6, 2);
   row->setSpacing(4);
-  addButton(QStyle::SP_MediaSkipBackward, "First", "Mark IN (Home)", [this] { onFirst(); });
-  addButton(QStyle::SP_MediaSeekBackward, "Back", "One frame back (Left)", [this] { onStep(-1); });
-  play_ = addButton(QStyle::SP_MediaPlay, "Play", "Play (L, Space); J: backwards; K: stop",
+  addButton(EGlyph::first, "First", "Mark IN (Home)", [this] { onFirst(); });
+  addButton(EGlyph::back, "Back", "One frame back (Left)", [this] { onStep(-1); });
+  play_ = addButton(EGlyph::play, "Play", "Play (L, Space); J: backwards; K: stop",
                     [this] { onPlay(); });
-  addButton(QStyle::SP_MediaSeekForward, "Forward", "One frame on (Right)", [this] { onStep(1); });
-  addButton(QStyle::SP_MediaSkipForward, "Last", "Last frame before mark OUT (End)",
+  addButton(EGlyph::forward, "Forward", "One frame on (Right)", [this] { onStep(1); });
+  addButton(EGlyph::last, "Last", "Last frame before mark OUT (End)",
             [this] { onLast(); });
   const auto addEdit = [&](const char* name, const char* hint, const char* widest) {
     auto* const edit = new QLineEdit(this);
@@ -44,14 +43,11 @@ CTransportBar::CTransportBar(QWidget* parent) : QWidget(parent) {
   row->addWidget(playing_);
 }
 
-QToolButton* CTransportBar::addButton(int icon, const char* name, const char* hint,
-                                      std::function<void()> act) {
-  auto* const button = new QToolButton(this);
+CGlyphButton* CTransportBar::addButton(EGlyph glyph, const char* name, const char* hint,
+                                       std::function<void()> act) {
+  auto* const button = new CGlyphButton(glyph, this);
   button->setObjectName(name);
-  button->setIcon(style()->standardIcon(static_cast<QStyle::StandardPixmap>(icon)));
   button->setToolTip(hint);
-  button->setFocusPolicy(Qt::NoFocus);
-  button->setAutoRaise(true);
   QObject::connect(button, &QToolButton::clicked, this, std::move(act));
   layout()->addWidget(button);
   return button;
@@ -67,6 +63,6 @@ void CTransportBar::setMarks(const QString& text) {
 }
 
 void CTransportBar::setPlaying(bool playing, const QString& text) {
-  play_->setIcon(style()->standardIcon(playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+  play_->setGlyph(playing ? EGlyph::pause : EGlyph::play);
   playing_->setText(text);
 }

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QLineEdit>
-#include <QToolButton>
 #include <QWidget>
 #include <functional>
+
+#include "GlyphButton.h"
 
 class QLabel;
 
@@ -25,9 +26,10 @@ class CTransportBar : public QWidget {
   std::function<void(const QString& text)> onTyped;
 
  private:
-  QToolButton* addButton(int icon, const char* name, const char* hint, std::function<void()> act);
+  CGlyphButton* addButton(EGlyph glyph, const char* name, const char* hint,
+                          std::function<void()> act);
 
-  QToolButton* play_ = nullptr;
+  CGlyphButton* play_ = nullptr;
   QLineEdit* frame_ = nullptr;
   QLineEdit* timecode_ = nullptr;
   QLabel* marks_ = nullptr;

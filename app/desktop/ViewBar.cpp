@@ -31,6 +31,11 @@ CViewBar::CViewBar(QWidget* parent) : QWidget(parent) {
     compareButtons_.push_back(button);
   }
   compareButtons_.front()->setChecked(true);
+  // Which one is on is to be seen on a dark palette, too.
+  setStyleSheet(
+      "QToolButton { padding: 2px 7px; border: 1px solid palette(mid); border-radius: 3px; }"
+      "QToolButton:checked { background: palette(highlight); color: palette(highlighted-text); }"
+      "QToolButton:pressed { background: palette(mid); }");
   row->addSpacing(10);
   exposure_ = addSlider("Exposure", "Exposure", -60, 60, "Exposure of what is seen, in stops");
   gamma_ = addSlider("Gamma", "Gamma", -20, 20, "Gamma of what is seen");

@@ -87,7 +87,9 @@ void CControlPresenter::updateColor() {
 }
 
 void CControlPresenter::updateFocus() {
+  const bool left = std::exchange(wasFocused_, control_.isFocused()) && !control_.isFocused();
   if (control_.isFocused() && !widget_->hasFocus()) widget_->setFocus(Qt::OtherFocusReason);
+  if (left && widget_->hasFocus()) widget_->clearFocus();
 }
 
 bool CControlPresenter::onWheel(QWheelEvent& event) {

@@ -40,6 +40,7 @@ class CControlPresenter : public QObject {
   QPointer<QWidget> widget_;
   bool updating_ = false;
   bool root_ = false;
+  bool wasFocused_ = false;
   double wheel_ = 0.0;  ///< what is left of an incomplete step
 };
 
