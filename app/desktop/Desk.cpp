@@ -1,9 +1,9 @@
 #include "Desk.h"
 
+#include <unistd.h>
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
-#include <unistd.h>
 
 #include "clip/ClipReader.h"
 #include "session/EntrySettings.h"
@@ -85,7 +85,8 @@ bool CDesk::claim(const std::string& path) {
   fs::create_directories(folder, ignored);
   std::string name = path;
   std::replace(name.begin(), name.end(), '/', '%');
-  if (name.size() > 200) name = std::to_string(std::hash<std::string>{}(path)) + name.substr(name.size() - 150);
+  if (name.size() > 200)
+    name = std::to_string(std::hash<std::string>{}(path)) + name.substr(name.size() - 150);
   auto claim = std::make_unique<CFileClaim>(folder + "/" + name);
   if (!claim->isHeld() && theError.getError() == -EAGAIN &&
       !window_.confirm(path + " is open in another Stabilize window. Each saves its points "
@@ -200,13 +201,15 @@ void CDesk::onOverlay() {
 bool CDesk::copyShownFrame(int frame, std::uint16_t* samples) {
   const CFrameCache::Samples shown = cache_->find(frame);
   if (!shown) return false;
-  std::memcpy(samples, shown.get(), static_cast<std::size_t>(cache_->info().format.getBytesPerField()));
+  std::memcpy(samples, shown.get(),
+              static_cast<std::size_t>(cache_->info().format.getBytesPerField()));
   return true;
 }
 
 void CDesk::showResult(int frame, const std::uint16_t* samples) {
-  results_->put(frame, samples,
-                static_cast<std::size_t>(cache_->info().format.getBytesPerField()) / sizeof *samples);
+  results_->put(
+      frame, samples,
+      static_cast<std::size_t>(cache_->info().format.getBytesPerField()) / sizeof *samples);
   framesArrived_ = true;
 }
 
@@ -296,9 +299,11 @@ void CDesk::findPoints(int count) {
   try {
     const CBusyCursor busy;
     const std::unique_ptr<IClipReader> reader = openReader(info().path);
-    const std::vector<SFeature> features = FindPoints(*reader, options, session().trackSettings().region);
+    const std::vector<SFeature> features =
+        FindPoints(*reader, options, session().trackSettings().region);
     if (features.empty())
-      return window_.showMessage("Nothing in the picture can be tracked: no texture above the noise");
+      return window_.showMessage(
+          "Nothing in the picture can be tracked: no texture above the noise");
     std::vector<SPoint2> places;
     for (const SFeature& feature : features) places.push_back({feature.x, feature.y});
     if (points_->replaceAll(places))

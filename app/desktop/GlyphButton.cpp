@@ -64,6 +64,7 @@ void CGlyphButton::paintEvent(QPaintEvent* event) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(QRectF(rect()).center());
-  painter.fillPath(pathOf(glyph_), palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
-                                                   QPalette::ButtonText));
+  painter.fillPath(
+      pathOf(glyph_),
+      palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText));
 }

@@ -123,8 +123,7 @@ void CListDock::stop() {
 }
 
 void CListDock::takeOutput() {
-  const QStringList lines =
-      QString::fromUtf8(process_.readAll()).split('\n', Qt::SkipEmptyParts);
+  const QStringList lines = QString::fromUtf8(process_.readAll()).split('\n', Qt::SkipEmptyParts);
   if (!lines.isEmpty()) state_->setText(lines.back().section('\r', -1).left(160));
   reload();
 }

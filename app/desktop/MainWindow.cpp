@@ -148,9 +148,7 @@ void CMainWindow::connectParts() {
   player_->onChange = [this] { transport_->setPlaying(player_->isPlaying(), player_->text()); };
   list_->onOpenEntry = [this](const SQueuedShot& entry) { desk_->openEntry(entry); };
   list_->onFailure = [this](const QString& text) { showFailure(text.toStdString()); };
-  keys_->toTool = [this](CUserInput& input) {
-    return hasClip() && desk_->shot().input(input);
-  };
+  keys_->toTool = [this](CUserInput& input) { return hasClip() && desk_->shot().input(input); };
   keys_->toolKnows = [this](const CUserInput& input) {
     return hasClip() && desk_->shot().knows(input);
   };

@@ -40,10 +40,10 @@ void CMainWindow::buildFileMenu() {
   recent_ = file->addMenu("Open &Recent");
   fillRecent();
   file->addSeparator();
-  clipActions_.push_back(addAction(file, "O&utput...", QKeySequence("Ctrl+Shift+O"),
-                                   [this] { editOutput(); }));
-  clipActions_.push_back(addAction(file, "Read Frames A&gain", QKeySequence("F5"),
-                                   [this] { desk_->retryFrames(); }));
+  clipActions_.push_back(
+      addAction(file, "O&utput...", QKeySequence("Ctrl+Shift+O"), [this] { editOutput(); }));
+  clipActions_.push_back(
+      addAction(file, "Read Frames A&gain", QKeySequence("F5"), [this] { desk_->retryFrames(); }));
   file->addSeparator();
   addAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
 }
@@ -51,13 +51,13 @@ void CMainWindow::buildFileMenu() {
 void CMainWindow::buildPointsMenu() {
   QMenu* const points = menuBar()->addMenu("&Points");
   undo_ = addAction(points, "&Undo", QKeySequence("Ctrl+Z"), [this] { desk_->points().undo(); });
-  redo_ = addAction(points, "&Redo", QKeySequence("Ctrl+Shift+Z"),
-                    [this] { desk_->points().redo(); });
+  redo_ =
+      addAction(points, "&Redo", QKeySequence("Ctrl+Shift+Z"), [this] { desk_->points().redo(); });
   points->addSeparator();
   quietActions_.push_back(addAction(points, "&Find Points...", {}, [this] {
     bool given = false;
-    const int count = QInputDialog::getInt(this, "Find Points", "How many points", 16, 1, 200, 1,
-                                           &given);
+    const int count =
+        QInputDialog::getInt(this, "Find Points", "How many points", 16, 1, 200, 1, &given);
     if (given) desk_->findPoints(count);
   }));
   quietActions_.push_back(addAction(points, named("&Delete Selected", "Del"), {},
@@ -97,7 +97,8 @@ void CMainWindow::buildViewMenu() {
   QMenu* const appearance = view->addMenu("&Appearance");
   appearances_ = new QActionGroup(this);
   for (const char* name : {"System", "Light", "Dark"}) {
-    QAction* const action = appearance->addAction(name, this, [this, name] { setAppearance(name); });
+    QAction* const action =
+        appearance->addAction(name, this, [this, name] { setAppearance(name); });
     action->setCheckable(true);
     appearances_->addAction(action);
   }
@@ -106,7 +107,8 @@ void CMainWindow::buildViewMenu() {
 void CMainWindow::buildPlayMenu() {
   QMenu* const play = menuBar()->addMenu("P&lay");
   const auto add = [&](const char* text, const char* key, int code) {
-    clipActions_.push_back(addAction(play, named(text, key), {}, [this, code] { onPlainKey(code); }));
+    clipActions_.push_back(
+        addAction(play, named(text, key), {}, [this, code] { onPlainKey(code); }));
   };
   add("Play &Backwards", "J", Qt::Key_J);
   add("&Stop", "K", Qt::Key_K);

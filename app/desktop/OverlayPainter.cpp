@@ -26,8 +26,8 @@ class CRimmedLines {
 
 QPainterPath box(const QPointF& centre, double halfWidth, double halfHeight) {
   QPainterPath path;
-  path.addRect(QRectF(centre - QPointF(halfWidth, halfHeight),
-                      centre + QPointF(halfWidth, halfHeight)));
+  path.addRect(
+      QRectF(centre - QPointF(halfWidth, halfHeight), centre + QPointF(halfWidth, halfHeight)));
   return path;
 }
 
@@ -47,8 +47,8 @@ void paintTrackBox(QPainter& painter, const SOverlay::STrackBox& trackBox,
   const double scale = view.scale();
   const CRimmedLines lines(painter, OverlayColor(trackBox.color));
   lines.path(cross(centre, trackBox.highlight ? 9.0 : 6.0));
-  lines.path(box(centre, (trackBox.halfWidth + CENTRE) * scale,
-                 (trackBox.halfHeight + CENTRE) * scale));
+  lines.path(
+      box(centre, (trackBox.halfWidth + CENTRE) * scale, (trackBox.halfHeight + CENTRE) * scale));
   if (!trackBox.highlight) return;
   const CRimmedLines selected(painter, QColor(255, 255, 255));
   selected.path(box(centre, 3.5, 3.5));
@@ -93,9 +93,8 @@ void PaintOverlay(QPainter& painter, const SOverlay& overlay, const CViewTransfo
   for (const SOverlay::SRectangle& rectangle : overlay.rectangles) {
     // The box is what lies inside: its lines run along the outer edges of its pixels.
     QPainterPath path;
-    path.addRect(QRectF(
-        view.toViewer({double(rectangle.rect.left), double(rectangle.rect.top)}),
-        view.toViewer({rectangle.rect.right + 1.0, rectangle.rect.bottom + 1.0})));
+    path.addRect(QRectF(view.toViewer({double(rectangle.rect.left), double(rectangle.rect.top)}),
+                        view.toViewer({rectangle.rect.right + 1.0, rectangle.rect.bottom + 1.0})));
     CRimmedLines(painter, OverlayColor(rectangle.color)).path(path);
   }
   for (const SOverlay::SArrow& arrow : overlay.arrows) paintArrow(painter, arrow, view);

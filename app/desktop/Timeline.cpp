@@ -48,7 +48,8 @@ void CTimeline::setContent(const STimelineContent& content) {
 void CTimeline::setRange(double first, double end) {
   const double whole = std::max(content_.clip.end - content_.clip.first, 1);
   const double length = std::clamp(end - first, std::min(FEWEST_FRAMES, whole), whole);
-  rangeFirst_ = std::clamp(first, double(content_.clip.first), content_.clip.first + whole - length);
+  rangeFirst_ =
+      std::clamp(first, double(content_.clip.first), content_.clip.first + whole - length);
   rangeEnd_ = rangeFirst_ + length;
   update();
 }

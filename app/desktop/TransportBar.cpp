@@ -13,8 +13,7 @@ CTransportBar::CTransportBar(QWidget* parent) : QWidget(parent) {
   play_ = addButton(EGlyph::play, "Play", "Play (L, Space); J: backwards; K: stop",
                     [this] { onPlay(); });
   addButton(EGlyph::forward, "Forward", "One frame on (Right)", [this] { onStep(1); });
-  addButton(EGlyph::last, "Last", "Last frame before mark OUT (End)",
-            [this] { onLast(); });
+  addButton(EGlyph::last, "Last", "Last frame before mark OUT (End)", [this] { onLast(); });
   const auto addEdit = [&](const char* name, const char* hint, const char* widest) {
     auto* const edit = new QLineEdit(this);
     edit->setObjectName(name);
@@ -30,8 +29,8 @@ CTransportBar::CTransportBar(QWidget* parent) : QWidget(parent) {
     return edit;
   };
   row->addSpacing(6);
-  timecode_ = addEdit("Timecode", "The displayed frame's timecode; type one to go there",
-                      "00:00:00:00");
+  timecode_ =
+      addEdit("Timecode", "The displayed frame's timecode; type one to go there", "00:00:00:00");
   frame_ = addEdit("Frame", "The displayed frame; type a number to go there", "00000000");
   marks_ = new QLabel(this);
   marks_->setObjectName("Marks");

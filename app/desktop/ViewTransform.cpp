@@ -25,10 +25,9 @@ void CViewTransform::fit() {
 
 void CViewTransform::applyFit() {
   if (picture_.isEmpty() || viewer_.isEmpty()) return;
-  zoom_ = std::clamp(std::min(viewer_.width() / picture_.width(),
-                              viewer_.height() / picture_.height()) *
-                         ratio_,
-                     SMALLEST, LARGEST);
+  zoom_ = std::clamp(
+      std::min(viewer_.width() / picture_.width(), viewer_.height() / picture_.height()) * ratio_,
+      SMALLEST, LARGEST);
   centreOn({picture_.width() / 2.0, picture_.height() / 2.0});
 }
 

@@ -17,7 +17,8 @@ int run(QApplication& application) {
   }
   if (arguments.size() > 2 || (arguments.size() == 2 && arguments[1].startsWith('-'))) {
     const bool help = arguments.value(1) == "--help" || arguments.value(1) == "-h";
-    std::fprintf(help ? stdout : stderr, "Usage: stabilize-desktop [CLIP]\n\n"
+    std::fprintf(help ? stdout : stderr,
+                 "Usage: stabilize-desktop [CLIP]\n\n"
                  "CLIP: a video, a folder of frames, any frame of a sequence, or a pattern\n"
                  "(name.####.dpx). Without one, the window asks for it.\n");
     return help ? 0 : 2;

@@ -54,9 +54,10 @@ class CGroupFrame : public QGroupBox {
     const QString text = title();
     const double width = QFontMetricsF(bold).horizontalAdvance(text);
     if (width <= 0.0) return;
-    painter.fillRect(QRectF(INDENT - 3.0, 0.0, width + 6.0, TITLE), palette().color(QPalette::Window));
-    painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
-                                   QPalette::WindowText));
+    painter.fillRect(QRectF(INDENT - 3.0, 0.0, width + 6.0, TITLE),
+                     palette().color(QPalette::Window));
+    painter.setPen(
+        palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
     painter.drawText(QRectF(INDENT, 0.0, width + 1.0, TITLE), Qt::AlignVCenter, text);
   }
 };

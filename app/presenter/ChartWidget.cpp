@@ -207,7 +207,8 @@ void CChartWidget::paintLeftTicks(QPainter& painter) const {
   QColor grid = palette().color(QPalette::Text);
   grid.setAlpha(40);
   const double step = tickStep(seen_.height(), area.height(), 16.0);
-  for (double y = std::ceil(seen_.top() / step) * step; y <= seen_.bottom() + step / 1e6; y += step) {
+  for (double y = std::ceil(seen_.top() / step) * step; y <= seen_.bottom() + step / 1e6;
+       y += step) {
     const double row = toWidget(0.0, y).y();
     painter.setPen(grid);
     painter.drawLine(QPointF(area.left(), row), QPointF(area.right(), row));
@@ -223,8 +224,8 @@ void CChartWidget::paintBottomTicks(QPainter& painter) const {
   const QRectF area = plot();
   QColor grid = palette().color(QPalette::Text);
   grid.setAlpha(40);
-  const double least = seen_.width() < 3.0 * chart_.bottomIncrement() ? 1.0
-                                                                      : chart_.bottomIncrement();
+  const double least =
+      seen_.width() < 3.0 * chart_.bottomIncrement() ? 1.0 : chart_.bottomIncrement();
   const double step = std::max(tickStep(seen_.width(), area.width(), 56.0), least);
   for (double x = std::ceil(seen_.left() / step) * step; x <= seen_.right(); x += step) {
     const double column = toWidget(x, 0.0).x();
@@ -234,8 +235,8 @@ void CChartWidget::paintBottomTicks(QPainter& painter) const {
     const QString text = QString::number(x, 'f', 0);
     const double half = painter.fontMetrics().horizontalAdvance(text) / 2.0 + 1.0;
     const double middle = std::min(column, width() - half);
-    painter.drawText(QRectF(middle - half, area.bottom() + 1.0, 2.0 * half, 13.0),
-                     Qt::AlignCenter, text);
+    painter.drawText(QRectF(middle - half, area.bottom() + 1.0, 2.0 * half, 13.0), Qt::AlignCenter,
+                     text);
   }
 }
 
@@ -282,8 +283,8 @@ void CChartWidget::paintMarkers(QPainter& painter, const TLineChart::SSeries& se
       painter.drawEllipse(at, RADIUS, RADIUS);
     } else {
       const double r = RADIUS * 1.3;
-      painter.drawConvexPolygon(QPolygonF({at + QPointF(0, -r), at + QPointF(r, 0),
-                                           at + QPointF(0, r), at + QPointF(-r, 0)}));
+      painter.drawConvexPolygon(QPolygonF(
+          {at + QPointF(0, -r), at + QPointF(r, 0), at + QPointF(0, r), at + QPointF(-r, 0)}));
     }
   }
   painter.setBrush(Qt::NoBrush);

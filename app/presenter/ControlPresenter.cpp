@@ -82,7 +82,8 @@ void CControlPresenter::updateColor() {
     palette.setColor(QPalette::Base, palette.color(QPalette::Window));
   }
   const bool own = fixed.isValid() || color == EColor::buttonFace;
-  if (own || widget_->testAttribute(Qt::WA_SetPalette)) widget_->setPalette(own ? palette : QPalette());
+  if (own || widget_->testAttribute(Qt::WA_SetPalette))
+    widget_->setPalette(own ? palette : QPalette());
   widget_->setAutoFillBackground(fixed.isValid());
 }
 
@@ -111,7 +112,8 @@ bool CControlPresenter::eventFilter(QObject* object, QEvent* event) {
       return false;
     case QEvent::FocusOut: {
       const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-      const bool elsewhere = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+      const bool elsewhere =
+          reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
       if (control_.isFocused() && !elsewhere) DropFocus();
       return false;
     }

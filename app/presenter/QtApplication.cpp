@@ -17,7 +17,8 @@ QStringList nameFilters(const std::string& filter) {
   const QStringList parts = QString::fromStdString(filter).split('|', Qt::SkipEmptyParts);
   QStringList filters;
   for (qsizetype i = 0; i + 1 < parts.size(); i += 2)
-    filters << QString("%1 (%2)").arg(parts[i], QString(parts[i + 1]).replace(';', ' ').replace("*.*", "*"));
+    filters << QString("%1 (%2)").arg(parts[i],
+                                      QString(parts[i + 1]).replace(';', ' ').replace("*.*", "*"));
   return filters;
 }
 
@@ -61,7 +62,8 @@ CQtApplication::~CQtApplication() {
 void CQtApplication::tick() {
   if (ticking_ && modalDepth_ == 0) return;
   const std::int64_t now = clock_.elapsed();
-  const int passed = static_cast<int>(std::min<std::int64_t>(now - std::exchange(told_, now), 1000));
+  const int passed =
+      static_cast<int>(std::min<std::int64_t>(now - std::exchange(told_, now), 1000));
   const bool outer = std::exchange(ticking_, true);
   advanceClock(passed);
   deliverMessages();

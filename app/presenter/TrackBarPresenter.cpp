@@ -60,9 +60,9 @@ class CTrackSlider : public QSlider {
   void paintHandle(QPainter& painter, const QRectF& handle) const {
     const QRectF knob(handle.center().x() - 4.0, handle.center().y() - 7.0, 9.0, 15.0);
     const bool focused = hasFocus();
-    painter.setPen(QPen(focused ? palette().color(QPalette::Highlight)
-                                : faded(QPalette::WindowText, 170),
-                        focused ? 2.0 : 1.0));
+    painter.setPen(
+        QPen(focused ? palette().color(QPalette::Highlight) : faded(QPalette::WindowText, 170),
+             focused ? 2.0 : 1.0));
     painter.setBrush(palette().color(QPalette::Button).lighter(isSliderDown() ? 125 : 108));
     painter.drawRoundedRect(knob, 2.5, 2.5);
   }

@@ -36,7 +36,8 @@ void Desktop::makeShot(const std::string& name, int frames) {
 void Desktop::open(const std::string& path) {
   window_->open(QString::fromStdString(path));
   ASSERT_TRUE(desk().isOpen());
-  ASSERT_TRUE(operator_.waitFor([this] { return desk().frameBefore(desk().displayedFrame()) != nullptr; }));
+  ASSERT_TRUE(
+      operator_.waitFor([this] { return desk().frameBefore(desk().displayedFrame()) != nullptr; }));
   operator_.settle();
 }
 
@@ -50,9 +51,8 @@ void Desktop::place(std::initializer_list<QPointF> places) {
 
 void Desktop::track() {
   operator_.click(button("TrackButton"));
-  ASSERT_TRUE(operator_.waitFor([this] {
-    return isIdle() && desk().session().editor()->smoothedMotion() != nullptr;
-  }));
+  ASSERT_TRUE(operator_.waitFor(
+      [this] { return isIdle() && desk().session().editor()->smoothedMotion() != nullptr; }));
   operator_.settle();
 }
 

@@ -1,10 +1,10 @@
 #include "XServer.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdlib>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 CXServer::CXServer() {
   int ends[2];

@@ -46,7 +46,8 @@ TEST_F(Desktop, AShotIsStabilisedAsTheCommandLineDoesIt) {
   keepPicture("split");
 
   operator_.click(button("RenderAllButton"));
-  ASSERT_TRUE(operator_.waitFor([this] { return isIdle() && fs::exists(at("shot/steady/scan.1012.dpx")); }));
+  ASSERT_TRUE(operator_.waitFor(
+      [this] { return isIdle() && fs::exists(at("shot/steady/scan.1012.dpx")); }));
   operator_.settle();
   keepPicture("rendered");
   window_.reset();
@@ -57,7 +58,8 @@ TEST_F(Desktop, AShotIsStabilisedAsTheCommandLineDoesIt) {
   ASSERT_EQ(std::system(line.c_str()), 0) << line;
   int compared = 0;
   for (const fs::directory_entry& file : fs::directory_iterator(at("line"))) {
-    EXPECT_TRUE(bytesOf(file) == bytesOf(fs::path(at("shot/steady")) / file.path().filename())) << file;
+    EXPECT_TRUE(bytesOf(file) == bytesOf(fs::path(at("shot/steady")) / file.path().filename()))
+        << file;
     ++compared;
   }
   EXPECT_EQ(compared, 12);
@@ -130,8 +132,8 @@ TEST_F(Desktop, KeysStepPlayAndMark) {
   const struct {
     const char* key;
     int frame;
-  } steps[] = {{"Right", 1002}, {"Shift+Right", 1012}, {"Left", 1011},   {"o", 1011},
-               {"Home", 1001},  {"Right", 1002},       {"i", 1002},      {"End", 1011},
+  } steps[] = {{"Right", 1002}, {"Shift+Right", 1012}, {"Left", 1011}, {"o", 1011},
+               {"Home", 1001},  {"Right", 1002},       {"i", 1002},    {"End", 1011},
                {"Home", 1002},  {"Shift+Left", 1001},  {"Left", 1001}};
   for (const auto& step : steps) {
     operator_.type(step.key);

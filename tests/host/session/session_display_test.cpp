@@ -1,0 +1,223 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <set>
+#include <thread>
+
+#include "session/OperatedShot.h"
+#include "support/ErrorReport.h"
+#include "toolkit/HeadlessApplication.h"
+
+namespace {
+
+/// Remembers what it was told; its render goes into a writer in memory.
+class CTestDisplay : public IShotDisplay {
+ public:
+  void onDisplayedFrame() override { ++frames; }
+  void onMarks() override { ++marks; }
+  void onOverlay() override { ++overlays; }
+  bool copyShownFrame(int, std::uint16_t*) override { return false; }
+  void showResult(int frame, const std::uint16_t*) override {
+    const std::lock_guard lock(mutex);
+    results.insert(frame);
+  }
+  bool prepareRender() override { return onRender && onRender(); }
+  void captureToList(bool all) override { captured += all ? 'a' : 'c'; }
+  void toggleResult() override { ++toggles; }
+  void showControlPanel(const std::string&, TControl& shown) override { panel = &shown; }
+  void removeControlPanel() override { panel = nullptr; }
+  void setHelpPages(const std::string& operation, const std::string&) override { help = operation; }
+  void showPointer(const SCursorImage* image) override { pointer = image; }
+
+  std::set<int> shown() {
+    const std::lock_guard lock(mutex);
+    return results;
+  }
+
+  std::function<bool()> onRender;
+  int frames = 0, marks = 0, overlays = 0, toggles = 0;
+  std::string captured, help;
+  TControl* panel = nullptr;
+  const SCursorImage* pointer = nullptr;
+  std::mutex mutex;
+  std::set<int> results;  // guarded by mutex
+};
+
+class CMemoryWriter : public IClipWriter {
+ public:
+  CMemoryWriter(std::set<int>& written, bool& finished, int failing)
+      : written_(written), finished_(finished), failing_(failing) {}
+  void writeFrame(int frame, const std::uint16_t*) override {
+    if (frame == failing_) throw CClipError("frame " + std::to_string(frame) + ": disk full");
+    written_.insert(frame);
+  }
+  void finish() override { finished_ = true; }
+
+ private:
+  std::set<int>& written_;
+  bool& finished_;
+  const int failing_;
+};
+
+/// A generated shot that lies, for all who ask, in a folder.
+class CShotInFolder : public IClipReader {
+ public:
+  CShotInFolder(const std::filesystem::path& path, const char* shot) : reader_(OpenClip(shot, 1)) {
+    info_ = reader_->info();
+    info_.path = path.string();
+  }
+  const SClipInfo& info() const override { return info_; }
+  void readFrame(int frame, std::uint16_t* samples) override { reader_->readFrame(frame, samples); }
+
+ private:
+  std::unique_ptr<IClipReader> reader_;
+  SClipInfo info_;
+};
+
+/// A folder of the test's own, gone with the object.
+class COwnFolder {
+ public:
+  COwnFolder() {
+    std::string name = testing::TempDir() + "stab_operated_XXXXXX";
+    path = mkdtemp(name.data());
+  }
+  ~COwnFolder() { std::filesystem::remove_all(path); }
+  std::filesystem::path path;
+};
+
+std::unique_ptr<IClipReader> firstShot(const COwnFolder& folder) {
+  return std::make_unique<CShotInFolder>(
+      folder.path / "first.mov",
+      "test:width=320,height=240,frames=10,firstFrame=100,subject=0,dust=0");
+}
+
+class OperatedShot : public ::testing::Test {
+ protected:
+  OperatedShot() : shot(firstShot(folder), 2, application, display) {}
+
+  void pumpUntil(const std::function<bool()>& done) {
+    while (!done()) {
+      shot.pump();
+      application.advanceClock(2);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+  bool isIdle() {
+    shot.pump();
+    return !shot.session().isBusy();
+  }
+  void track() {
+    CTrackingArray& array = *shot.session().editor()->trackingArray();
+    for (const auto& [x, y] : {std::pair(80, 60), std::pair(230, 90), std::pair(150, 180)})
+      array.PointsAt(100).Point(array.FindPoints(100).Count()) = CTrackPoint(x, y);
+    shot.session().editor()->pointsChangedHook.notify();
+    shot.command(16);
+    pumpUntil([this] { return shot.session().editor()->smoothedMotion() != nullptr; });
+    pumpUntil([this] { return isIdle(); });
+  }
+  void press(int key, int modifiers) {
+    CUserInput input;
+    input.action = CUserInput::ACTION_KEY_DOWN;
+    input.key = key;
+    input.modifiers = modifiers;
+    shot.input(input);
+  }
+  void render() { press('G', CUserInput::MODIFIER_SHIFT); }
+
+  COwnFolder folder;
+  THeadlessApplication application;
+  CTestDisplay display;
+  std::set<int> written;
+  bool finished = false;
+  COperatedShot shot;
+};
+
+TEST_F(OperatedShot, TheWholeClipIsMarkedAndTheToolIsShown) {
+  EXPECT_EQ(shot.session().getMarkIn(), 100);
+  EXPECT_EQ(shot.session().getMarkOut(), 110);
+  ASSERT_NE(display.panel, nullptr);
+  EXPECT_EQ(display.help, "StabilizeOperation.htm");
+  EXPECT_FALSE(shot.session().isFirstShow());
+  press('T', 0);
+  EXPECT_EQ(display.toggles, 1);
+}
+
+TEST_F(OperatedShot, TheOverlayShowsTheSelectedPointAndLeavesNoTraceOfIt) {
+  track();
+  shot.session().editor()->selectedPoint = 1;
+  const SOverlay overlay = shot.session().overlay();
+  ASSERT_EQ(overlay.trackBoxes.size(), 3u);
+  EXPECT_GT(overlay.trackBoxes[1].searchHalfWidth, 0);
+  EXPECT_EQ(overlay.trackBoxes[0].searchHalfWidth, 0);
+  EXPECT_EQ(overlay.trackBoxes[0].color, 2);
+  for (const auto& [index, point] :
+       shot.session().editor()->trackingArray()->PointsAt(100).Entries())
+    EXPECT_FALSE(point.highlight) << index;
+}
+
+TEST_F(OperatedShot, APreviewIsShownAndWritesNothing) {
+  track();
+  press('D', CUserInput::MODIFIER_SHIFT);
+  pumpUntil([this] { return isIdle() && display.shown().size() == 10; });
+  EXPECT_TRUE(written.empty());
+  EXPECT_EQ(shot.takeWritten(), -1);
+  EXPECT_TRUE(shot.takeFailures().empty());
+}
+
+TEST_F(OperatedShot, ARenderEndsWithAWriterThatIsFinishedOrGivenUp) {
+  track();
+  const struct {
+    const char* what;
+    int failing;
+    bool finished;
+  } cases[] = {{"a frame that cannot be written", 105, false}, {"all well", -1, true}};
+  for (const auto& c : cases) {
+    written.clear();
+    finished = false;
+    display.onRender = [&] {
+      shot.setWriter(std::make_unique<CMemoryWriter>(written, finished, c.failing));
+      return true;
+    };
+    render();
+    pumpUntil([this] { return isIdle() && !shot.hasWriter(); });
+    const std::vector<std::string> failures = shot.takeFailures();
+    EXPECT_EQ(finished, c.finished) << c.what;
+    const std::string said = failures.empty() ? "" : failures[0];
+    EXPECT_EQ(said.find("105") != std::string::npos, !c.finished) << said;
+    EXPECT_EQ(shot.takeWritten(), static_cast<int>(written.size())) << c.what;
+  }
+  EXPECT_EQ(written.size(), 10u);
+  display.onRender = [] { return false; };
+  written.clear();
+  render();
+  EXPECT_TRUE(isIdle()) << "refused";
+  EXPECT_TRUE(written.empty());
+}
+
+TEST_F(OperatedShot, AnotherClipTakesNoPointsAlong) {
+  track();
+  shot.changeClip(std::make_unique<CShotInFolder>(
+      folder.path / "second.mov",
+      "test:width=256,height=192,frames=6,subject=0,dust=0,firstFrame=7"));
+  EXPECT_EQ(shot.session().editor()->trackingArray()->NumberOfPoints(), 0);
+  EXPECT_EQ(shot.session().getMarkIn(), 7);
+  EXPECT_EQ(shot.session().getMarkOut(), 13);
+  EXPECT_EQ(shot.session().getDisplayedFrame(), 7);
+  EXPECT_TRUE(application.questions.empty()) << "it is another picture";
+}
+
+TEST_F(OperatedShot, NothingHappensWhileADialogOfTheToolIsOpen) {
+  track();
+  shot.hold();
+  render();
+  shot.command(16);
+  shot.pump();
+  EXPECT_FALSE(shot.session().isBusy());
+  shot.release();
+}
+
+}  // namespace
