@@ -190,6 +190,31 @@ TEST_F(Desktop, TheColourPickerFindsTheBorder) {
   EXPECT_EQ(points().NumberOfPoints(), before) << "the click is the tool's";
 }
 
+TEST_F(Desktop, AShotIsCapturedToTheListAndTheListIsRun) {
+  open();
+  place(PLACES);
+  track();
+  operator_.type("comma");
+  EXPECT_EQ(desk().list().read().shots().size(), 1u);
+  find("ProcessList").show();
+  operator_.settle();
+  operator_.click(button("RunList"));
+  const auto state = [this] { return desk().list().read().shots().front().state; };
+  ASSERT_TRUE(operator_.waitFor([&] { return state() == EShotState::done; }));
+  EXPECT_TRUE(fs::exists(at("shot/steady/scan.1012.dpx")));
+  keepPicture("process_list");
+  ASSERT_TRUE(operator_.waitFor([this] { return button("RunList").isEnabled(); }));
+  operator_.click(viewer(), {5, 5});
+  operator_.type("Shift+a");
+  EXPECT_EQ(points().NumberOfPoints(), 0);
+  auto& entries = find<QTreeWidget>("Entries");
+  const QPointF first = entries.visualItemRect(entries.topLevelItem(0)).center();
+  operator_.click(*entries.viewport(), first);
+  operator_.click(*entries.viewport(), first);
+  ASSERT_TRUE(operator_.waitFor([this] { return points().NumberOfPoints() == 4; }))
+      << "a double click opens the entry again";
+}
+
 TEST_F(Desktop, MarksAreDraggedInTheTimeline) {
   open();
   auto& timeline = static_cast<CTimeline&>(find("Timeline"));
