@@ -109,7 +109,8 @@ bool CDesk::open(const std::string& given) {
         std::move(viewing), CFrameCache::SSettings{viewingBytes(), std::max(1, threads_ - 1)},
         [this](int) { framesArrived_ = true; });
     // What is kept is written by a running pass; there is none now.
-    results_ = std::make_unique<CResultFrames>(viewingBytes());
+    results_ = std::make_unique<CResultFrames>(
+        viewingBytes(), static_cast<std::size_t>(clip.format.getBytesPerField()));
     if (shot_) {
       shot_->changeClip(std::move(reader));
     } else {

@@ -1,55 +1,49 @@
 #include "frames/ResultFrames.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
-// A buffer that makes room is used again where nobody else holds it: fresh memory of this size
-// costs more than the copy.
-CResultFrames::Buffer CResultFrames::takeBuffer(int frame, std::size_t count) {
-  Buffer spare;
-  const auto forget = [&](std::map<int, Buffer>::iterator kept) {
-    used_ -= kept->second->size() * sizeof(std::uint16_t);
-    spare = std::move(kept->second);
+CResultFrames::CResultFrames(std::size_t bytes, std::size_t bytesPerFrame)
+    : bytesPerFrame_(bytesPerFrame),
+      capacity_(std::max<std::size_t>(1, bytes / bytesPerFrame)),
+      pool_(std::make_shared<CBufferPool>(bytesPerFrame, 0)) {}
+
+// What goes is let go of by the caller, without the lock: its memory returns to the pool.
+std::vector<CResultFrames::Samples> CResultFrames::makeRoom(int frame) {
+  std::vector<Samples> gone;
+  const std::lock_guard lock(mutex_);
+  const auto forget = [&](std::map<int, Samples>::iterator kept) {
+    gone.push_back(std::move(kept->second));
     kept_.erase(kept);
   };
   if (const auto old = kept_.find(frame); old != kept_.end()) forget(old);
-  while (!kept_.empty() && used_ + count * sizeof(std::uint16_t) > bytes_) {
+  while (kept_.size() >= capacity_) {
     const auto last = std::prev(kept_.end());
     forget(frame - kept_.begin()->first > last->first - frame ? kept_.begin() : last);
   }
-  if (spare && spare.use_count() == 1 && spare->size() == count) return spare;
-  return nullptr;
+  return gone;
 }
 
-void CResultFrames::put(int frame, const std::uint16_t* samples, std::size_t count) {
-  Buffer buffer;
-  {
-    const std::lock_guard lock(mutex_);
-    buffer = takeBuffer(frame, count);
-  }
-  if (!buffer) buffer = std::make_shared<std::vector<std::uint16_t>>(count);
-  std::copy_n(samples, count, buffer->begin());
+void CResultFrames::put(int frame, const std::uint16_t* samples) {
+  makeRoom(frame);
+  auto* const memory = static_cast<std::uint16_t*>(pool_->allocateBuffer());
+  if (!memory) return;
+  std::memcpy(memory, samples, bytesPerFrame_);
+  Samples kept(memory, [pool = pool_](std::uint16_t* buffer) { pool->freeBuffer(buffer); });
   const std::lock_guard lock(mutex_);
-  used_ += count * sizeof(std::uint16_t);
-  kept_[frame] = std::move(buffer);
+  kept_[frame] = std::move(kept);
 }
 
 CResultFrames::Samples CResultFrames::find(int frame) const {
   const std::lock_guard lock(mutex_);
   const auto found = kept_.find(frame);
-  if (found == kept_.end()) return nullptr;
-  return {found->second, found->second->data()};
+  return found == kept_.end() ? nullptr : found->second;
 }
 
 std::vector<int> CResultFrames::frames() const {
   const std::lock_guard lock(mutex_);
   std::vector<int> result;
-  for (const auto& [frame, buffer] : kept_) result.push_back(frame);
+  for (const auto& [frame, samples] : kept_) result.push_back(frame);
   return result;
-}
-
-void CResultFrames::clear() {
-  const std::lock_guard lock(mutex_);
-  kept_.clear();
-  used_ = 0;
 }

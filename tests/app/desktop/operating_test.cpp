@@ -126,6 +126,20 @@ TEST_F(Desktop, PointsAreDraggedDeletedAndBroughtBack) {
   EXPECT_EQ(points().NumberOfPoints(), 1) << "points are placed on the IN frame";
 }
 
+TEST_F(Desktop, PointsThatAreFoundAreOneStepAndCanBeTracked) {
+  open();
+  place({{300, 240}});
+  desk().findPoints(12);
+  EXPECT_GE(points().NumberOfPoints(), 8);
+  track();
+  EXPECT_EQ(points().TrackState(), TRACK_STATE_Tracked);
+  operator_.type("Ctrl+z");
+  EXPECT_EQ(points().NumberOfPoints(), 1);
+  operator_.type("Right");
+  desk().findPoints(12);
+  EXPECT_EQ(points().NumberOfPoints(), 1) << "on the IN frame only";
+}
+
 TEST_F(Desktop, KeysStepPlayAndMark) {
   open();
   const auto frame = [this] { return desk().displayedFrame(); };

@@ -7,29 +7,31 @@
 #include <mutex>
 #include <vector>
 
+#include "support/Memory.h"
+
 /// Finished frames of a pass, kept for whoever wants to look at them again. Bounded: what is
 /// farthest from the newest goes first. THREAD: any.
 class CResultFrames {
  public:
+  /// `bytesPerFrame` of samples; outlives everything where someone holds it.
   using Samples = std::shared_ptr<const std::uint16_t>;
 
   /// `bytes`: bound on what is kept; the newest frame is kept whatever it says.
-  explicit CResultFrames(std::size_t bytes) : bytes_(bytes) {}
+  CResultFrames(std::size_t bytes, std::size_t bytesPerFrame);
 
-  /// Copies `count` samples.
-  void put(int frame, const std::uint16_t* samples, std::size_t count);
-  /// Null: not kept. What was given out outlives everything.
+  /// Copies the frame's samples. Without memory for them the frame is not kept.
+  void put(int frame, const std::uint16_t* samples);
+  /// Null: not kept.
   Samples find(int frame) const;
   /// In order.
   std::vector<int> frames() const;
-  void clear();
 
  private:
-  using Buffer = std::shared_ptr<std::vector<std::uint16_t>>;
-  Buffer takeBuffer(int frame, std::size_t count);
+  std::vector<Samples> makeRoom(int frame);
 
-  const std::size_t bytes_;
+  const std::size_t bytesPerFrame_;
+  const std::size_t capacity_;               // in frames
+  const std::shared_ptr<CBufferPool> pool_;  // shared with the frames given out
   mutable std::mutex mutex_;
-  std::map<int, Buffer> kept_;  // guarded by mutex_
-  std::size_t used_ = 0;        // guarded by mutex_
+  std::map<int, Samples> kept_;  // guarded by mutex_
 };
