@@ -12,7 +12,7 @@ if(STAB_WERROR)
 endif()
 if(STAB_SANITIZE)
   target_compile_options(stab_options INTERFACE -fsanitize=${STAB_SANITIZE}
-                                                -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+                                                -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   target_link_options(stab_options INTERFACE -fsanitize=${STAB_SANITIZE})
 endif()
 if(STAB_FUZZ)

@@ -208,9 +208,7 @@ bool CDesk::copyShownFrame(int frame, std::uint16_t* samples) {
 }
 
 void CDesk::showResult(int frame, const std::uint16_t* samples) {
-  results_->put(
-      frame, samples,
-      static_cast<std::size_t>(cache_->info().format.getBytesPerField()) / sizeof *samples);
+  results_->put(frame, samples);
   framesArrived_ = true;
 }
 
