@@ -111,7 +111,9 @@ void CMainWindow::showPanel(const std::string& title, TControl& panel) {
   QWidget* const widget = panel_->widget();
   widget->setAccessibleName(QString::fromStdString(title));
   panelArea_->setWidget(widget);
-  panelArea_->setFixedWidth(panel.bounds().width + 2);
+  // With room for the scroll bar that a low window needs: it must not hide a part of the panel.
+  panelArea_->setFixedWidth(panel.bounds().width +
+                            panelArea_->verticalScrollBar()->sizeHint().width());
 }
 
 void CMainWindow::removePanel() {

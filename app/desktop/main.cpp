@@ -3,36 +3,41 @@
 #include <QStyleFactory>
 #include <csignal>
 #include <cstdio>
+#include <string>
 
 #include "MainWindow.h"
 #include "session/PluginLibrary.h"
 
 namespace {
 
-int run(QApplication& application) {
-  const QStringList arguments = application.arguments();
-  if (arguments.contains("--version")) {
+/// What needs no window: the exit status, or -1 to go on.
+int answerWithoutWindow(int argc, char** argv) {
+  const std::string first = argc > 1 ? argv[1] : "";
+  if (first == "--version") {
     std::printf("stabilize-desktop %s\n", STAB_VERSION);
     return 0;
   }
-  if (arguments.size() > 2 || (arguments.size() == 2 && arguments[1].startsWith('-'))) {
-    const bool help = arguments.value(1) == "--help" || arguments.value(1) == "-h";
-    std::fprintf(help ? stdout : stderr,
-                 "Usage: stabilize-desktop [CLIP]\n\n"
-                 "CLIP: a video, a folder of frames, any frame of a sequence, or a pattern\n"
-                 "(name.####.dpx). Without one, the window asks for it.\n");
-    return help ? 0 : 2;
-  }
+  const bool help = first == "--help" || first == "-h";
+  if (!help && argc <= 2 && !first.starts_with('-')) return -1;
+  std::fprintf(help ? stdout : stderr,
+               "Usage: stabilize-desktop [CLIP]\n\n"
+               "CLIP: a video, a folder of frames, any frame of a sequence, or a pattern\n"
+               "(name.####.dpx). Without one, the window asks for it.\n");
+  return help ? 0 : 2;
+}
+
+int run(const char* clip) {
   CQtApplication toolkit;
   CMainWindow window(toolkit);
   window.show();
-  if (arguments.size() == 2) window.open(arguments[1]);
+  if (clip) window.open(QString::fromLocal8Bit(clip));
   return QApplication::exec();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (const int status = answerWithoutWindow(argc, argv); status >= 0) return status;
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a full quota is an error of the write that meets it
   QApplication::setApplicationName("stabilize-desktop");
@@ -45,7 +50,7 @@ int main(int argc, char** argv) {
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   QApplication::setWindowIcon(QIcon(":/icons/stabilize-desktop.png"));
   try {
-    return run(application);
+    return run(argc > 1 ? argv[1] : nullptr);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "stabilize-desktop: %s\n", error.what());
     return 1;
