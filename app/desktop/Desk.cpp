@@ -177,10 +177,9 @@ void CDesk::tick() {
 }
 
 void CDesk::tellOutcome() {
-  const int written = shot_->takeWritten();
-  if (written < 0) return;
-  const int wanted = session().getMarkOut() - session().getMarkIn();
-  window_.showMessage(std::to_string(written) + " of " + std::to_string(wanted) +
+  const std::optional<COperatedShot::SRender> render = shot_->takeRender();
+  if (!render) return;
+  window_.showMessage(std::to_string(render->written) + " of " + std::to_string(render->wanted) +
                       " frames written to " + output_);
 }
 

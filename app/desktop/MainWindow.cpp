@@ -138,8 +138,8 @@ void CMainWindow::connectParts() {
     player_->stop();
     if (!desk_->isBusy()) desk_->goToFrame(frame);
   };
-  timeline_->onMarkIn = [this](int frame) { desk_->session().setMarkIn(frame); };
-  timeline_->onMarkOut = [this](int frame) { desk_->session().setMarkOut(frame); };
+  timeline_->onMarkIn = [this](int frame) { moveMark(true, frame); };
+  timeline_->onMarkOut = [this](int frame) { moveMark(false, frame); };
   transport_->onFirst = [this] { onPlainKey(Qt::Key_Home); };
   transport_->onLast = [this] { onPlainKey(Qt::Key_End); };
   transport_->onStep = [this](int frames) { step(frames); };
@@ -200,15 +200,19 @@ void CMainWindow::setMark(bool in, bool set) {
   if (!hasClip()) return;
   CShotSession& session = desk_->session();
   const int frame = desk_->displayedFrame();
-  if (desk_->isBusy()) return showMessage("The marks stay while the shot is being worked on");
   if (in && set && session.getMarkOut() >= 0 && frame >= session.getMarkOut())
     return showMessage("Mark IN must lie before mark OUT");
   if (!in && set && frame < session.getMarkIn())
     return showMessage("Mark OUT must lie behind mark IN");
+  moveMark(in, !set ? -1 : in ? frame : frame + 1);
+}
+
+void CMainWindow::moveMark(bool in, int frame) {
+  if (desk_->isBusy()) return showMessage("The marks stay while the shot is being worked on");
   if (in)
-    session.setMarkIn(set ? frame : -1);
+    desk_->session().setMarkIn(frame);
   else
-    session.setMarkOut(set ? frame + 1 : -1);
+    desk_->session().setMarkOut(frame);
 }
 
 void CMainWindow::showPointer(double x, double y) {

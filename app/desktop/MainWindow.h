@@ -47,6 +47,8 @@ class CMainWindow : public QMainWindow, private IDeskWindow {
   void step(int frames);
   void goToEnd();
   void setMark(bool in, bool set);
+  /// A mark while nothing runs; below 0: unset.
+  void moveMark(bool in, int frame);
   void refreshTimeline();
   QString timecodeText(int frame);
   void showPointer(double x, double y);

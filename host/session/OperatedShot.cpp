@@ -141,16 +141,17 @@ void COperatedShot::pump() {
 void COperatedShot::setWriter(std::unique_ptr<IClipWriter> writer) {
   session_.setWriter(writer.get());
   writer_ = std::move(writer);
+  wanted_ = session_.getMarkOut() - session_.getMarkIn();
 }
 
 // A video that lacks frames is given up; of a sequence, what is written stays.
 void COperatedShot::finishRender() {
   if (!writer_) return;
-  written_ = session_.finishWriting();
+  ended_ = SRender{session_.finishWriting(), wanted_};
   session_.setWriter(nullptr);
   if (!session_.frameFailure().empty()) noteFailure(session_.frameFailure());
   try {
-    if (written_ == session_.getMarkOut() - session_.getMarkIn()) writer_->finish();
+    if (ended_->written == wanted_) writer_->finish();
   } catch (const CClipError& error) {
     noteFailure(error.what());
   }
@@ -170,8 +171,8 @@ std::vector<std::string> COperatedShot::takeFailures() {
   return texts;
 }
 
-int COperatedShot::takeWritten() {
-  return std::exchange(written_, -1);
+std::optional<COperatedShot::SRender> COperatedShot::takeRender() {
+  return std::exchange(ended_, std::nullopt);
 }
 
 CPDLEntry COperatedShot::capture() {

@@ -164,7 +164,7 @@ TEST_F(OperatedShot, APreviewIsShownAndWritesNothing) {
   press('D', CUserInput::MODIFIER_SHIFT);
   pumpUntil([this] { return isIdle() && display.shown().size() == 10; });
   EXPECT_TRUE(written.empty());
-  EXPECT_EQ(shot.takeWritten(), -1);
+  EXPECT_FALSE(shot.takeRender());
   EXPECT_TRUE(shot.takeFailures().empty());
 }
 
@@ -188,7 +188,10 @@ TEST_F(OperatedShot, ARenderEndsWithAWriterThatIsFinishedOrGivenUp) {
     EXPECT_EQ(finished, c.finished) << c.what;
     const std::string said = failures.empty() ? "" : failures[0];
     EXPECT_EQ(said.find("105") != std::string::npos, !c.finished) << said;
-    EXPECT_EQ(shot.takeWritten(), static_cast<int>(written.size())) << c.what;
+    const std::optional<COperatedShot::SRender> ended = shot.takeRender();
+    ASSERT_TRUE(ended) << c.what;
+    EXPECT_EQ(ended->written, static_cast<int>(written.size())) << c.what;
+    EXPECT_EQ(ended->wanted, 10) << c.what;
   }
   EXPECT_EQ(written.size(), 10u);
   display.onRender = [] { return false; };
@@ -196,6 +199,20 @@ TEST_F(OperatedShot, ARenderEndsWithAWriterThatIsFinishedOrGivenUp) {
   render();
   EXPECT_TRUE(isIdle()) << "refused";
   EXPECT_TRUE(written.empty());
+}
+
+TEST_F(OperatedShot, AMarkThatMovesDuringARenderCostsNoFrame) {
+  track();
+  display.onRender = [&] {
+    shot.setWriter(std::make_unique<CMemoryWriter>(written, finished, -1));
+    return true;
+  };
+  render();
+  pumpUntil([this] { return !display.shown().empty(); });
+  shot.session().setMarkOut(106);
+  pumpUntil([this] { return isIdle() && !shot.hasWriter(); });
+  EXPECT_TRUE(finished);
+  EXPECT_EQ(shot.takeRender()->written, 10);
 }
 
 TEST_F(OperatedShot, AnotherClipTakesNoPointsAlong) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,8 +61,12 @@ class COperatedShot {
   /// What went wrong since the last call: frames that could not be read or written, points that
   /// were lost, the tool's own errors.
   std::vector<std::string> takeFailures();
-  /// Frames that the last ended render wrote; -1: none ended since the last call.
-  int takeWritten();
+  struct SRender {
+    int written = 0;
+    int wanted = 0;  ///< between the marks when it began
+  };
+  /// The render that has ended since the last call.
+  std::optional<SRender> takeRender();
 
  private:
   /// The tool's own errors, from any thread.
@@ -86,7 +91,8 @@ class COperatedShot {
   std::unique_ptr<IClipWriter> writer_;
   std::vector<std::string> failures_;
   std::string lastFailure_;
-  int written_ = -1;
+  int wanted_ = 0;  ///< frames of the render that writer_ is for
+  std::optional<SRender> ended_;
   int held_ = 0;
   bool wasBusy_ = false;
 };
