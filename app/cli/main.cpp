@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "CommandLine.h"
+#include "clip/ClipWriter.h"
 #include "session/ResultFiles.h"
 #include "session/StabilizeJob.h"
 #include "support/Trace.h"
@@ -29,10 +30,14 @@ void installLog(const SProgram& program, std::ofstream& log) {
   SetTraceSink([](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); });
 }
 
-int complain(const std::exception& error, int status) {
-  LogLine(error.what());
-  std::fprintf(stderr, "stabilize: %s\n", Printable(error.what()).c_str());
+int complain(const std::string& what, int status) {
+  LogLine(what);
+  std::fprintf(stderr, "stabilize: %s\n", Printable(what).c_str());
   return status;
+}
+
+int complain(const std::exception& error, int status) {
+  return complain(std::string(error.what()), status);
 }
 
 int run(const SProgram& program) {
@@ -40,6 +45,8 @@ int run(const SProgram& program) {
     return program.command();
   } catch (const CUsageError& error) {
     return complain(error, EXIT_USAGE);
+  } catch (const CClipExists& error) {
+    return complain(std::string(error.what()) + "; --overwrite replaces it", EXIT_FAILED);
   } catch (const CInterrupted& error) {
     return complain(error, EXIT_INTERRUPTED);
   } catch (const CJobError& error) {

@@ -167,13 +167,21 @@ void CDesk::setOutput(const std::string& output) {
 void CDesk::tick() {
   if (!shot_) return;
   shot_->pump();
-  for (const std::string& failure : shot_->takeFailures()) window_.showFailure(failure);
+  tellFailures();
   const bool busy = session().isBusy();
   if (busy != wasBusy_) window_.showProgress(busy);
   wasBusy_ = busy;
   tellOutcome();
   if (framesArrived_.exchange(false)) window_.showCachedFrames();
   if (std::exchange(overlayDue_, false)) window_.showOverlay();
+}
+
+// One box: what comes after the first is mostly its consequence.
+void CDesk::tellFailures() {
+  std::string text;
+  for (const std::string& failure : shot_->takeFailures())
+    if (text.find(failure) == std::string::npos) text += (text.empty() ? "" : "\n\n") + failure;
+  if (!text.empty()) window_.showFailure(text);
 }
 
 void CDesk::tellOutcome() {
@@ -211,12 +219,12 @@ void CDesk::showResult(int frame, const std::uint16_t* samples) {
   framesArrived_ = true;
 }
 
-// That something is there already is the one fault that an operator may overrule.
+// What is there may hide other faults: a question about it is the last one.
 bool CDesk::mayReplace(const std::string& output) {
   try {
     CheckOutput(output, info(), session().getMarkIn(), session().getMarkOut(), false);
     return false;
-  } catch (const CClipError& there) {
+  } catch (const CClipExists& there) {
     CheckOutput(output, info(), session().getMarkIn(), session().getMarkOut(), true);
     if (!window_.confirm(there.what(), "Replace")) throw CInterrupted();
     return true;

@@ -89,6 +89,7 @@ class CDesk : public IShotDisplay {
   bool claim(const std::string& path);
   void makeViewing(const std::string& path);
   bool mayReplace(const std::string& output);
+  void tellFailures();
   void tellOutcome();
 
   // IShotDisplay

@@ -70,7 +70,7 @@ void RefuseSequenceOutput(const SSequencePattern& output, const SClipInfo& sourc
       throw CClipError(file + ": the output is the input");
     std::error_code ignored;
     if (fs::is_directory(file, ignored)) throw CClipError(file + ": is a folder");
-    if (!overwrite) throw CClipError(file + ": exists already; --overwrite replaces it");
+    if (!overwrite) throw CClipExists(file + ": exists already");
   }
 }
 
@@ -78,7 +78,7 @@ void RefuseVideoOutput(const std::string& path, const SClipInfo& source, bool ov
   if (!Exists(path)) return;
   if (IsSameFile(path, source.path) || CanonicalPath(path) == CanonicalPath(source.path))
     throw CClipError(path + ": the output is the input");
-  if (!overwrite) throw CClipError(path + ": exists already; --overwrite replaces it");
+  if (!overwrite) throw CClipExists(path + ": exists already");
 }
 
 }  // namespace

@@ -127,6 +127,7 @@ void COperatedShot::stop() {
 void COperatedShot::pump() {
   if (held_ > 0) return;
   session_.pump();
+  if (std::exchange(wasTracking_, session_.isTracking()) && !wasTracking_) noteLostPoints();
   const bool busy = session_.isBusy();
   if (!session_.frameFailure().empty()) noteFailure(session_.frameFailure());
   if (wasBusy_ && !busy) {
@@ -156,6 +157,14 @@ void COperatedShot::finishRender() {
     noteFailure(error.what());
   }
   writer_.reset();
+}
+
+// The set that is left may do; whether it does is the operator's to say.
+void COperatedShot::noteLostPoints() {
+  const STrackingOutcome& outcome = session_.tracking();
+  const std::string lost = LostPoints(outcome, session_.getMarkIn());
+  if (outcome.failure.empty() && !lost.empty())
+    noteFailure("Some points were left out, the others were followed" + lost);
 }
 
 void COperatedShot::noteFailure(const std::string& text) {

@@ -282,12 +282,8 @@ void CShotSession::finishTracking() {
   if (run->wasCancelled() && tracking_.failure.empty()) tracking_.failure = "tracking was stopped";
   if (tracking_.failure.empty() && !keepUsablePoints()) {
     tracking_.failure = "no tracking point could be followed through frames " +
-                        std::to_string(markIn_) + " to " + std::to_string(markOut_ - 1);
-    for (const auto& [index, point] : tracking_.points)
-      if (point.firstLossFrameOffset >= 0)
-        tracking_.failure += "; point " + std::to_string(index) + " was lost at frame " +
-                             std::to_string(markIn_ + point.firstLossFrameOffset) + " (" +
-                             ToText(point.firstLossReason) + ")";
+                        std::to_string(markIn_) + " to " + std::to_string(markOut_ - 1) +
+                        LostPoints(tracking_, markIn_);
   }
   const bool tracked = tracking_.failure.empty();
   if (monitor_) monitor_->StopProgress(tracked);
@@ -296,6 +292,18 @@ void CShotSession::finishTracking() {
     selectTypicalPoint();
   }
   tool_->onTrackingEnd(tracked ? 0 : 1);
+}
+
+std::string LostPoints(const STrackingOutcome& outcome, int in) {
+  std::string text;
+  for (const int index : outcome.withoutTexture)
+    text += "; point " + std::to_string(index) + " lies on nothing that can be tracked";
+  for (const auto& [index, point] : outcome.points)
+    if (!point.usable && point.firstLossFrameOffset >= 0)
+      text += "; point " + std::to_string(index) + " was lost at frame " +
+              std::to_string(in + point.firstLossFrameOffset) + " (" +
+              ToText(point.firstLossReason) + ")";
+  return text;
 }
 
 /// The zoom fill takes its extent from the path of the selected point. In a batch run nobody

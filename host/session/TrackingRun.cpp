@@ -88,7 +88,7 @@ bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
                   [](const auto& point) { return point.second.state == EPointState::lost; });
   if (allLost) {
     failure_ = "frame " + std::to_string(frame) + ": every tracking point was lost (" +
-               reasonsOf(result.points) + "); where the shot ends there, say --out " +
+               reasonsOf(result.points) + "); where the shot ends there, mark OUT (--out) is " +
                std::to_string(frame);
     return false;
   }

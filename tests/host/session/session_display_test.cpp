@@ -110,9 +110,9 @@ class OperatedShot : public ::testing::Test {
     shot.pump();
     return !shot.session().isBusy();
   }
-  void track() {
+  void track(int lowest = 180) {
     CTrackingArray& array = *shot.session().editor()->trackingArray();
-    for (const auto& [x, y] : {std::pair(80, 60), std::pair(230, 90), std::pair(150, 180)})
+    for (const auto& [x, y] : {std::pair(80, 60), std::pair(230, 90), std::pair(150, lowest)})
       array.PointsAt(100).Point(array.FindPoints(100).Count()) = CTrackPoint(x, y);
     shot.session().editor()->pointsChangedHook.notify();
     shot.command(16);
@@ -157,6 +157,18 @@ TEST_F(OperatedShot, TheOverlayShowsTheSelectedPointAndLeavesNoTraceOfIt) {
   for (const auto& [index, point] :
        shot.session().editor()->trackingArray()->PointsAt(100).Entries())
     EXPECT_FALSE(point.highlight) << index;
+}
+
+TEST_F(OperatedShot, APointThatWasLeftOutIsTold) {
+  shot.changeClip(
+      std::make_unique<CShotInFolder>(folder.path / "drift.mov",
+                                      "test:width=320,height=240,frames=10,firstFrame=100,subject="
+                                      "0,dust=0,driftX=0,driftY=4,weaveX=0,weaveY=0"));
+  track(228);  // at the lower edge, in a picture that moves down
+  const std::vector<std::string> told = shot.takeFailures();
+  ASSERT_EQ(told.size(), 1u);
+  EXPECT_NE(told[0].find("point 2 was lost at frame 10"), std::string::npos) << told[0];
+  EXPECT_EQ(shot.session().editor()->trackingArray()->NumberOfPoints(), 2);
 }
 
 TEST_F(OperatedShot, APreviewIsShownAndWritesNothing) {

@@ -6,6 +6,12 @@
 
 #include "clip/ClipReader.h"
 
+/// An output that is there already, and would be replaced if one said so.
+class CClipExists : public CClipError {
+ public:
+  using CClipError::CClipError;
+};
+
 /// Writes frames of a clip. THREAD: one at a time per writer.
 class IClipWriter {
  public:
@@ -27,9 +33,9 @@ struct SWriteOptions {
 
 /// Throws CClipError when the output is the input (also through links and relative paths), when the
 /// path names no output that this source can be written to, when the folder to write in is missing
-/// (the folder of a sequence is made if the one above it is there), or, without `overwrite`, when
-/// the output exists (names the first file). Does no other work and leaves nothing behind.
-/// [first, end): the frames that would be written.
+/// (the folder of a sequence is made if the one above it is there), or, without `overwrite`, as
+/// CClipExists, when the output exists (names the first file). Does no other work and leaves
+/// nothing behind. [first, end): the frames that would be written.
 void CheckOutput(const std::string& path, const SClipInfo& source, int first, int end,
                  bool overwrite);
 

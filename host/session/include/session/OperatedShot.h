@@ -59,7 +59,7 @@ class COperatedShot {
   void apply(CPDLEntry& entry);
 
   /// What went wrong since the last call: frames that could not be read or written, points that
-  /// were lost, the tool's own errors.
+  /// were lost, the tool's own errors. What comes together has one cause, told first.
   std::vector<std::string> takeFailures();
   struct SRender {
     int written = 0;
@@ -81,6 +81,7 @@ class COperatedShot {
   void close();
   void saveSettings();
   void finishRender();
+  void noteLostPoints();
   void noteFailure(const std::string& text);
 
   SToolErrors errors_;
@@ -95,4 +96,5 @@ class COperatedShot {
   std::optional<SRender> ended_;
   int held_ = 0;
   bool wasBusy_ = false;
+  bool wasTracking_ = false;
 };

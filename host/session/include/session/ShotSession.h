@@ -19,6 +19,11 @@
 #include "toolkit/Controls.h"
 #include "tracking/TrackingPointsEditor.h"
 
+/// "; point 3 was lost at frame 1005 (left the picture)" and so on, for each point that a pass left
+/// out. Empty: all were followed. `in`: the mark IN that it began at.
+struct STrackingOutcome;
+std::string LostPoints(const STrackingOutcome& outcome, int in);
+
 /// What a tracking pass left behind. Points are named by the index they had when the pass began.
 struct STrackingOutcome {
   struct SFrame {
@@ -61,6 +66,7 @@ class CShotSession : public CNavSystemInterface {
   void changeClip(std::unique_ptr<IClipReader> reader);
   /// The tool was shown for this clip.
   void noteShown() { shown_ = true; }
+  bool isTracking() const { return trackingRun_ != nullptr; }
   /// A pass runs or pauses: tracking, smoothing, preview or render.
   bool isBusy() const;
   /// What the tool draws over the displayed frame.
