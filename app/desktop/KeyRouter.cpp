@@ -58,10 +58,22 @@ bool isForControl(const QWidget* widget, const QKeyEvent& event) {
   return isAny<QAbstractButton, QComboBox>(widget) && key == Qt::Key_Space;
 }
 
+constexpr int HELD_MILLISECONDS = 50;
+
+struct SModifierKey {
+  int key;
+  int bit;
+};
+constexpr SModifierKey MODIFIER_KEYS[] = {{0x10, CUserInput::MODIFIER_SHIFT},
+                                          {0x11, CUserInput::MODIFIER_CTRL},
+                                          {0x12, CUserInput::MODIFIER_ALT}};
+
 }  // namespace
 
 CKeyRouter::CKeyRouter(QWidget& window) : window_(window) {
   qApp->installEventFilter(this);
+  heldTimer_.setInterval(HELD_MILLISECONDS);
+  connect(&heldTimer_, &QTimer::timeout, this, [this] { releaseHeld(); });
 }
 
 CKeyRouter::~CKeyRouter() {
@@ -97,8 +109,34 @@ bool CKeyRouter::route(QKeyEvent& event) {
     const QPoint pointer = QCursor::pos();
     input.x = pointer.x();
     input.y = pointer.y();
+    rememberHeld(input);
     if (input.key != 0 && toTool(input)) return true;
   }
   if (isForControl(focused, event)) return false;
   return press && toHost && toHost(event);
+}
+
+void CKeyRouter::rememberHeld(const CUserInput& input) {
+  for (const SModifierKey& modifier : MODIFIER_KEYS) {
+    if (input.key != modifier.key) continue;
+    const bool down = input.action == CUserInput::ACTION_KEY_DOWN;
+    held_ = down ? held_ | modifier.bit : held_ & ~modifier.bit;
+  }
+  if (held_ != 0 && !heldTimer_.isActive()) heldTimer_.start();
+}
+
+void CKeyRouter::releaseHeld() {
+  // Behind a dialog the tool may be in the middle of something, and hears nothing.
+  if (QApplication::activeModalWidget()) return;
+  const int down = ToolModifiers(QGuiApplication::queryKeyboardModifiers());
+  for (const SModifierKey& modifier : MODIFIER_KEYS) {
+    if ((held_ & modifier.bit) == 0 || (down & modifier.bit) != 0) continue;
+    held_ &= ~modifier.bit;
+    CUserInput input;
+    input.action = CUserInput::ACTION_KEY_UP;
+    input.key = modifier.key;
+    input.modifiers = held_;
+    if (toTool) toTool(input);
+  }
+  if (held_ == 0) heldTimer_.stop();
 }

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QPoint>
+#include <QTimer>
 #include <functional>
 
 #include "ToolObj/UserInput.h"
@@ -11,8 +12,9 @@ class QWidget;
 
 /// Brings the keys of a window to whom they belong, in this order: the edit that is being typed
 /// into; the tool; the focused control, for the keys that work it; the host. Menu shortcuts that
-/// the tool wants for itself do not fire. Key repeats reach only the host and edits: a held key is
-/// one command. THREAD: the user-interface thread.
+/// the tool wants for itself do not fire. A modifier that comes up over another window is told,
+/// too, once this one has the keyboard again: a dialog leaves none of them held. Key repeats reach
+/// only the host and edits: a held key is one command. THREAD: the user-interface thread.
 class CKeyRouter : public QObject {
  public:
   /// Watches the application; only keys of `window` are routed. The window outlives this.
@@ -32,6 +34,10 @@ class CKeyRouter : public QObject {
  private:
   bool isOurs(QObject* object) const;
   bool route(QKeyEvent& event);
+  void rememberHeld(const CUserInput& input);
+  void releaseHeld();
 
   QWidget& window_;
+  int held_ = 0;  ///< modifiers that the tool was told of going down, and not yet of coming up
+  QTimer heldTimer_;
 };

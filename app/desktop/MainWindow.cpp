@@ -239,6 +239,11 @@ void CMainWindow::closeEvent(QCloseEvent* event) {
   event->accept();
 }
 
+void CMainWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) viewer_->setFocus();
+  QMainWindow::keyPressEvent(event);
+}
+
 void CMainWindow::dragEnterEvent(QDragEnterEvent* event) {
   const QList<QUrl> urls = event->mimeData()->urls();
   if (urls.size() == 1 && urls.front().isLocalFile()) event->acceptProposedAction();

@@ -34,6 +34,8 @@ class CMainWindow : public QMainWindow, private IDeskWindow {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  /// Keys that nobody below has used: Escape gives the keyboard back to the picture.
+  void keyPressEvent(QKeyEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 

@@ -105,7 +105,7 @@ void CMainWindow::buildViewMenu() {
 }
 
 void CMainWindow::buildPlayMenu() {
-  QMenu* const play = menuBar()->addMenu("P&lay");
+  QMenu* const play = menuBar()->addMenu("Pla&y");
   const auto add = [&](const char* text, const char* key, int code) {
     clipActions_.push_back(
         addAction(play, named(text, key), {}, [this, code] { onPlainKey(code); }));

@@ -25,6 +25,7 @@ CTransportBar::CTransportBar(QWidget* parent) : QWidget(parent) {
       if (onTyped) onTyped(edit->text());
       edit->clearFocus();
     });
+    QObject::connect(edit, &QLineEdit::editingFinished, this, [this] { showFrame(); });
     row->addWidget(edit);
     return edit;
   };
@@ -53,8 +54,14 @@ CGlyphButton* CTransportBar::addButton(EGlyph glyph, const char* name, const cha
 }
 
 void CTransportBar::setFrame(int frame, const QString& timecode) {
-  if (!frame_->hasFocus()) frame_->setText(QString::number(frame));
-  if (!timecode_->hasFocus()) timecode_->setText(timecode);
+  frameText_ = QString::number(frame);
+  timecodeText_ = timecode;
+  showFrame();
+}
+
+void CTransportBar::showFrame() {
+  if (!frame_->hasFocus()) frame_->setText(frameText_);
+  if (!timecode_->hasFocus()) timecode_->setText(timecodeText_);
 }
 
 void CTransportBar::setMarks(const QString& text) {

@@ -14,6 +14,8 @@ class CTransportBar : public QWidget {
  public:
   explicit CTransportBar(QWidget* parent = nullptr);
 
+  /// Fields that are being typed into are left alone; what is typed and not taken goes with the
+  /// focus.
   void setFrame(int frame, const QString& timecode);
   void setMarks(const QString& text);
   void setPlaying(bool playing, const QString& text);
@@ -26,12 +28,15 @@ class CTransportBar : public QWidget {
   std::function<void(const QString& text)> onTyped;
 
  private:
+  void showFrame();
   CGlyphButton* addButton(EGlyph glyph, const char* name, const char* hint,
                           std::function<void()> act);
 
   CGlyphButton* play_ = nullptr;
   QLineEdit* frame_ = nullptr;
   QLineEdit* timecode_ = nullptr;
+  QString frameText_;  ///< what the fields read while nobody types
+  QString timecodeText_;
   QLabel* marks_ = nullptr;
   QLabel* playing_ = nullptr;
 };

@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 
@@ -72,6 +74,28 @@ TEST_F(Desktop, ABrokenFrameEndsTheRenderAndNotTheProgram) {
   EXPECT_EQ(points().NumberOfPoints(), 3);
   operator_.type("Right");
   EXPECT_TRUE(window_->isVisible());
+}
+
+TEST_F(Desktop, ADiskThatFillsEndsTheRenderAndLeavesWholeFrames) {
+  open();
+  place({{120, 90}, {500, 110}, {300, 240}});
+  track();
+  // To a program, a quota that is used up and a disk that is full are the same.
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit usual{};
+  getrlimit(RLIMIT_FSIZE, &usual);
+  const rlimit tight = {200'000, usual.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &tight);
+  answerWith("OK");
+  operator_.type("Shift+g");
+  EXPECT_TRUE(operator_.waitFor([this] { return isIdle() && !said_.empty(); }));
+  setrlimit(RLIMIT_FSIZE, &usual);
+  EXPECT_TRUE(says(said(), "steady/scan.1001.dpx"));
+  EXPECT_TRUE(fs::is_empty(at("shot/steady"))) << "no frame, and no part of one";
+  operator_.type("Shift+g");
+  EXPECT_TRUE(operator_.waitFor([this] {
+    return isIdle() && fs::exists(at("shot/steady/scan.1012.dpx"));
+  })) << "there is room again";
 }
 
 TEST_F(Desktop, WhatIsThereIsReplacedOnlyWhenTheOperatorSaysSo) {

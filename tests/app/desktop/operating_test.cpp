@@ -1,3 +1,5 @@
+#include <QApplication>
+#include <QDialog>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -186,6 +188,47 @@ TEST_F(Desktop, WhatIsTypedIntoAnEditIsNoCommand) {
   points().GetBoxExtents(x, y, left, right, up, down);
   EXPECT_EQ(x, 14);
   EXPECT_EQ(desk().session().getMarkIn(), 1001);
+}
+
+TEST_F(Desktop, EscapeLeavesAFieldAndWhatWasTypedIsDropped) {
+  open();
+  for (const char* name : {"Frame", "Timecode"}) {
+    QLineEdit& edit = find<QLineEdit>(name);
+    const QString before = edit.text();
+    operator_.click(edit);
+    operator_.typeText("77");
+    EXPECT_NE(edit.text(), before);
+    operator_.type("Escape");
+    EXPECT_FALSE(edit.hasFocus());
+    EXPECT_EQ(edit.text(), before);
+    EXPECT_TRUE(viewer().hasFocus());
+  }
+  QLineEdit& frame = find<QLineEdit>("Frame");
+  operator_.click(frame);
+  operator_.type("Ctrl+a");
+  operator_.typeText("1008");
+  operator_.type("Return");
+  EXPECT_EQ(desk().displayedFrame(), 1008);
+  EXPECT_EQ(find<QLineEdit>("Timecode").text(), "01:00:00:07");
+}
+
+TEST_F(Desktop, ADialogLeavesNoModifierHeld) {
+  open();
+  auto& picker = static_cast<QToolButton&>(button("ColorPickButton"));
+  QTimer closer;
+  QObject::connect(&closer, &QTimer::timeout, &closer, [this] {
+    QWidget* const dialog = QApplication::activeModalWidget();
+    if (!dialog || !dialog->isVisible()) return;
+    operator_.letGo("Shift_L");
+    operator_.letGo("Control_L");
+    static_cast<QDialog*>(dialog)->reject();
+  });
+  closer.start(20);
+  operator_.hold("Control_L");
+  operator_.hold("Shift_L");
+  EXPECT_TRUE(picker.isChecked());
+  operator_.type("o");  // the output
+  EXPECT_TRUE(operator_.waitFor([&] { return !picker.isChecked(); }));
 }
 
 TEST_F(Desktop, TheColourPickerFindsTheBorder) {
