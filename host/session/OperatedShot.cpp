@@ -1,9 +1,8 @@
 #include "session/OperatedShot.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "session/JobObserver.h"
+#include "ToolCalls.h"
 #include "support/ErrorReport.h"
 #include "support/Threads.h"
 #include "toolkit/Application.h"
@@ -55,12 +54,7 @@ COperatedShot::~COperatedShot() {
 }
 
 void COperatedShot::openTool() {
-  CToolObject* tool = plugin_.createTool("Stabilize");
-  const int code = tool->toolInitialize(&session_);
-  if (code != 0)
-    throw CJobError(code, "the tool cannot be initialised (" + std::to_string(code) + ")");
-  tool_ = tool;
-  session_.setTool(tool_);
+  tool_ = StartTool(plugin_, session_);
   tool_->toolShow();
   session_.noteShown();
   tool_->toolActivate();
@@ -86,16 +80,9 @@ void COperatedShot::close() {
   if (tool_) {
     stop();
     saveSettings();
-    tool_->toolDeactivate();
-    tool_->toolHide();
-    tool_->toolShutdown();
-    session_.setTool(nullptr);
-    tool_ = nullptr;
   }
-  // Processors are the plug-in's code and write through the writer.
-  session_.endPasses();
+  EndTool(std::exchange(tool_, nullptr), session_);
   session_.setDisplay(nullptr);
-  session_.setWriter(nullptr);
 }
 
 bool COperatedShot::input(CUserInput& input) {
@@ -185,13 +172,9 @@ std::optional<COperatedShot::SRender> COperatedShot::takeRender() {
 }
 
 CPDLEntry COperatedShot::capture() {
-  CPDLEntry entry;
-  if (const int code = tool_->capturePDLEntry(entry); code != 0)
-    throw CJobError(code, "the tool does not give its settings (" + std::to_string(code) + ")");
-  return entry;
+  return CaptureEntry(*tool_);
 }
 
 void COperatedShot::apply(CPDLEntry& entry) {
-  if (const int code = tool_->runPDLEntry(entry); code != 0)
-    throw CJobError(code, "the tool refused its settings (" + std::to_string(code) + ")");
+  ApplyEntry(*tool_, entry);
 }

@@ -2,13 +2,13 @@
 
 #include <utility>
 
+#include "ToolCalls.h"
 #include "support/ErrorReport.h"
 #include "support/Threads.h"
 #include "toolkit/HeadlessApplication.h"
 
 namespace {
 
-constexpr const char* TOOL_NAME = "Stabilize";
 // Frames in flight are what the memory of a run consists of; these bounds keep a 4096 x 2160 shot
 // far below 1.5 GiB at any length.
 constexpr int READ_AHEAD = 4;
@@ -63,12 +63,7 @@ CToolOnShot::~CToolOnShot() {
 }
 
 void CToolOnShot::openTool(int in, int out) {
-  CToolObject* tool = plugin_.createTool(TOOL_NAME);
-  const int code = tool->toolInitialize(&session_);
-  if (code != 0)
-    throw CJobError(code, "the tool cannot be initialised (" + std::to_string(code) + ")");
-  tool_ = tool;
-  session_.setTool(tool_);
+  tool_ = StartTool(plugin_, session_);
   session_.goToFrame(in);
   tool_->toolShow();
   // Nobody looks at the monitor that the tool's window brought; without ours, the tool's own
@@ -79,30 +74,15 @@ void CToolOnShot::openTool(int in, int out) {
 }
 
 void CToolOnShot::close() {
-  if (tool_) {
-    tool_->toolDeactivate();
-    tool_->toolHide();
-    tool_->toolShutdown();
-    session_.setTool(nullptr);
-    tool_ = nullptr;
-  }
-  // Processors are the plug-in's code and write through the writer, which reads from the clip.
-  session_.endPasses();
-  session_.setWriter(nullptr);
+  EndTool(std::exchange(tool_, nullptr), session_);
 }
 
 void CToolOnShot::apply(CPDLEntry& entry) {
-  const int code = tool_->runPDLEntry(entry);
-  if (code != 0)
-    throw CJobError(code, "the tool refused its settings (" + std::to_string(code) + ")");
+  ApplyEntry(*tool_, entry);
 }
 
 CPDLEntry CToolOnShot::capture() {
-  CPDLEntry entry;
-  const int code = tool_->capturePDLEntry(entry);
-  if (code != 0)
-    throw CJobError(code, "the tool does not give its settings (" + std::to_string(code) + ")");
-  return entry;
+  return CaptureEntry(*tool_);
 }
 
 void CToolOnShot::tellPointsChanged() {
