@@ -34,8 +34,9 @@ endfunction()
 function(stab_test folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
   string(REPLACE "/" "_" name test_${folder})
-  add_executable(${name} ${sources} ${CMAKE_SOURCE_DIR}/tests/JoinThreads.cpp
-                 ${CMAKE_SOURCE_DIR}/tests/OwnFolders.cpp)
-  target_link_libraries(${name} PRIVATE ${ARGN} stab_options GTest::gtest_main)
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE ${ARGN} stab_test_environment stab_options GTest::gtest_main)
+  # A test runs once for each time that it is built: what is optimised is what it tests.
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
 endfunction()
