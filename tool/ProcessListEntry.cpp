@@ -25,6 +25,7 @@ int CStabilizerTool::runPDLEntry(CPDLEntry& entry) {
     } else if (child.GetName() == "TrackingArray") {
       CTrackingArray loaded;
       loaded.ReadPDLEntry(child);
+      loaded.SetUseMatting(tracked_.UseMatting());  // which the parameters say, not the points
       turnColorPickerOff();
       setMattingBox(loaded.MattingBox());
       editor_.updateMarks();  // marks that it first met later would cost it the new points

@@ -86,6 +86,7 @@ void TStabilizerForm::setUseMattingChecked(bool checked) {
 
 void TStabilizerForm::applyUseMatting() {
   enableMattingGroup();
+  tool_.setUseMatting(UseMattingCBox.isChecked());
   if (isControlPanelVisible())
     tool_.showMattingBox(ShowMattingBoxCBox.isChecked() && UseMattingCBox.isChecked());
 }

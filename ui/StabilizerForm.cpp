@@ -136,6 +136,7 @@ void TStabilizerForm::hideControlPanel() {
 }
 
 void TStabilizerForm::tellSwitches() {
+  tool_.setUseMatting(UseMattingCBox.isChecked());
   tool_.showMattingBox(ShowMattingBoxCBox.isChecked() && UseMattingCBox.isChecked());
   tool_.setTrackingPointsVisible(ShowPointCBox.isChecked());
   tool_.setClearOnShotChange(ClearOnShotChangeCBox.isChecked());

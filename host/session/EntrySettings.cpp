@@ -141,17 +141,12 @@ void takeMotion(const CRecord& record, SStabilizeOptions& options) {
   record.name("MissingDataFill", FILLS[0], FILLS);
 }
 
-bool liesInPicture(const SRect& box, const SClipInfo& clip) {
-  return box.left >= 0 && box.top >= 0 && box.left < box.right && box.top < box.bottom &&
-         box.right < clip.format.getPixelsPerLine() && box.bottom < clip.format.getLinesPerFrame();
-}
-
 /// Whatever the switch says, the tool takes the box over and keeps it with the clip.
 void takeRegion(const CTrackingArray& array, bool useMatting, SStabilizeOptions& options,
                 const SClipInfo& clip) {
   const SRect& box = array.mattingBox;
   const bool unset = box == SRect{};
-  if (!liesInPicture(box, clip) && (useMatting || !unset))
+  if (!clip.format.isBoxInPicture(box) && (useMatting || !unset))
     refuse("BoundingBox is empty or outside the picture of " +
            std::to_string(clip.format.getPixelsPerLine()) + "x" +
            std::to_string(clip.format.getLinesPerFrame()));

@@ -53,12 +53,11 @@ std::set<int> indicesOf(const CTrackingArray& array) {
 
 SRect regionOf(const SFilePoints& file, const SStabilizeOptions& options,
                const SPreparedShot& shot) {
-  const SRect picture = shot.tool->session().info().format.getActivePictureRect();
+  const CImageFormat& format = shot.tool->session().info().format;
   if (file.isText || options.mattingGiven) return shot.region;
-  if (!file.points.UseMatting()) return picture;
+  if (!file.points.UseMatting()) return format.getActivePictureRect();
   const SRect& box = file.points.MattingBox();
-  if (box.left < picture.left || box.top < picture.top || box.right > picture.right ||
-      box.bottom > picture.bottom || box.left >= box.right || box.top >= box.bottom)
+  if (!format.isBoxInPicture(box))
     throw std::runtime_error(file.path +
                              ": its matting box is empty or outside the picture; give another "
                              "with --matting");

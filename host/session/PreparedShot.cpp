@@ -34,11 +34,10 @@ std::vector<SFeature> foundPoints(IClipReader& reader, const SStabilizeOptions& 
 /// The region that the tool works in. A box that is kept with a clip may be of another clip, which
 /// stood there before.
 SRect regionOf(CToolOnShot& tool, const SStabilizeOptions& options) {
-  const SRect picture = tool.session().info().format.getActivePictureRect();
-  if (options.matting == EMatting::off) return picture;
+  const CImageFormat& format = tool.session().info().format;
+  if (options.matting == EMatting::off) return format.getActivePictureRect();
   const SRect& box = tool.points().MattingBox();
-  if (box.left < picture.left || box.top < picture.top || box.right > picture.right ||
-      box.bottom > picture.bottom || box.left >= box.right || box.top >= box.bottom)
+  if (!format.isBoxInPicture(box))
     throw CUsageError(options.input +
                       ": the matting box that is kept with the clip is not of this picture; "
                       "give --matting");

@@ -40,8 +40,7 @@ CShotSession::SShot::SShot(std::unique_ptr<IClipReader> clipReader, const SSetti
 CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings& settings)
     : settings_(settings),
       shot_(std::make_unique<SShot>(std::move(reader), settings)),
-      displayedFrame_(info().firstFrame),
-      trackingRegion_(info().format.getActivePictureRect()) {
+      displayedFrame_(info().firstFrame) {
   // Frames are decoded ahead in order; a cache of frames that are over would only hold memory.
   toolFrameCache_.setEnabled(false);
 }
@@ -66,7 +65,7 @@ void CShotSession::changeClip(std::unique_ptr<IClipReader> reader) {
   shot_ = std::make_unique<SShot>(std::move(reader), settings_);
   shot_->setups.setTool(tool_);
   displayedFrame_ = info().firstFrame;
-  trackingRegion_ = info().format.getActivePictureRect();
+  trackingRegion_.reset();
   // While the tool still remembers the old clip: points of another picture go unasked.
   setMarks(-1, -1);
   if (tool_) tool_->onNewClip();
@@ -175,12 +174,19 @@ void CShotSession::followPass() {
   if (frame != NO_FRAME && display_) goToFrame(frame);
 }
 
+SRect CShotSession::processedRegion() const {
+  const CTrackingArray& array = *editor_->trackingArray();
+  // A box that is kept with a clip may be of another one, which stood there before.
+  const bool uses = array.UseMatting() && info().format.isBoxInPicture(array.MattingBox());
+  return uses ? array.MattingBox() : info().format.getActivePictureRect();
+}
+
 STrackSettings CShotSession::trackSettings() const {
   STrackSettings track;
   editor_->trackingArray()->GetBoxExtents(track.trackBoxExtentX, track.trackBoxExtentY,
                                           track.searchLeft, track.searchRight, track.searchUp,
                                           track.searchDown);
-  track.region = trackingRegion_;
+  track.region = trackingRegion_ ? *trackingRegion_ : processedRegion();
   track.threads = settings_.threads;
   return track;
 }

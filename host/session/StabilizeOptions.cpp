@@ -69,14 +69,10 @@ void checkPictureOptions(const SStabilizeOptions& options, const SClipInfo& clip
   const int width = clip.format.getPixelsPerLine();
   const int height = clip.format.getLinesPerFrame();
   const std::string size = std::to_string(width) + "x" + std::to_string(height);
-  if (options.matting == EMatting::box) {
-    const SRect& box = options.mattingBox;
-    if (box.left < 0 || box.top < 0 || box.right >= width || box.bottom >= height ||
-        box.left >= box.right || box.top >= box.bottom)
-      throw CUsageError("--matting box is empty or outside the picture of " + size +
-                        "; wanted LEFT,TOP,RIGHT,BOTTOM with pixels counted from 0, right and "
-                        "bottom inclusive");
-  }
+  if (options.matting == EMatting::box && !clip.format.isBoxInPicture(options.mattingBox))
+    throw CUsageError("--matting box is empty or outside the picture of " + size +
+                      "; wanted LEFT,TOP,RIGHT,BOTTOM with pixels counted from 0, right and "
+                      "bottom inclusive");
   for (const SPoint2& point : options.points)
     if (!(point.x >= 0.0 && point.y >= 0.0 && point.x <= width - 1 && point.y <= height - 1))
       throw CUsageError("--point " + std::to_string(point.x) + "," + std::to_string(point.y) +

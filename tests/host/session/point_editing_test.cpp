@@ -54,6 +54,11 @@ class PointEditing : public ::testing::Test {
 
   CTrackingArray& array() { return tool_.array; }
 
+  void useBox(const SRect& box, bool use = true) {
+    array().SetMattingBox(box);
+    array().SetUseMatting(use);
+  }
+
   /// As a pass over [in, out) does.
   void track(int in = IN, int out = OUT) {
     const CTrackingPoints first = array().FindPoints(array().FirstFrame());
@@ -109,9 +114,24 @@ TEST_F(PointEditing, SaysWhyAPointCannotStandThere) {
       {"no place", [] {}, NOTHING, 90.0, "track box would leave"},
       {"region",
        [&] {
-         session_.setTrackingRegion({0, 0, 199, 191});
+         useBox({0, 0, 199, 191});
        },
        190.0, 90.0, "region"},
+      {"box beside the picture",
+       [&] {
+         useBox({0, 0, 256, 191});
+       },
+       245.0, 90.0, ""},
+      {"empty box",
+       [&] {
+         useBox({0, 0, 0, 0});
+       },
+       190.0, 90.0, ""},
+      {"unused box",
+       [&] {
+         useBox({0, 0, 199, 191}, false);
+       },
+       190.0, 90.0, ""},
       {"no box", [&] { array().SetBoxExtents(-1, -1, -1, -1, -1, -1); }, 90.0, 90.0, "no size"},
       {"box too large", [&] { array().SetBoxExtents(10, 96, 9, 9, 9, 9); }, 90.0, 90.0, "larger"},
       {"other frame", [&] { session_.goToFrame(IN + 1); }, 90.0, 90.0, "01:00:00:02 (frame 102)"},
@@ -120,7 +140,7 @@ TEST_F(PointEditing, SaysWhyAPointCannotStandThere) {
       {"at work", [&] { tool_.state = CToolObject::STATE_PAUSED; }, 90.0, 90.0, "pass runs"},
       {"no tool", [&] { session_.setToolEditor(nullptr); }, 90.0, 90.0, "not active"}};
   for (const auto& c : cases) {
-    session_.setTrackingRegion(session_.info().format.getActivePictureRect());
+    useBox({}, false);
     array().SetBoxExtents(10, 10, 10, 10, 10, 10);
     c.arrange();
     const std::string says = editing_.refusal(c.x, c.y);

@@ -146,6 +146,36 @@ TEST_F(OperatedShot, TheWholeClipIsMarkedAndTheToolIsShown) {
   EXPECT_EQ(display.toggles, 1);
 }
 
+TCheckBox* checkBoxOf(TControl& control, const std::string& name) {
+  if (control.name() == name) return dynamic_cast<TCheckBox*>(&control);
+  for (TControl* const child : control.children())
+    if (TCheckBox* const found = checkBoxOf(*child, name)) return found;
+  return nullptr;
+}
+
+TEST_F(OperatedShot, PointsKeepToTheRegionThatThePanelChooses) {
+  const SRect picture = {0, 0, 319, 239};
+  const SRect box = {20, 30, 300, 220};
+  const auto region = [this] { return shot.session().trackSettings().region; };
+  CPDLEntry inBox = shot.capture();
+  CPDLElement points = inBox.FirstElement().GetChild(1);
+  ASSERT_EQ(points.GetName(), "TrackingArray");
+  points.MakeNewChild("BoundingBox").SetAttribRectangle("BoundingBox", box);  // the last one holds
+  ASSERT_NO_THROW(shot.apply(inBox));
+  EXPECT_EQ(region(), box);
+  TCheckBox* const use = checkBoxOf(*display.panel, "UseMattingCBox");
+  ASSERT_NE(use, nullptr);
+  use->click();
+  EXPECT_EQ(region(), picture);
+  ASSERT_NO_THROW(shot.apply(inBox));  // its settings tick the box again
+  EXPECT_EQ(region(), box);
+  use->click();
+  CPDLEntry withoutBox = shot.capture();
+  use->click();
+  ASSERT_NO_THROW(shot.apply(withoutBox));
+  EXPECT_EQ(region(), picture);
+}
+
 TEST_F(OperatedShot, TheOverlayShowsTheSelectedPointAndLeavesNoTraceOfIt) {
   track();
   shot.session().editor()->selectedPoint = 1;

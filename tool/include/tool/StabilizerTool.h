@@ -149,6 +149,8 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   /// Switching on repairs the box: without a valid one it becomes the whole frame.
   void showMattingBox(bool show);
   bool isMattingBoxShown() const { return mattingBoxShown_; }
+  /// Whether runs keep to the box. Noted in the tracked array, where the host reads it as well.
+  void setUseMatting(bool use) { tracked_.SetUseMatting(use); }
   /// Finds the border on the displayed frame; colour in 8-bit code values whatever the clip's
   /// depth, seed a pixel of the border, or 0, 0 or a place outside the frame for none. Nothing
   /// happens without a frame.

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,8 @@ class CShotSession : public CNavSystemInterface {
 
   /// Sets both marks and tells the tool. [in, out)
   void setMarks(int in, int out);
-  /// Where points may lie: the processing region, inclusive. Given to the tracking pass.
+  /// Where points may lie and are followed: `region`, inclusive, in place of the one that the tool
+  /// processes, which is its matting box where it uses one and else the active picture.
   void setTrackingRegion(const SRect& region) { trackingRegion_ = region; }
   /// What a tracking pass that began now would track with. REQUIRES: the tool is active.
   STrackSettings trackSettings() const;
@@ -194,6 +196,7 @@ class CShotSession : public CNavSystemInterface {
   void tellMarksChanged();
   void followPass();
   bool hasTrackingData() const;
+  SRect processedRegion() const;
   bool areKnown(const CTrackingPoints& points) const;
   void failTracking(const std::string& why);
   void pumpTracking();
@@ -223,7 +226,7 @@ class CShotSession : public CNavSystemInterface {
   std::atomic<int> resultFrame_{NO_FRAME};  ///< that came out of the pass since the last pump
   bool displaySetting_ = true;
   bool tellingMarks_ = false;
-  SRect trackingRegion_;
+  std::optional<SRect> trackingRegion_;
   CHRTimer trackingTimer_;
   STrackingOutcome tracking_;
   CTrackingArray knownPaths_;

@@ -33,6 +33,12 @@ class CImageFormat {
   int getPixelComponents() const { return pixelComponents_; }
   /// Inclusive.
   SRect getActivePictureRect() const { return activePicture_; }
+  /// `box`, inclusive, lies in the active picture and is not empty: at least two pixels each way.
+  bool isBoxInPicture(const SRect& box) const {
+    return box.left >= activePicture_.left && box.top >= activePicture_.top &&
+           box.right <= activePicture_.right && box.bottom <= activePicture_.bottom &&
+           box.left < box.right && box.top < box.bottom;
+  }
   void getComponentValueBlack(std::uint16_t black[3]) const;
   void getComponentValueWhite(std::uint16_t white[3]) const;
   /// Bytes of one frame's samples (progressive: one field is the frame).
