@@ -30,13 +30,18 @@ function(stab_room target kind)
   target_link_libraries(${target} PUBLIC ${ARGN} PRIVATE stab_options)
 endfunction()
 
-# stab_test(<folder> [rooms ...]): tests/<folder>/*.cpp as one program, every TEST a ctest case.
+# stab_test(<folder> [rooms ...]): tests/<folder>/*.cpp as one program, every TEST a ctest case. What
+# every test includes is read once for all; Qt's programs are compiled in another way and read it again.
 function(stab_test folder)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
   string(REPLACE "/" "_" name test_${folder})
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${ARGN} stab_test_environment stab_options GTest::gtest_main)
-  # A test runs once for each time that it is built: what is optimised is what it tests.
-  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+  target_compile_options(${name} PRIVATE ${STAB_TEST_OPTIONS})
+  if("${ARGN}" MATCHES "Qt6::")
+    target_precompile_headers(${name} PRIVATE <gtest/gtest.h>)
+  else()
+    target_precompile_headers(${name} REUSE_FROM stab_test_environment)
+  endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60)
 endfunction()
