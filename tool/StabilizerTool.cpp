@@ -224,6 +224,10 @@ void CStabilizerTool::refresh() {
 
 // The buttons follow the shot's work, tracking and smoothing included, not the processor alone.
 void CStabilizerTool::refreshExecutionButtons() {
+  // A pass that pauses or stops has said so to the window: told again by the shot's work, which
+  // still goes on, it would offer a pause in place of the way back.
+  const int own = processingState();
+  if (own != STATE_IDLE && own != STATE_PREPROCESSED && own != STATE_RUNNING) return;
   onProcessingStateChanged(getToolProcessingState(), getRenderFlag());
 }
 

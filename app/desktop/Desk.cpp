@@ -27,6 +27,16 @@ std::string absolutePath(const std::string& path) {
   return isGenerated(path) ? path : fs::absolute(path).lexically_normal().string();
 }
 
+/// Where the tool saves the points; empty: a clip that lies nowhere.
+std::string pointsFolder(const IClipReader& reader) {
+  if (isGenerated(reader.info().path)) return {};
+  const std::string file = reader.sourceFile(reader.info().firstFrame);
+  std::error_code ignored;
+  const fs::path folder = fs::path(file.empty() ? reader.info().path : file).parent_path();
+  const fs::path canonical = fs::canonical(folder, ignored);
+  return (canonical.empty() ? folder : canonical).string();
+}
+
 /// Frames may fill a quarter of the machine's memory: half before, half after the work.
 std::size_t viewingBytes() {
   const long pages = sysconf(_SC_PHYS_PAGES);
@@ -74,27 +84,23 @@ std::unique_ptr<IClipReader> CDesk::openReader(const std::string& path) const {
   return OpenClip(path, threads_);
 }
 
-// Two windows on one clip would save their points over each other's.
-bool CDesk::claim(const std::string& path) {
-  if (isGenerated(path)) {
-    claim_.reset();
-    return true;
-  }
-  const std::string folder = StateFolder() + "/stabilize/open";
+// Points are saved once for a folder: two windows on its clips would save theirs over each other's.
+std::unique_ptr<CFileClaim> CDesk::claim(const std::string& folder) {
+  const std::string claims = StateFolder() + "/stabilize/open";
   std::error_code ignored;
-  fs::create_directories(folder, ignored);
-  std::string name = path;
+  fs::create_directories(claims, ignored);
+  std::string name = folder;
   std::replace(name.begin(), name.end(), '/', '%');
   if (name.size() > 200)
-    name = std::to_string(std::hash<std::string>{}(path)) + name.substr(name.size() - 150);
-  auto claim = std::make_unique<CFileClaim>(folder + "/" + name);
+    name = std::to_string(std::hash<std::string>{}(folder)) + name.substr(name.size() - 150);
+  auto claim = std::make_unique<CFileClaim>(claims + "/" + name);
   if (!claim->isHeld() && theError.getError() == -EAGAIN &&
-      !window_.confirm(path + " is open in another Stabilize window. Each saves its points "
-                              "beside the clip when it closes: the last one stays.",
+      !window_.confirm("A clip of " + folder +
+                           " is open in another Stabilize window. Each saves its points there "
+                           "when it closes: the last one stays.",
                        "Open Anyway"))
-    return false;
-  claim_ = std::move(claim);
-  return true;
+    return nullptr;
+  return claim;
 }
 
 bool CDesk::open(const std::string& given) {
@@ -102,22 +108,29 @@ bool CDesk::open(const std::string& given) {
   if (!mayClose()) return false;
   try {
     std::unique_ptr<IClipReader> reader = openReader(path);
-    std::unique_ptr<IClipReader> viewing = openReader(path);
-    if (!(isOpen() && info().path == path) && !claim(path)) return false;
     const SClipInfo clip = reader->info();
-    cache_ = std::make_unique<CFrameCache>(
-        std::move(viewing), CFrameCache::SSettings{viewingBytes(), std::max(1, threads_ - 1)},
+    const std::string folder = pointsFolder(*reader);
+    std::unique_ptr<CFileClaim> claim;
+    if (folder != claimed_ && !folder.empty() && !(claim = this->claim(folder))) return false;
+    // All that can fail comes first: what is open stays open until the other is there.
+    auto cache = std::make_unique<CFrameCache>(
+        openReader(path), CFrameCache::SSettings{viewingBytes(), std::max(1, threads_ - 1)},
         [this](int) { framesArrived_ = true; });
-    // What is kept is written by a running pass; there is none now.
-    results_ = std::make_unique<CResultFrames>(
+    auto results = std::make_unique<CResultFrames>(
         viewingBytes(), static_cast<std::size_t>(clip.format.getBytesPerField()));
+    std::string output = suggestedOutput(clip);
+    if (folder != claimed_) claim_ = std::move(claim);
+    claimed_ = folder;
+    cache_ = std::move(cache);
+    results_ = std::move(results);  // a running pass writes there; there is none now
+    direction_ = 0;
     if (shot_) {
       shot_->changeClip(std::move(reader));
     } else {
       shot_ = std::make_unique<COperatedShot>(std::move(reader), threads_, application_, *this);
     }
     points_ = std::make_unique<CPointEditing>(session());
-    output_ = suggestedOutput(clip);
+    output_ = std::move(output);
     window_.showClip();
     goToFrame(clip.firstFrame);
     return true;
@@ -129,11 +142,12 @@ bool CDesk::open(const std::string& given) {
 
 bool CDesk::mayClose() {
   if (!isBusy()) return true;
-  if (!window_.confirm("The shot is being worked on. What is written stays; the rest is not made.",
+  if (session().isBusy() &&
+      !window_.confirm("The shot is being worked on. What is written stays; the rest is not made.",
                        "Stop It"))
     return false;
-  shot_->stop();
   while (isBusy()) {
+    shot_->stop();  // each time: what waited for one pass may begin with its end
     shot_->pump();
     QTXmillisleep(2);
   }
@@ -145,12 +159,17 @@ void CDesk::goToFrame(int frame) {
   if (isOpen()) session().goToFrame(frame);
 }
 
-void CDesk::lookAhead(int frame, int direction) {
+void CDesk::setDirection(int direction) {
+  direction_ = direction;
+  if (isOpen()) lookAhead(displayedFrame());
+}
+
+void CDesk::lookAhead(int frame) {
   const int in = session().getMarkIn();
   const int out = session().getMarkOut();
   const bool marked = in >= 0 && frame >= in && frame < out;
-  const bool playing = direction != 0;
-  cache_->lookAt(frame, direction, playing && marked ? in : info().firstFrame,
+  const bool playing = direction_ != 0;
+  cache_->lookAt(frame, direction_, playing && marked ? in : info().firstFrame,
                  playing && marked ? out : info().endFrame);
 }
 
@@ -162,13 +181,14 @@ void CDesk::retryFrames() {
 void CDesk::setOutput(const std::string& output) {
   output_ = output.empty() ? output : absolutePath(output) + (output.back() == '/' ? "/" : "");
   while (output_.ends_with("//")) output_.pop_back();
+  window_.showOutput();
 }
 
 void CDesk::tick() {
   if (!shot_) return;
   shot_->pump();
   tellFailures();
-  const bool busy = session().isBusy();
+  const bool busy = isBusy();
   if (busy != wasBusy_) window_.showProgress(busy);
   wasBusy_ = busy;
   tellOutcome();
@@ -188,12 +208,12 @@ void CDesk::tellOutcome() {
   const std::optional<COperatedShot::SRender> render = shot_->takeRender();
   if (!render) return;
   window_.showMessage(std::to_string(render->written) + " of " + std::to_string(render->wanted) +
-                      " frames written to " + output_);
+                      " frames written to " + renderOutput_);
 }
 
 void CDesk::onDisplayedFrame() {
   if (!shot_) return;
-  lookAhead(0);
+  lookAhead(displayedFrame());
   window_.showFrame();
 }
 
@@ -238,6 +258,7 @@ bool CDesk::prepareRender() {
     const bool replace = mayReplace(output_);
     shot_->setWriter(CreateClip(output_, session().reader(), session().getMarkIn(),
                                 session().getMarkOut(), {replace, threads_}));
+    renderOutput_ = output_;
     return true;
   } catch (const CInterrupted&) {
   } catch (const std::exception& error) {
@@ -276,8 +297,8 @@ void CDesk::setHelpPages(const std::string& operation, const std::string& hotKey
   window_.setHelpPages(operation, hotKeys);
 }
 
-void CDesk::openEntry(const SQueuedShot& entry) {
-  if (!open(entry.options.input)) return;
+bool CDesk::openEntry(const SQueuedShot& entry) {
+  if (!open(entry.options.input)) return false;
   session().setMarks(*entry.options.in, *entry.options.out);
   setOutput(entry.options.output);
   try {
@@ -288,6 +309,7 @@ void CDesk::openEntry(const SQueuedShot& entry) {
   }
   window_.showClip();
   goToFrame(*entry.options.in);
+  return true;
 }
 
 void CDesk::findPoints(int count) {

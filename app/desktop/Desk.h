@@ -30,6 +30,7 @@ class IDeskWindow {
   virtual void showPointer(const SCursorImage* pointer) = 0;
   virtual void showResult(bool result) = 0;
   virtual void showList() = 0;
+  virtual void showOutput() = 0;
   virtual void setHelpPages(const std::string& operation, const std::string& hotKeys) = 0;
   /// Things an operator should read; the work goes on.
   virtual void showMessage(const std::string& text) = 0;
@@ -60,9 +61,10 @@ class CDesk : public IShotDisplay {
 
   void goToFrame(int frame);
   int displayedFrame() { return session().getDisplayedFrame(); }
-  /// What will be wanted next, see CFrameCache::lookAt: from the displayed frame, or another.
-  void lookAhead(int direction) { lookAhead(displayedFrame(), direction); }
-  void lookAhead(int frame, int direction);
+  /// Which way the displayed frame will go on, see CFrameCache::lookAt.
+  void setDirection(int direction);
+  /// What will be wanted next is counted from there, while the displayed frame stays.
+  void lookAhead(int frame);
   CFrameCache::Samples frameBefore(int frame) const { return cache_->find(frame); }
   CResultFrames::Samples frameAfter(int frame) const { return results_->find(frame); }
   std::string frameFailure(int frame) const { return cache_->failure(frame); }
@@ -77,17 +79,19 @@ class CDesk : public IShotDisplay {
 
   const CProcessListFile& list() const { return list_; }
   /// Opens an entry's clip with its marks, output, settings and points.
-  void openEntry(const SQueuedShot& entry);
+  bool openEntry(const SQueuedShot& entry);
 
   /// Finds points in the displayed IN frame.
   void findPoints(int count);
-  bool isBusy() { return isOpen() && session().isBusy(); }
+  bool isBusy() { return isOpen() && shot_->isBusy(); }
+  /// The displayed frame is the pass's: none is under way but one that has paused.
+  bool isDisplayTaken() { return isOpen() && session().isBusy() && !session().isPaused(); }
 
  private:
   void tick();
   std::unique_ptr<IClipReader> openReader(const std::string& path) const;
-  bool claim(const std::string& path);
-  void makeViewing(const std::string& path);
+  /// Null: the operator does not want the clip.
+  std::unique_ptr<CFileClaim> claim(const std::string& folder);
   bool mayReplace(const std::string& output);
   void tellFailures();
   void tellOutcome();
@@ -111,12 +115,15 @@ class CDesk : public IShotDisplay {
   const int threads_;
   CProcessListFile list_;
   std::string output_;
+  std::string renderOutput_;  ///< of the render under way, or the last
   std::unique_ptr<CFileClaim> claim_;
+  std::string claimed_;                     ///< the folder
+  std::atomic<bool> framesArrived_{false};  // set by the threads of cache and results
   std::unique_ptr<CFrameCache> cache_;
   std::unique_ptr<CResultFrames> results_;
   std::unique_ptr<COperatedShot> shot_;
   std::unique_ptr<CPointEditing> points_;
-  std::atomic<bool> framesArrived_{false};
+  int direction_ = 0;
   bool wasBusy_ = false;
   bool overlayDue_ = false;
   QTimer timer_;

@@ -8,13 +8,15 @@ CHelpWindow::CHelpWindow(QWidget* parent) : QTextBrowser(parent) {
   setSearchPaths({":/help"});
   setOpenExternalLinks(false);
   resize(760, 720);
+  connect(this, &QTextBrowser::sourceChanged, this, [this] {
+    setWindowTitle(documentTitle().isEmpty() ? QString("Stabilize help") : documentTitle());
+  });
   for (const char* key : {"Esc", "Ctrl+W"})
     connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, &QWidget::close);
 }
 
 void CHelpWindow::showPage(const QString& name) {
   setSource(QUrl("qrc:/help/" + name));
-  setWindowTitle(documentTitle().isEmpty() ? QString("Stabilize help") : documentTitle());
   show();
   raise();
   activateWindow();

@@ -1,5 +1,6 @@
 #include "KeyInput.h"
 
+#include <QGuiApplication>
 #include <utility>
 
 namespace {
@@ -20,20 +21,23 @@ constexpr SKeyCode NAMED_KEYS[] = {
     {Qt::Key_Insert, 0x2D},    {Qt::Key_Delete, 0x2E},   {Qt::Key_NumLock, 0x90},
     {Qt::Key_ScrollLock, 0x91}};
 
+constexpr SKeyCode PUNCTUATION[] = {
+    {Qt::Key_Semicolon, 0xBA},    {Qt::Key_Equal, 0xBB},       {Qt::Key_Comma, 0xBC},
+    {Qt::Key_Minus, 0xBD},        {Qt::Key_Period, 0xBE},      {Qt::Key_Slash, 0xBF},
+    {Qt::Key_QuoteLeft, 0xC0},    {Qt::Key_BracketLeft, 0xDB}, {Qt::Key_Backslash, 0xDC},
+    {Qt::Key_BracketRight, 0xDD}, {Qt::Key_Apostrophe, 0xDE}};
+
 // What a key of the reference layout gives with Shift is still that key. A semicolon that needs
 // Shift is the comma's key on the layouts that have it there.
-constexpr SKeyCode PUNCTUATION[] = {
-    {Qt::Key_Semicolon, 0xBA},    {Qt::Key_Colon, 0xBA},      {Qt::Key_Equal, 0xBB},
-    {Qt::Key_Plus, 0xBB},         {Qt::Key_Comma, 0xBC},      {Qt::Key_Less, 0xBC},
-    {Qt::Key_Minus, 0xBD},        {Qt::Key_Underscore, 0xBD}, {Qt::Key_Period, 0xBE},
-    {Qt::Key_Greater, 0xBE},      {Qt::Key_Slash, 0xBF},      {Qt::Key_Question, 0xBF},
-    {Qt::Key_QuoteLeft, 0xC0},    {Qt::Key_AsciiTilde, 0xC0}, {Qt::Key_BracketLeft, 0xDB},
-    {Qt::Key_BraceLeft, 0xDB},    {Qt::Key_Backslash, 0xDC},  {Qt::Key_Bar, 0xDC},
-    {Qt::Key_BracketRight, 0xDD}, {Qt::Key_BraceRight, 0xDD}, {Qt::Key_Apostrophe, 0xDE},
-    {Qt::Key_QuoteDbl, 0xDE},     {Qt::Key_Exclam, '1'},      {Qt::Key_At, '2'},
-    {Qt::Key_NumberSign, '3'},    {Qt::Key_Dollar, '4'},      {Qt::Key_Percent, '5'},
-    {Qt::Key_AsciiCircum, '6'},   {Qt::Key_Ampersand, '7'},   {Qt::Key_Asterisk, '8'},
-    {Qt::Key_ParenLeft, '9'},     {Qt::Key_ParenRight, '0'}};
+constexpr SKeyCode SHIFTED[] = {
+    {Qt::Key_Semicolon, 0xBC}, {Qt::Key_Colon, 0xBA},      {Qt::Key_Plus, 0xBB},
+    {Qt::Key_Less, 0xBC},      {Qt::Key_Underscore, 0xBD}, {Qt::Key_Greater, 0xBE},
+    {Qt::Key_Question, 0xBF},  {Qt::Key_AsciiTilde, 0xC0}, {Qt::Key_BraceLeft, 0xDB},
+    {Qt::Key_Bar, 0xDC},       {Qt::Key_BraceRight, 0xDD}, {Qt::Key_QuoteDbl, 0xDE},
+    {Qt::Key_Exclam, '1'},     {Qt::Key_At, '2'},          {Qt::Key_NumberSign, '3'},
+    {Qt::Key_Dollar, '4'},     {Qt::Key_Percent, '5'},     {Qt::Key_AsciiCircum, '6'},
+    {Qt::Key_Ampersand, '7'},  {Qt::Key_Asterisk, '8'},    {Qt::Key_ParenLeft, '9'},
+    {Qt::Key_ParenRight, '0'}};
 
 template <std::size_t N>
 int find(const SKeyCode (&table)[N], int key) {
@@ -55,12 +59,25 @@ int keypadCode(int key) {
   }
 }
 
+/// The digit of a key in the row above the letters, whatever the layout puts there; 0: none. Both
+/// window systems number the keys as the kernel does, plus eight.
+int digitByPlace(const QKeyEvent& event) {
+  constexpr quint32 FIRST = 10;
+  static const bool isNumbered = QGuiApplication::platformName() == "xcb" ||
+                                 QGuiApplication::platformName().startsWith("wayland");
+  if (!isNumbered || event.nativeScanCode() < FIRST || event.nativeScanCode() > FIRST + 9) return 0;
+  return "1234567890"[event.nativeScanCode() - FIRST];
+}
+
 int virtualKey(const QKeyEvent& event) {
   const int key = event.key();
+  if (event.modifiers() & Qt::MetaModifier) return 0;  // the window manager's keys
   if (event.modifiers() & Qt::KeypadModifier) return keypadCode(key);
+  if (const int digit = digitByPlace(event)) return digit;
   if ((key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9)) return key;
   if (key >= Qt::Key_F1 && key <= Qt::Key_F12) return 0x70 + key - Qt::Key_F1;
-  if (key == Qt::Key_Semicolon && (event.modifiers() & Qt::ShiftModifier)) return 0xBC;
+  if (event.modifiers() & Qt::ShiftModifier)
+    if (const int code = find(SHIFTED, key)) return code;
   const int named = find(NAMED_KEYS, key);
   return named != 0 ? named : find(PUNCTUATION, key);
 }

@@ -54,6 +54,7 @@ bool isForControl(const QWidget* widget, const QKeyEvent& event) {
   const bool moves = isArrow(key) || key == Qt::Key_Home || key == Qt::Key_End ||
                      key == Qt::Key_PageUp || key == Qt::Key_PageDown;
   if (isAny<QAbstractSlider, QComboBox, QAbstractItemView>(widget) && moves) return true;
+  if (isAny<QAbstractItemView>(widget) && key == Qt::Key_Delete) return true;
   if (isAny<QRadioButton>(widget) && isArrow(key)) return true;
   return isAny<QAbstractButton, QComboBox>(widget) && key == Qt::Key_Space;
 }
@@ -64,7 +65,8 @@ struct SModifierKey {
   int key;
   int bit;
 };
-constexpr SModifierKey MODIFIER_KEYS[] = {{0x10, CUserInput::MODIFIER_SHIFT},
+constexpr int SHIFT_KEY = 0x10;
+constexpr SModifierKey MODIFIER_KEYS[] = {{SHIFT_KEY, CUserInput::MODIFIER_SHIFT},
                                           {0x11, CUserInput::MODIFIER_CTRL},
                                           {0x12, CUserInput::MODIFIER_ALT}};
 
@@ -110,7 +112,9 @@ bool CKeyRouter::route(QKeyEvent& event) {
     input.x = pointer.x();
     input.y = pointer.y();
     rememberHeld(input);
-    if (input.key != 0 && toTool(input)) return true;
+    const bool used = input.key != 0 && toTool(input);
+    tellPlainShift(input);
+    if (used) return true;
   }
   if (isForControl(focused, event)) return false;
   return press && toHost && toHost(event);
@@ -132,11 +136,29 @@ void CKeyRouter::releaseHeld() {
   for (const SModifierKey& modifier : MODIFIER_KEYS) {
     if ((held_ & modifier.bit) == 0 || (down & modifier.bit) != 0) continue;
     held_ &= ~modifier.bit;
-    CUserInput input;
-    input.action = CUserInput::ACTION_KEY_UP;
-    input.key = modifier.key;
-    input.modifiers = held_;
-    if (toTool) toTool(input);
+    tellUp(modifier.key);
   }
   if (held_ == 0) heldTimer_.stop();
+}
+
+void CKeyRouter::tellUp(int key) {
+  CUserInput input;
+  input.action = CUserInput::ACTION_KEY_UP;
+  input.key = key;
+  input.modifiers = held_;
+  if (toTool) toTool(input);
+  tellPlainShift(input);
+}
+
+// Tools know the end of Shift by its key alone. Where it came up before Ctrl or Alt, it is told
+// again once they are up as well.
+void CKeyRouter::tellPlainShift(const CUserInput& up) {
+  if (up.action != CUserInput::ACTION_KEY_UP) return;
+  if (up.key == SHIFT_KEY) shiftDue_ = up.modifiers != 0;
+  if (!shiftDue_ || held_ != 0) return;
+  shiftDue_ = false;
+  CUserInput shift;
+  shift.action = CUserInput::ACTION_KEY_UP;
+  shift.key = SHIFT_KEY;
+  if (toTool) toTool(shift);
 }

@@ -36,8 +36,11 @@ class CKeyRouter : public QObject {
   bool route(QKeyEvent& event);
   void rememberHeld(const CUserInput& input);
   void releaseHeld();
+  void tellUp(int key);
+  void tellPlainShift(const CUserInput& up);
 
   QWidget& window_;
   int held_ = 0;  ///< modifiers that the tool was told of going down, and not yet of coming up
+  bool shiftDue_ = false;  ///< Shift came up while others were held
   QTimer heldTimer_;
 };

@@ -1,5 +1,6 @@
 #include "ListDock.h"
 
+#include <QAction>
 #include <QCoreApplication>
 #include <QDir>
 #include <QHBoxLayout>
@@ -7,6 +8,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -64,7 +66,11 @@ CListDock::CListDock(const CProcessListFile& file, QWidget* parent)
     if (error == QProcess::FailedToStart && onFailure)
       onFailure("The list cannot be run: " + process_.program() + ": " + process_.errorString());
   });
-  reload();
+  auto* const removeKey = new QAction(this);
+  removeKey->setShortcut(QKeySequence::Delete);
+  removeKey->setShortcutContext(Qt::WidgetShortcut);
+  QObject::connect(removeKey, &QAction::triggered, remove_, &QPushButton::click);
+  list_->addAction(removeKey);
 }
 
 // The shot that is being made ends as an interrupted one.
@@ -76,6 +82,7 @@ CListDock::~CListDock() {
 }
 
 void CListDock::reload() {
+  const std::vector<int> chosen = selected();
   list_->clear();
   try {
     if (file_.exists()) {
@@ -85,6 +92,7 @@ void CListDock::reload() {
                     QString("%1-%2").arg(*shot.options.in).arg(*shot.options.out - 1),
                     QString::fromStdString(shot.options.input),
                     QString::fromStdString(shot.options.output)});
+        item->setSelected(std::find(chosen.begin(), chosen.end(), shot.number) != chosen.end());
         if (!shot.message.empty())
           item->setToolTip(COLUMN_STATE, QString::fromStdString(shot.message));
       }

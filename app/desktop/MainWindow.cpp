@@ -136,7 +136,7 @@ void CMainWindow::connectParts() {
   timeline_->timecodeOf = [this](int frame) { return timecodeText(frame); };
   timeline_->onScrub = [this](int frame) {
     player_->stop();
-    if (!desk_->isBusy()) desk_->goToFrame(frame);
+    if (!desk_->isDisplayTaken()) desk_->goToFrame(frame);
   };
   timeline_->onMarkIn = [this](int frame) { moveMark(true, frame); };
   timeline_->onMarkOut = [this](int frame) { moveMark(false, frame); };
@@ -146,8 +146,11 @@ void CMainWindow::connectParts() {
   transport_->onPlay = [this] { player_->toggle(); };
   transport_->onTyped = [this](const QString& text) { goToTyped(text); };
   player_->onChange = [this] { transport_->setPlaying(player_->isPlaying(), player_->text()); };
-  list_->onOpenEntry = [this](const SQueuedShot& entry) { desk_->openEntry(entry); };
+  list_->onOpenEntry = [this](const SQueuedShot& entry) {
+    if (desk_->openEntry(entry)) rememberClip(QString::fromStdString(entry.options.input));
+  };
   list_->onFailure = [this](const QString& text) { showFailure(text.toStdString()); };
+  QTimer::singleShot(0, list_, [this] { list_->reload(); });  // its errors need a window
   keys_->toTool = [this](CUserInput& input) { return hasClip() && desk_->shot().input(input); };
   keys_->toolKnows = [this](const CUserInput& input) {
     return hasClip() && desk_->shot().knows(input);
@@ -175,7 +178,7 @@ QString CMainWindow::timecodeText(int frame) {
 }
 
 void CMainWindow::goToTyped(const QString& text) {
-  if (!hasClip() || desk_->isBusy()) return;
+  if (!hasClip() || desk_->isDisplayTaken()) return;
   bool isNumber = false;
   int frame = text.trimmed().toInt(&isNumber);
   if (!isNumber) {
@@ -190,7 +193,7 @@ void CMainWindow::goToTyped(const QString& text) {
 }
 
 void CMainWindow::step(int frames) {
-  if (!hasClip() || desk_->isBusy()) return;
+  if (!hasClip() || desk_->isDisplayTaken()) return;
   player_->stop();
   desk_->goToFrame(desk_->displayedFrame() + frames);
 }

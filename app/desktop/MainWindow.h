@@ -88,6 +88,7 @@ class CMainWindow : public QMainWindow, private IDeskWindow {
   void showPointer(const SCursorImage* pointer) override;
   void showResult(bool result) override;
   void showList() override { list_->reload(); }
+  void showOutput() override;
   void setHelpPages(const std::string& operation, const std::string& hotKeys) override;
   void showMessage(const std::string& text) override;
   void showFailure(const std::string& text) override;
@@ -110,6 +111,7 @@ class CMainWindow : public QMainWindow, private IDeskWindow {
   CHelpWindow* help_ = nullptr;
   QMenu* recent_ = nullptr;
   QActionGroup* appearances_ = nullptr;
+  bool resultSeen_ = false;             ///< the pass's first result was shown
   std::vector<QAction*> clipActions_;   ///< of use while a clip is open
   std::vector<QAction*> quietActions_;  ///< and no pass runs
   QAction* undo_ = nullptr;

@@ -1,4 +1,3 @@
-#include <QInputDialog>
 #include <QMessageBox>
 #include <QScrollBar>
 #include <QStatusBar>
@@ -23,13 +22,11 @@ std::vector<SSpan> spansOf(const std::vector<int>& frames) {
 
 void CMainWindow::showClip() {
   const SClipInfo& info = desk_->info();
+  player_->stop();
   centre_->setCurrentWidget(working_);
   viewer_->setClip(info);
   setWindowTitle(QString::fromStdString(info.path) + " - Stabilize");
-  output_->setText("Output: " + (desk_->output().empty()
-                                     ? QString("asked for")
-                                     : QString::fromStdString(desk_->output())));
-  output_->setToolTip(output_->text());
+  showOutput();
   statusBar()->showMessage(QString("%1, %2 x %3, %4 bit, %5 fps, %6 frames")
                                .arg(QString::fromStdString(info.kind))
                                .arg(info.format.getPixelsPerLine())
@@ -52,7 +49,6 @@ QString CMainWindow::frameNotice(int frame) {
 void CMainWindow::showFrame() {
   if (!hasClip()) return;
   const int frame = desk_->displayedFrame();
-  if (player_->isPlaying()) desk_->lookAhead(player_->direction());
   viewer_->setFrames(desk_->frameBefore(frame), desk_->frameAfter(frame), frameNotice(frame));
   transport_->setFrame(frame, timecodeText(frame));
   showOverlay();
@@ -66,9 +62,11 @@ void CMainWindow::showOverlay() {
 
 void CMainWindow::showCachedFrames() {
   const int frame = desk_->displayedFrame();
-  // Who previews wants to see what comes out.
-  const bool comesOut = desk_->isBusy() && desk_->frameAfter(frame);
-  if (comesOut && viewer_->compare() == ECompare::before) setCompare(ECompare::after);
+  // Who previews wants to see what comes out, until they look at what was there before.
+  if (!resultSeen_ && desk_->isBusy() && desk_->frameAfter(frame)) {
+    resultSeen_ = true;
+    if (viewer_->compare() == ECompare::before) setCompare(ECompare::after);
+  }
   viewer_->setFrames(desk_->frameBefore(frame), desk_->frameAfter(frame), frameNotice(frame));
   refreshTimeline();
 }
@@ -101,7 +99,10 @@ void CMainWindow::refreshTimeline() {
 }
 
 void CMainWindow::showProgress(bool busy) {
-  if (busy) player_->stop();
+  if (busy) {
+    player_->stop();
+    resultSeen_ = false;
+  }
   enableActions();
   showOverlay();
 }
@@ -138,6 +139,12 @@ void CMainWindow::setHelpPages(const std::string& operation, const std::string& 
   hotKeysPage_ = QString::fromStdString(hotKeys);
 }
 
+void CMainWindow::showOutput() {
+  const QString output = QString::fromStdString(desk_->output());
+  output_->setText("Output: " + (output.isEmpty() ? QString("asked for") : output));
+  output_->setToolTip(output_->text());
+}
+
 void CMainWindow::showMessage(const std::string& text) {
   constexpr int MILLISECONDS = 12000;
   statusBar()->showMessage(QString::fromStdString(text), MILLISECONDS);
@@ -152,11 +159,10 @@ bool CMainWindow::confirm(const std::string& question, const std::string& yes) {
 }
 
 std::string CMainWindow::chooseOutput(const std::string& suggestion) {
-  bool given = false;
-  const QString text = QInputDialog::getText(
-      this, "Output",
+  const std::string text = application_.askText(
+      "Output",
       "Where renders are written: a folder or pattern for frames (name.####.dpx), or a video "
       "(.mov, .mkv, .mp4)",
-      QLineEdit::Normal, QString::fromStdString(suggestion), &given);
-  return given ? text.trimmed().toStdString() : std::string();
+      suggestion);
+  return QString::fromStdString(text).trimmed().toStdString();
 }

@@ -156,6 +156,7 @@ void CMainWindow::setCompare(ECompare compare) {
 }
 
 void CMainWindow::setAppearance(const QString& name) {
+  appearances_->actions().front()->setChecked(true);  // a name that is none of them: the system's
   for (QAction* action : appearances_->actions())
     if (action->text() == name) action->setChecked(true);
   ApplyAppearance(name == "Dark"    ? EAppearance::dark
@@ -171,9 +172,7 @@ bool CMainWindow::onKey(const QKeyEvent& event) {
       event.key() == Qt::Key_Down)
     return onArrow(event);
   if (event.modifiers() & ~Qt::KeypadModifier) return false;
-  const int key = event.key();
-  const bool repeats = key == Qt::Key_Left || key == Qt::Key_Right;
-  return (!event.isAutoRepeat() || repeats) && onPlainKey(key);
+  return !event.isAutoRepeat() && onPlainKey(event.key());
 }
 
 // A tenth of a pixel, as an eye at 1600 % can tell; with Shift a whole one.
@@ -241,5 +240,4 @@ void CMainWindow::editOutput() {
   if (!hasClip()) return;
   const std::string chosen = chooseOutput(desk_->output());
   if (!chosen.empty()) desk_->setOutput(chosen);
-  output_->setText("Output: " + QString::fromStdString(desk_->output()));
 }

@@ -43,27 +43,27 @@ CPlayback CPlayer::playbackOf() const {
 }
 
 void CPlayer::play(int speed) {
-  if (!desk_.isOpen() || desk_.isBusy()) speed = 0;
+  if (!desk_.isOpen() || desk_.isDisplayTaken()) speed = 0;
   if (speed == this->speed()) return;
   if (speed == 0) {
     playback_.reset();
     timer_.stop();
-    if (desk_.isOpen()) desk_.lookAhead(0);
   } else {
     playback_.emplace(playbackOf());
     playback_->start(desk_.displayedFrame(), speed, clock_.nsecsElapsed());
     timer_.start();
   }
+  desk_.setDirection(direction());
   if (onChange) onChange();
 }
 
 void CPlayer::tick() {
-  if (desk_.isBusy()) return stop();
+  if (desk_.isDisplayTaken()) return stop();
   const int frame = playback_->due(clock_.nsecsElapsed());
   if (frame == desk_.displayedFrame()) return;
   // What cannot be read is not waited for: its place in time is shown with what is wrong.
   const bool there = desk_.frameBefore(frame) || !desk_.frameFailure(frame).empty();
-  if (!there) return desk_.lookAhead(frame, direction());
+  if (!there) return desk_.lookAhead(frame);
   desk_.goToFrame(frame);
   playback_->shown(frame, clock_.nsecsElapsed());
   if (onChange) onChange();

@@ -1,5 +1,6 @@
 #include "PointMouse.h"
 
+#include <QCursor>
 #include <cmath>
 
 #include "KeyInput.h"
@@ -8,11 +9,11 @@ namespace {
 
 constexpr double REACH = 9.0;  // viewer units around a point that still mean it
 
+// The middle button moves the picture and gets nowhere else.
 int buttonCode(Qt::MouseButton button) {
   switch (button) {
     case Qt::LeftButton: return 1;
     case Qt::RightButton: return 2;
-    case Qt::MiddleButton: return 4;
     default: return 0;
   }
 }
@@ -24,6 +25,9 @@ bool CPointMouse::tellTool(const SPointerAct& act, int action) {
   input.action = action;
   input.key = buttonCode(act.button);
   input.modifiers = ToolModifiers(act.modifiers);
+  const QPoint pointer = QCursor::pos();
+  input.x = pointer.x();
+  input.y = pointer.y();
   input.imageX = static_cast<int>(std::lround(act.x));
   input.imageY = static_cast<int>(std::lround(act.y));
   if (action != CUserInput::ACTION_NONE) return desk_.shot().input(input);
@@ -54,7 +58,11 @@ void CPointMouse::act(const SPointerAct& act) {
 }
 
 void CPointMouse::press(const SPointerAct& act) {
-  desk_.shot().showPoints();
+  if (act.onResult) {
+    if (onRefusal) onRefusal("Points stand in the picture before: B goes there");
+    return;
+  }
+  if (!desk_.isBusy()) desk_.shot().showPoints();
   CPointEditing& points = desk_.points();
   int index = points.pointAt(act.x, act.y, REACH / act.pixelScale);
   if (index >= 0) {

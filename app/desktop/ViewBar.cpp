@@ -57,6 +57,10 @@ CViewBar::CViewBar(QWidget* parent) : QWidget(parent) {
   zoom_->setFocusPolicy(Qt::NoFocus);
   zoom_->setToolTip("Fit the picture (Ctrl+0); again: 100 % (Ctrl+1)");
   zoom_->setMinimumWidth(fontMetrics().horizontalAdvance("Fit 1600.0 %") + 16);
+  QObject::connect(zoom_, &QToolButton::clicked, this, [this] {
+    const auto& act = fitted_ ? onWholeSize : onFit;
+    if (act) act();
+  });
   row->addWidget(zoom_);
   tellGrade();
 }
@@ -93,9 +97,5 @@ void CViewBar::setCompare(ECompare compare) {
 
 void CViewBar::setZoom(double zoom, bool fitted) {
   zoom_->setText(QString("%1%2 %").arg(fitted ? "Fit " : "").arg(zoom * 100.0, 0, 'f', 1));
-  zoom_->disconnect();
-  QObject::connect(zoom_, &QToolButton::clicked, this, [this, fitted] {
-    const auto& act = fitted ? onWholeSize : onFit;
-    if (act) act();
-  });
+  fitted_ = fitted;
 }

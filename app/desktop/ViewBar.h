@@ -32,4 +32,5 @@ class CViewBar : public QWidget {
   QSlider* gamma_ = nullptr;     ///< tenths of an octave, so that the middle is 1
   QLabel* values_ = nullptr;
   QToolButton* zoom_ = nullptr;
+  bool fitted_ = false;
 };

@@ -118,8 +118,21 @@ void CViewer::wheelEvent(QWheelEvent* event) {
   event->accept();
 }
 
+bool CViewer::isOnResult(const QPointF& at) const {
+  switch (compare_) {
+    case ECompare::before: return false;
+    case ECompare::after: return after_ != nullptr;
+    case ECompare::split: return after_ != nullptr && at.x() >= wipeX();
+    case ECompare::sideBySide: return at.x() >= paneSize().width();
+  }
+  return false;
+}
+
+// One button at a time: another one that goes down meanwhile neither ends nor changes the drag.
 void CViewer::mousePressEvent(QMouseEvent* event) {
+  if (drag_ != EDrag::none) return;
   last_ = event->position();
+  dragButton_ = event->button();
   if (event->button() == Qt::MiddleButton)
     drag_ = EDrag::pan;
   else if (event->button() == Qt::LeftButton && isOnWipe(last_))
@@ -141,9 +154,11 @@ void CViewer::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void CViewer::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != dragButton_) return;
   if (drag_ == EDrag::pass)
     passOn(SPointerAct::EKind::release, event->position(), event->button(), event->modifiers());
   drag_ = EDrag::none;
+  dragButton_ = Qt::NoButton;
   update();
 }
 
@@ -151,17 +166,16 @@ void CViewer::passOn(SPointerAct::EKind kind, const QPointF& at, Qt::MouseButton
                      Qt::KeyboardModifiers modifiers) {
   if (!onPointer || scaler_.picture().isEmpty()) return;
   const QPointF place = view_.toPicture(inFirstPane(at));
-  onPointer({kind, place.x() - CENTRE, place.y() - CENTRE, button, modifiers, view_.scale()});
+  onPointer({kind, place.x() - CENTRE, place.y() - CENTRE, button, modifiers, view_.scale(),
+             isOnResult(at)});
 }
 
 void CViewer::enterEvent(QEnterEvent*) {
   inside_ = true;
-  if (onPointerInside) onPointerInside(true);
 }
 
 void CViewer::leaveEvent(QEvent*) {
   inside_ = false;
-  if (onPointerInside) onPointerInside(false);
   update();
 }
 

@@ -24,6 +24,7 @@ struct SPointerAct {
   Qt::MouseButton button = Qt::NoButton;
   Qt::KeyboardModifiers modifiers;
   double pixelScale = 1.0;  ///< viewer units of one picture pixel
+  bool onResult = false;    ///< what is seen there is the result, whose picture has moved
 };
 
 /// Shows a frame before and after the work, with the tool's overlay. The wheel zooms at the
@@ -58,7 +59,6 @@ class CViewer : public QWidget {
 
   std::function<void(const SPointerAct&)> onPointer;
   std::function<void()> onZoom;
-  std::function<void(bool)> onPointerInside;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -86,6 +86,7 @@ class CViewer : public QWidget {
   bool isOnWipe(const QPointF& at) const;
   /// Where the pointer would be in the first pane.
   QPointF inFirstPane(QPointF at) const;
+  bool isOnResult(const QPointF& at) const;
   void passOn(SPointerAct::EKind kind, const QPointF& at, Qt::MouseButton button,
               Qt::KeyboardModifiers modifiers);
   void updateView();
@@ -111,6 +112,7 @@ class CViewer : public QWidget {
   double wipe_ = 0.5;
   bool magnifier_ = false;
   EDrag drag_ = EDrag::none;
+  Qt::MouseButton dragButton_ = Qt::NoButton;  ///< that ends it
   QPointF last_;
   bool inside_ = false;
   double wheel_ = 0.0;  ///< what is left of an incomplete step

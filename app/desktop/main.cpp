@@ -1,10 +1,10 @@
-#include <QApplication>
 #include <QIcon>
 #include <QStyleFactory>
 #include <csignal>
 #include <cstdio>
 #include <string>
 
+#include "DesktopApplication.h"
 #include "MainWindow.h"
 #include "session/PluginLibrary.h"
 
@@ -26,12 +26,18 @@ int answerWithoutWindow(int argc, char** argv) {
   return help ? 0 : 2;
 }
 
-int run(const char* clip) {
+int run(CDesktopApplication& application, const char* clip) {
   CQtApplication toolkit;
+  application.onException = [&](const QString& text) {
+    toolkit.showError("Something went wrong that should not. Save the points before going on.\n\n" +
+                      text.toStdString());
+  };
   CMainWindow window(toolkit);
   window.show();
   if (clip) window.open(QString::fromLocal8Bit(clip));
-  return QApplication::exec();
+  const int status = QApplication::exec();
+  application.onException = {};
+  return status;
 }
 
 }  // namespace
@@ -46,11 +52,11 @@ int main(int argc, char** argv) {
   // Half a device pixel is no place for a panel that is laid out in whole ones.
   QApplication::setHighDpiScaleFactorRoundingPolicy(
       Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-  QApplication application(argc, argv);
+  CDesktopApplication application(argc, argv);
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   QApplication::setWindowIcon(QIcon(":/icons/stabilize-desktop.png"));
   try {
-    return run(argc > 1 ? argv[1] : nullptr);
+    return run(application, argc > 1 ? argv[1] : nullptr);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "stabilize-desktop: %s\n", error.what());
     return 1;

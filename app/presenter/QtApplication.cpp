@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
@@ -104,6 +106,16 @@ bool CQtApplication::ask(const std::string& question, const std::string& yes) {
   box.setDefaultButton(QMessageBox::Cancel);
   box.exec();
   return box.clickedButton() == agree;
+}
+
+std::string CQtApplication::askText(const std::string& title, const std::string& label,
+                                    const std::string& text) {
+  const CModal modal(*this);
+  bool given = false;
+  const QString answer = QInputDialog::getText(
+      QApplication::activeWindow(), QString::fromStdString(title), QString::fromStdString(label),
+      QLineEdit::Normal, QString::fromStdString(text), &given);
+  return given ? answer.toStdString() : std::string();
 }
 
 std::string CQtApplication::chooseFile(const SFileDialog& wanted) {

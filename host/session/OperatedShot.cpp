@@ -1,5 +1,6 @@
 #include "session/OperatedShot.h"
 
+#include <chrono>
 #include <utility>
 
 #include "ToolCalls.h"
@@ -62,6 +63,7 @@ void COperatedShot::openTool() {
 }
 
 void COperatedShot::changeClip(std::unique_ptr<IClipReader> reader) {
+  if (finishing_.valid()) takeFinished();
   session_.changeClip(std::move(reader));
   writer_.reset();
   session_.setMarks(info().firstFrame, info().endFrame);
@@ -81,6 +83,7 @@ void COperatedShot::close() {
     stop();
     saveSettings();
   }
+  if (finishing_.valid()) takeFinished();
   EndTool(std::exchange(tool_, nullptr), session_);
   session_.setDisplay(nullptr);
 }
@@ -114,36 +117,50 @@ void COperatedShot::stop() {
 void COperatedShot::pump() {
   if (held_ > 0) return;
   session_.pump();
+  if (finishing_.valid() &&
+      finishing_.wait_for(std::chrono::seconds(0)) == std::future_status::ready)
+    takeFinished();
   if (std::exchange(wasTracking_, session_.isTracking()) && !wasTracking_) noteLostPoints();
   const bool busy = session_.isBusy();
   if (!session_.frameFailure().empty()) noteFailure(session_.frameFailure());
   if (wasBusy_ && !busy) {
     if (!session_.tracking().failure.empty())
       noteFailure(info().path + ": " + session_.tracking().failure);
-    finishRender();
+    endRender();
   }
   if (busy && !wasBusy_) lastFailure_.clear();
   wasBusy_ = busy;
 }
 
 void COperatedShot::setWriter(std::unique_ptr<IClipWriter> writer) {
+  if (finishing_.valid()) takeFinished();
   session_.setWriter(writer.get());
   writer_ = std::move(writer);
   wanted_ = session_.getMarkOut() - session_.getMarkIn();
 }
 
 // A video that lacks frames is given up; of a sequence, what is written stays.
-void COperatedShot::finishRender() {
-  if (!writer_) return;
-  ended_ = SRender{session_.finishWriting(), wanted_};
+void COperatedShot::endRender() {
+  if (!writer_ || finishing_.valid()) return;
+  finished_ = {session_.finishWriting(), wanted_};
   session_.setWriter(nullptr);
   if (!session_.frameFailure().empty()) noteFailure(session_.frameFailure());
-  try {
-    if (ended_->written == wanted_) writer_->finish();
-  } catch (const CClipError& error) {
-    noteFailure(error.what());
-  }
+  const bool complete = finished_.written == finished_.wanted;
+  finishing_ = std::async(std::launch::async, [this, complete]() -> std::string {
+    try {
+      if (complete) writer_->finish();
+    } catch (const std::exception& error) {
+      return error.what();
+    }
+    return {};
+  });
+}
+
+void COperatedShot::takeFinished() {
+  const std::string failure = finishing_.get();
   writer_.reset();
+  ended_ = finished_;
+  if (!failure.empty()) noteFailure(failure);
 }
 
 // The set that is left may do; whether it does is the operator's to say.

@@ -76,6 +76,10 @@ bool CShotSession::isBusy() const {
   return trackingRun_ || (tool_ && tool_->getToolProcessingState() != CToolObject::STATE_IDLE);
 }
 
+bool CShotSession::isPaused() const {
+  return shot_->setups.isPaused();
+}
+
 void CShotSession::setTool(CToolObject* tool) {
   tool_ = tool;
   shot_->setups.setTool(tool);
@@ -145,8 +149,10 @@ bool CShotSession::readDisplayedPixel(int x, int y, int& maximum, float (&compon
   return true;
 }
 
+// A sequence may have been opened by its folder's name: its files say where it lies.
 std::string CShotSession::getFolderText() {
-  return info().path;
+  const std::string file = shot_->reader->sourceFile(info().firstFrame);
+  return file.empty() ? info().path : file;
 }
 
 int CShotSession::MakeSimpleToolSetup(const std::string&, int kind, const CToolIOConfig& config) {

@@ -96,6 +96,11 @@ void CToolSetups::pump() {
   if (!failure_.empty()) tool_->stopProcessing();
 }
 
+bool CToolSetups::isPaused() const {
+  const CToolSetup* setup = activeSetup();
+  return setup && setup->status() == CToolSetup::STATUS_PAUSED;
+}
+
 int CToolSetups::finishWriting() {
   CToolSetup* setup = activeSetup();
   if (!setup) return 0;

@@ -108,7 +108,7 @@ class OperatedShot : public ::testing::Test {
   }
   bool isIdle() {
     shot.pump();
-    return !shot.session().isBusy();
+    return !shot.isBusy();
   }
   void track(int lowest = 180) {
     CTrackingArray& array = *shot.session().editor()->trackingArray();

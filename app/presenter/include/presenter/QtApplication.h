@@ -27,6 +27,8 @@ class CQtApplication : public TApplication {
 
   /// A question of the program's own, with the text of the button that agrees.
   bool ask(const std::string& question, const std::string& yes);
+  /// A line of text that the operator may change; empty: they gave it up, or left nothing.
+  std::string askText(const std::string& title, const std::string& label, const std::string& text);
 
   /// Dialogs that are open now, one within the other. While one is, its caller is in the middle of
   /// something.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -42,6 +43,8 @@ class COperatedShot {
   void showPoints();
   /// Asks a running or paused pass to end; it ends in later rounds of `pump`.
   void stop();
+  /// A pass runs or pauses, or what it wrote is being completed.
+  bool isBusy() const { return session_.isBusy() || finishing_.valid(); }
 
   /// The session's round; does nothing while the tool waits for an answer (see `hold`).
   void pump();
@@ -50,7 +53,8 @@ class COperatedShot {
   void release() { --held_; }
 
   /// The next render writes there. When it has ended the writer is completed, if every marked frame
-  /// was written, and gone. REQUIRES: not busy.
+  /// was written, on a thread of its own, since that may mean sound and the end of a long video;
+  /// then it is gone. REQUIRES: no pass runs; waits for a writer that is being completed.
   void setWriter(std::unique_ptr<IClipWriter> writer);
   bool hasWriter() const { return writer_ != nullptr; }
 
@@ -80,7 +84,8 @@ class COperatedShot {
   void openTool();
   void close();
   void saveSettings();
-  void finishRender();
+  void endRender();
+  void takeFinished();
   void noteLostPoints();
   void noteFailure(const std::string& text);
 
@@ -94,6 +99,8 @@ class COperatedShot {
   std::string lastFailure_;
   int wanted_ = 0;  ///< frames of the render that writer_ is for
   std::optional<SRender> ended_;
+  SRender finished_;                    ///< what `finishing_` completes
+  std::future<std::string> finishing_;  ///< what went wrong with it
   int held_ = 0;
   bool wasBusy_ = false;
   bool wasTracking_ = false;

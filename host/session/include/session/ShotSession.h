@@ -70,6 +70,8 @@ class CShotSession : public CNavSystemInterface {
   bool isTracking() const { return trackingRun_ != nullptr; }
   /// A pass runs or pauses: tracking, smoothing, preview or render.
   bool isBusy() const;
+  /// A pass has paused: the shot can be looked at, not changed.
+  bool isPaused() const;
   /// What the tool draws over the displayed frame.
   SOverlay overlay();
 

@@ -88,6 +88,8 @@ class CToolSetups {
 
   /// Forwards statuses to the tool; a frame that cannot be read or written stops the pass.
   void pump();
+  /// The active setup's run has paused.
+  bool isPaused() const;
   /// Frames of the last run of the active setup that are written; waits for them.
   int finishWriting();
   /// The first frame failure since the last run began.
