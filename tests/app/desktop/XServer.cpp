@@ -1,5 +1,6 @@
 #include "XServer.h"
 
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
@@ -12,6 +13,7 @@ CXServer::CXServer() {
   process_ = fork();
   if (process_ == 0) {
     close(ends[0]);
+    prctl(PR_SET_PDEATHSIG, SIGTERM);  // a test that is killed leaves no screen behind
     const std::string number = std::to_string(ends[1]);
     // It chooses a free number itself and tells it once it listens.
     execlp("Xvfb", "Xvfb", "-displayfd", number.c_str(), "-screen", "0", "2600x1700x24",

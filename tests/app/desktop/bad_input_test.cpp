@@ -1,9 +1,12 @@
 #include <sys/resource.h>
+#include <QSettings>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
 
+#include "DesktopApplication.h"
 #include "DesktopFixture.h"
+#include "support/Files.h"
 
 namespace fs = std::filesystem;
 
@@ -138,13 +141,40 @@ TEST_F(Desktop, ClosingInTheMiddleAsksAndSavesThePoints) {
 }
 
 TEST_F(Desktop, ASecondWindowOnTheClipIsAskedFor) {
-  open();
+  open(at("shot"));
+  EXPECT_EQ(desk().session().getFolderText(), at("shot/scan.1001.dpx")) << "its points lie there";
   answerWith("Cancel");
   CQtApplication second;
   CMainWindow other(second);
-  other.open(QString::fromStdString(clip()));
-  EXPECT_TRUE(says(said(), "another Stabilize window"));
-  EXPECT_FALSE(other.desk().isOpen());
+  for (const char* name : {"shot/scan.####.dpx", "shot/scan.1004.dpx", "shot"}) {
+    other.open(QString::fromStdString(at(name)));
+    EXPECT_TRUE(says(said(), "another Stabilize window")) << name;
+    EXPECT_FALSE(other.desk().isOpen()) << name;
+  }
+}
+
+TEST_F(Desktop, SettingsThatAreDamagedDoNotEndTheProgram) {
+  const QString file = QString::fromStdString(ConfigFolder() + "/stabilize/desktop.ini");
+  QSettings(file, QSettings::IniFormat).setValue("appearance", "Mauve");
+  CQtApplication second;
+  CMainWindow other(second);
+  EXPECT_TRUE(other.close());
+  EXPECT_EQ(QSettings(file, QSettings::IniFormat).value("appearance").toString(), "System");
+}
+
+TEST(DesktopApplication, AnExceptionOfAHandlerIsToldOnceAndThePointsStay) {
+  class CThrowing : public QObject {
+    bool event(QEvent*) override { throw std::runtime_error("no thread"); }
+  } receiver;
+  auto& application = static_cast<CDesktopApplication&>(*qApp);
+  QStringList told;
+  application.onException = [&](const QString& text) { told.push_back(text); };
+  for (int i = 0; i < 2; ++i) {
+    QEvent event(QEvent::User);
+    EXPECT_FALSE(QCoreApplication::sendEvent(&receiver, &event));
+  }
+  EXPECT_EQ(told, QStringList("no thread"));
+  application.onException = {};
 }
 
 }  // namespace

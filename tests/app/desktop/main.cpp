@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QStyleFactory>
 #include <cstdio>
 #include <optional>
 
+#include "DesktopApplication.h"
 #include "XServer.h"
 
 // Tests act in real windows on a screen of their own. One that only lists itself needs none.
@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   qputenv("QT_QPA_PLATFORM", "xcb");
-  QApplication application(argc, argv);
+  CDesktopApplication application(argc, argv);
   QApplication::setApplicationDisplayName("Stabilize");
   QApplication::setStyle(QStyleFactory::create("Fusion"));
   return RUN_ALL_TESTS();

@@ -81,6 +81,16 @@ TEST_F(Desktop, ARenderIsPausedGoesOnAndIsStopped) {
   EXPECT_LT(paused, 150u);
   operator_.settle();
   EXPECT_EQ(desk().resultFrames().size(), paused);
+  const int shown = desk().displayedFrame();
+  operator_.type("Left");
+  EXPECT_EQ(desk().displayedFrame(), shown - 1) << "one can look around meanwhile";
+  EXPECT_EQ(viewer().compare(), ECompare::after);
+  for (const char* key : {"t", "i", "Shift_L"}) operator_.type(key);
+  operator_.settle();
+  EXPECT_EQ(viewer().compare(), ECompare::before) << "and at what was there before";
+  EXPECT_EQ(desk().session().getMarkIn(), 1001);
+  operator_.type("Return");  // go on from here
+  EXPECT_TRUE(button("ResumeButton").isVisible()) << "no command hides the way back";
   operator_.type("space");
   ASSERT_TRUE(operator_.waitFor([&] { return desk().resultFrames().size() > paused + 4; }));
   operator_.type("Ctrl+space");
@@ -126,6 +136,24 @@ TEST_F(Desktop, PointsAreDraggedDeletedAndBroughtBack) {
   operator_.type("Right");
   operator_.click(viewer(), inViewer(200, 200));
   EXPECT_EQ(points().NumberOfPoints(), 1) << "points are placed on the IN frame";
+}
+
+TEST_F(Desktop, ASecondButtonLeavesNoPointAtThePointer) {
+  open();
+  operator_.moveTo(viewer(), inViewer(300, 240));
+  operator_.press();
+  operator_.press(2);
+  operator_.release();
+  operator_.release(2);
+  EXPECT_FALSE(viewer().hasMagnifier());
+  ASSERT_EQ(points().NumberOfPoints(), 1);
+  const CTrackingPoints placed = points().FindPoints(1001);
+  operator_.moveTo(viewer(), inViewer(340, 260));
+  operator_.settle();
+  EXPECT_TRUE(points().FindPoints(1001) == placed);
+  operator_.type("y");
+  operator_.click(viewer(), {viewer().width() * 0.75, viewer().height() * 0.5});
+  EXPECT_EQ(points().NumberOfPoints(), 1) << "none in the result, whose picture has moved";
 }
 
 TEST_F(Desktop, PointsThatAreFoundAreOneStepAndCanBeTracked) {
@@ -270,6 +298,11 @@ TEST_F(Desktop, AShotIsCapturedToTheListAndTheListIsRun) {
   operator_.click(*entries.viewport(), first);
   ASSERT_TRUE(operator_.waitFor([this] { return points().NumberOfPoints() == 4; }))
       << "a double click opens the entry again";
+  entries.setFocus();
+  entries.topLevelItem(0)->setSelected(true);
+  operator_.type("Delete");
+  EXPECT_EQ(desk().list().read().shots().size(), 0u) << "the entry, no point";
+  EXPECT_EQ(points().NumberOfPoints(), 4);
 }
 
 TEST_F(Desktop, MarksAreDraggedInTheTimeline) {

@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QWidget>
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "KeyInput.h"
+#include "KeyRouter.h"
 #include "PictureScaler.h"
 #include "ViewTransform.h"
 
@@ -97,6 +101,7 @@ TEST(KeyInput, KeysHaveTheToolsCodesAndModifiers) {
     Qt::KeyboardModifiers modifiers;
     int code;
     int bits;
+    quint32 place = 0;  ///< the key's number on the keyboard
   } cases[] = {
       {"a letter", QEvent::KeyPress, Qt::Key_D, Qt::ShiftModifier, 'D', 1},
       {"a digit", QEvent::KeyPress, Qt::Key_5, {}, '5', 0},
@@ -106,6 +111,11 @@ TEST(KeyInput, KeysHaveTheToolsCodesAndModifiers) {
       {"its key with Shift", QEvent::KeyPress, Qt::Key_Less, Qt::ShiftModifier, 0xBC, 1},
       {"its key elsewhere", QEvent::KeyPress, Qt::Key_Semicolon, Qt::ShiftModifier, 0xBC, 1},
       {"a semicolon", QEvent::KeyPress, Qt::Key_Semicolon, {}, 0xBA, 0},
+      {"a sign that is its own key elsewhere", QEvent::KeyPress, Qt::Key_Less, {}, 0, 0},
+      {"a bracket there", QEvent::KeyPress, Qt::Key_ParenLeft, {}, 0, 0},
+      {"the digit's key there", QEvent::KeyPress, Qt::Key_ParenLeft, {}, '5', 0, 14},
+      {"and with Shift", QEvent::KeyPress, Qt::Key_0, Qt::ShiftModifier, '0', 1, 19},
+      {"the window manager's", QEvent::KeyPress, Qt::Key_G, Qt::MetaModifier, 0, 0},
       {"Return", QEvent::KeyPress, Qt::Key_Enter, Qt::KeypadModifier, 0x0D, 0},
       {"F1", QEvent::KeyPress, Qt::Key_F1, {}, 0x70, 0},
       {"Shift down is held", QEvent::KeyPress, Qt::Key_Shift, {}, 0x10, 1},
@@ -114,12 +124,38 @@ TEST(KeyInput, KeysHaveTheToolsCodesAndModifiers) {
        Qt::ShiftModifier | Qt::ControlModifier, 0x11, 1},
       {"nothing tools know", QEvent::KeyPress, Qt::Key_VolumeUp, {}, 0, 0}};
   for (const auto& c : cases) {
-    const CUserInput input = ToUserInput(QKeyEvent(c.type, c.key, c.modifiers));
+    const CUserInput input = ToUserInput(QKeyEvent(c.type, c.key, c.modifiers, c.place, 0, 0));
     EXPECT_EQ(input.action,
               c.type == QEvent::KeyPress ? CUserInput::ACTION_KEY_DOWN : CUserInput::ACTION_KEY_UP);
     EXPECT_EQ(input.key, c.code) << c.what;
     EXPECT_EQ(input.modifiers, c.bits) << c.what;
   }
+}
+
+TEST(KeyRouter, ShiftThatComesUpFirstIsToldOnceTheOthersAreUp) {
+  QWidget window;
+  CKeyRouter router(window);
+  std::string told;
+  router.toTool = [&](const CUserInput& input) {
+    const bool up = input.action == CUserInput::ACTION_KEY_UP;
+    told += (up ? "-" : "+") + std::to_string(input.key) + "/" + std::to_string(input.modifiers);
+    return true;
+  };
+  const auto send = [&](QEvent::Type type, int key, Qt::KeyboardModifiers before) {
+    QKeyEvent event(type, key, before);
+    QCoreApplication::sendEvent(&window, &event);
+  };
+  send(QEvent::KeyPress, Qt::Key_Shift, {});
+  send(QEvent::KeyPress, Qt::Key_Alt, Qt::ShiftModifier);
+  send(QEvent::KeyRelease, Qt::Key_Shift, Qt::ShiftModifier | Qt::AltModifier);
+  EXPECT_EQ(told, "+16/1+18/5-16/4");
+  told.clear();
+  send(QEvent::KeyRelease, Qt::Key_Alt, Qt::AltModifier);
+  EXPECT_EQ(told, "-18/0-16/0");
+  told.clear();
+  send(QEvent::KeyPress, Qt::Key_Control, {});
+  send(QEvent::KeyRelease, Qt::Key_Control, Qt::ControlModifier);
+  EXPECT_EQ(told, "+17/2-17/0") << "only where it is due";
 }
 
 }  // namespace
