@@ -63,7 +63,7 @@ std::optional<CTimecode> DecodeTimecode(std::uint32_t code, int rate, bool flags
   if (frames >= static_cast<unsigned>(rate) || seconds > 59 || minutes > 59 || hours > 23)
     return std::nullopt;
   const bool drop = flags && (code & 0x40) != 0 && (rate == 30 || rate == 60);
-  char text[16];
+  char text[24];  // what the numbers might need, for all the compiler knows
   std::snprintf(text, sizeof text, "%02u:%02u:%02u%c%02u", hours, minutes, seconds,
                 drop ? ';' : ':', frames);
   CTimecode timecode(0, rate, drop);
