@@ -16,8 +16,8 @@ bool CToolEdge::isFull() {
 }
 
 void CToolEdge::flush() {
-  queue_.clear();
   onFlush();
+  queue_.clear();
 }
 
 void CToolEdge::announceFormat(const CImageFormat&, int, double) {}

@@ -38,9 +38,8 @@ CShotSession::SShot::SShot(std::unique_ptr<IClipReader> clipReader, const SSetti
       setups(store, {settings.outputLimit, settings.threads}) {}
 
 CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings& settings)
-    : settings_(settings),
-      shot_(std::make_unique<SShot>(std::move(reader), settings)),
-      displayedFrame_(info().firstFrame) {
+    : settings_(settings) {
+  takeShot(std::move(reader));
   // Frames are decoded ahead in order; a cache of frames that are over would only hold memory.
   toolFrameCache_.setEnabled(false);
 }
@@ -54,6 +53,16 @@ void CShotSession::endPasses() {
   shot_->setups.clear();
 }
 
+void CShotSession::takeShot(std::unique_ptr<IClipReader> reader) {
+  shot_ = std::make_unique<SShot>(std::move(reader), settings_);
+  displayedFrame_ = info().firstFrame;
+  // The tool offers to go on from what is displayed: a render then has neither gap nor repetition.
+  shot_->setups.onPausedAt = [this](int frame) {
+    resultFrame_ = NO_FRAME;
+    if (display_) goToFrame(frame);
+  };
+}
+
 void CShotSession::changeClip(std::unique_ptr<IClipReader> reader) {
   if (tool_) tool_->onClipChange();
   endPasses();
@@ -62,9 +71,8 @@ void CShotSession::changeClip(std::unique_ptr<IClipReader> reader) {
   knownPaths_ = {};
   displayedPixels_ = {};
   resultFrame_ = NO_FRAME;
-  shot_ = std::make_unique<SShot>(std::move(reader), settings_);
+  takeShot(std::move(reader));
   shot_->setups.setTool(tool_);
-  displayedFrame_ = info().firstFrame;
   trackingRegion_.reset();
   // While the tool still remembers the old clip: points of another picture go unasked.
   setMarks(-1, -1);

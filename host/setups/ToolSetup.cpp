@@ -41,7 +41,11 @@ int CToolSetup::run(IClipWriter* writer, int writerThreads) {
   const int result = processor_->ConfigurePorts();
   if (result != 0) return result;
   input_.clearFailure();
-  if (status_ != STATUS_PAUSED) output_.open(writer, writerThreads, oneFrame_);
+  if (status_ != STATUS_PAUSED) {
+    output_.open(writer, writerThreads, oneFrame_);
+    firstOfRun_ = first_;
+    writes_ = writer != nullptr;
+  }
   store_.start(first_, end_);
   post(CAutotoolCommand::RUN);
   status_ = STATUS_RUNNING;  // not only once the processor has said so
@@ -67,6 +71,11 @@ std::vector<CAutotoolStatus> CToolSetup::takeStatuses() {
     statuses.push_back(status);
   }
   return statuses;
+}
+
+int CToolSetup::firstUnwritten() const {
+  const int frame = writes_ ? output_.firstUnwritten(firstOfRun_, end_) : end_;
+  return frame < end_ ? frame : NO_FRAME;
 }
 
 int CToolSetup::finishWriting() {

@@ -87,8 +87,12 @@ void CToolSetups::pump() {
     tool_->onToolProcessingStatus(&failed);
     tool_->onToolProcessingStatus(&stopped);
   }
-  for (const CAutotoolStatus& status : setup->takeStatuses())
+  for (const CAutotoolStatus& status : setup->takeStatuses()) {
+    const bool paused = status.status == CAutotoolStatus::PAUSED;
+    const int frame = paused ? setup->firstUnwritten() : CToolSetup::NO_FRAME;
+    if (frame != CToolSetup::NO_FRAME && onPausedAt) onPausedAt(frame);
     tool_->onToolProcessingStatus(&status);
+  }
   // The tool may have destroyed its setups in answer.
   setup = activeSetup();
   if (!setup || !failure_.empty()) return;

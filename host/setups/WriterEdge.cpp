@@ -25,7 +25,7 @@ void CWriterEdge::open(IClipWriter* writer, int threads, int onlyFrame) {
   quit_ = false;
   writer_ = writer;
   onlyFrame_ = onlyFrame;
-  written_ = 0;
+  written_.clear();
   failure_.clear();
   const int count = writer && writer->isParallel() ? std::max(1, threads) : 1;
   for (int i = 0; i < count; ++i) threads_.emplace_back([this] { writerThread(); });
@@ -39,6 +39,15 @@ void CWriterEdge::onFramePut() {
   changed_.notify_all();
 }
 
+// Without a writer nothing is worth the wait.
+void CWriterEdge::onFlush() {
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!writer_) return;
+  }
+  drain();
+}
+
 void CWriterEdge::drain() {
   std::unique_lock<std::mutex> lock(mutex_);
   changed_.wait(lock, [this] { return threads_.empty() || (queued_ == 0 && writing_ == 0); });
@@ -46,12 +55,25 @@ void CWriterEdge::drain() {
 
 int CWriterEdge::framesWritten() const {
   std::lock_guard<std::mutex> lock(mutex_);
-  return written_;
+  return static_cast<int>(written_.size());
+}
+
+int CWriterEdge::firstUnwritten(int first, int end) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  while (first < end && written_.count(first) != 0) ++first;
+  return first;
 }
 
 std::string CWriterEdge::failure() const {
   std::lock_guard<std::mutex> lock(mutex_);
   return failure_;
+}
+
+bool CWriterEdge::isWanted(const CToolFrameBuffer& frame, const IClipWriter& writer) const {
+  if (frame.isEndOfMaterial()) return false;
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (onlyFrame_ != EVERY_FRAME && onlyFrame_ != frame.frameIndex()) return false;
+  return writer.isParallel() || written_.count(frame.frameIndex()) == 0;
 }
 
 void CWriterEdge::write(const CToolFrameBuffer& frame, IClipWriter* writer) {
@@ -63,7 +85,7 @@ void CWriterEdge::write(const CToolFrameBuffer& frame, IClipWriter* writer) {
   }
   std::lock_guard<std::mutex> lock(mutex_);
   if (failure.empty())
-    ++written_;
+    written_.insert(frame.frameIndex());
   else if (failure_.empty())
     failure_ = failure;
 }
@@ -76,14 +98,11 @@ void CWriterEdge::writerThread() {
     --queued_;
     ++writing_;
     IClipWriter* writer = failure_.empty() ? writer_ : nullptr;
-    const int onlyFrame = onlyFrame_;
     lock.unlock();
     {
       // A flush may have emptied the queue since the count was taken.
       const std::unique_ptr<CToolFrameBuffer> frame(queue().takeOldest());
-      const bool wanted = frame && !frame->isEndOfMaterial() &&
-                          (onlyFrame == EVERY_FRAME || onlyFrame == frame->frameIndex());
-      if (wanted && writer) write(*frame, writer);
+      if (frame && writer && isWanted(*frame, *writer)) write(*frame, writer);
     }
     lock.lock();
     --writing_;

@@ -47,7 +47,7 @@ class CToolEdge {
   virtual CToolFrameBuffer* requestFrame(int frame);
   /// Called after a frame was queued; must not throw, since the frame has changed hands.
   virtual void onFramePut() {}
-  /// Called by flush after the queue was emptied.
+  /// Called by flush: what is finished can still be handed on before what is left is deleted.
   virtual void onFlush() {}
 
  private:

@@ -102,6 +102,8 @@ TEST_F(Desktop, ARenderIsPausedGoesOnAndIsStopped) {
   }
   EXPECT_LT(files, 150);
   EXPECT_GE(files, 9);
+  EXPECT_TRUE(fs::exists(at("long/steady/scan." + std::to_string(1000 + files) + ".dpx")))
+      << "the pause lost none";
 }
 
 TEST_F(Desktop, PointsAreDraggedDeletedAndBroughtBack) {

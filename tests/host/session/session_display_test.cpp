@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <set>
 #include <thread>
 
@@ -61,6 +63,32 @@ class CMemoryWriter : public IClipWriter {
   std::set<int>& written_;
   bool& finished_;
   const int failing_;
+};
+
+/// Writes nothing until its gate is opened; notes what came, in order.
+class CGatedWriter : public IClipWriter {
+ public:
+  struct SGate {
+    std::mutex mutex;
+    std::condition_variable opened;
+    bool open = false;         // guarded by mutex
+    std::vector<int> written;  // guarded by mutex
+    std::vector<int> frames() {
+      const std::lock_guard lock(mutex);
+      return written;
+    }
+  };
+  CGatedWriter(SGate& gate, bool& finished) : gate_(gate), finished_(finished) {}
+  void writeFrame(int frame, const std::uint16_t*) override {
+    std::unique_lock lock(gate_.mutex);
+    gate_.opened.wait(lock, [this] { return gate_.open; });
+    gate_.written.push_back(frame);
+  }
+  void finish() override { finished_ = true; }
+
+ private:
+  SGate& gate_;
+  bool& finished_;
 };
 
 /// A generated shot that lies, for all who ask, in a folder.
@@ -253,6 +281,39 @@ TEST_F(OperatedShot, AMarkThatMovesDuringARenderCostsNoFrame) {
   pumpUntil([this] { return !display.shown().empty(); });
   shot.session().setMarkOut(106);
   pumpUntil([this] { return isIdle() && !shot.hasWriter(); });
+  EXPECT_TRUE(finished);
+  EXPECT_EQ(shot.takeRender()->written, 10);
+}
+
+TEST_F(OperatedShot, ARenderThatPausesGoesOnWithoutAGap) {
+  track();
+  CGatedWriter::SGate gate;
+  display.onRender = [&] {
+    shot.setWriter(std::make_unique<CGatedWriter>(gate, finished));
+    return true;
+  };
+  render();
+  pumpUntil([this] { return display.shown().size() >= 2; });  // finished, and none written yet
+  press(' ', 0);
+  {
+    const std::lock_guard lock(gate.mutex);
+    gate.open = true;
+  }
+  gate.opened.notify_all();
+  pumpUntil([this] { return shot.session().isPaused(); });
+  std::vector<int> expected(gate.frames().size());
+  std::iota(expected.begin(), expected.end(), 100);
+  EXPECT_EQ(gate.frames(), expected);
+  EXPECT_GE(expected.size(), 2u) << "what was finished is written";
+  EXPECT_EQ(shot.session().getDisplayedFrame(), 100 + static_cast<int>(expected.size()));
+  EXPECT_LT(expected.size(), 10u);
+  shot.session().goToFrame(100);
+  press(0x0D, 0);  // go on from the start: a video keeps what it has
+  press(' ', 0);
+  pumpUntil([this] { return isIdle(); });
+  expected.resize(10);
+  std::iota(expected.begin(), expected.end(), 100);
+  EXPECT_EQ(gate.frames(), expected);
   EXPECT_TRUE(finished);
   EXPECT_EQ(shot.takeRender()->written, 10);
 }

@@ -195,6 +195,7 @@ class CShotSession : public CNavSystemInterface {
 
   static constexpr int NO_FRAME = -1;
 
+  void takeShot(std::unique_ptr<IClipReader> reader);
   void tellMarksChanged();
   void followPass();
   bool hasTrackingData() const;
@@ -221,7 +222,7 @@ class CShotSession : public CNavSystemInterface {
   IToolProgressMonitor* monitor_ = nullptr;
   int markIn_ = -1;
   int markOut_ = -1;
-  int displayedFrame_;
+  int displayedFrame_ = 0;
   SDisplayedPixels displayedPixels_;
   SOverlay overlay_;
   int drawingColor_ = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,6 +15,7 @@
 /// THREAD: the user-interface thread.
 class CToolSetup {
  public:
+  static constexpr int NO_FRAME = -1;
   enum EStatus { STATUS_STOPPED = 1, STATUS_PAUSED = 2, STATUS_RUNNING = 3 };
 
   /// Makes the processor through the tool and connects it. REQUIRES: one input and one output port.
@@ -34,6 +36,8 @@ class CToolSetup {
 
   int kind() const { return kind_; }
   int status() const { return status_; }
+  /// The first frame of a run that has paused that was not written yet, or NO_FRAME.
+  int firstUnwritten() const;
   /// Waits until the frames of the last run are written; how many were.
   int finishWriting();
   /// Why a frame could not be read or written; empty while all is well.
@@ -50,6 +54,8 @@ class CToolSetup {
   std::unique_ptr<CToolProcessor> processor_;
   int first_ = 0;
   int end_ = 0;
+  int firstOfRun_ = 0;  ///< before a pause, which lets a run go on elsewhere
+  bool writes_ = false;
   int oneFrame_ = CWriterEdge::EVERY_FRAME;  ///< the frame that a one-frame pass is about
   int status_ = STATUS_STOPPED;
   bool threadEnded_ = false;
@@ -88,6 +94,9 @@ class CToolSetups {
 
   /// Forwards statuses to the tool; a frame that cannot be read or written stops the pass.
   void pump();
+  /// A run that writes has paused, and would go on without a gap from that frame; called before the
+  /// tool hears of the pause.
+  std::function<void(int)> onPausedAt;
   /// The active setup's run has paused.
   bool isPaused() const;
   /// Frames of the last run of the active setup that are written; waits for them.
