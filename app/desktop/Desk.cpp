@@ -184,6 +184,19 @@ void CDesk::setOutput(const std::string& output) {
   window_.showOutput();
 }
 
+void CDesk::chooseOutput() {
+  const std::string chosen = window_.chooseOutput(output_);
+  if (chosen.empty()) return;
+  const std::string before = output_;
+  setOutput(chosen);
+  try {
+    CheckOutput(output_, info(), info().firstFrame, info().endFrame, true);
+  } catch (const std::exception& error) {
+    setOutput(before);
+    window_.showFailure(error.what());
+  }
+}
+
 void CDesk::tick() {
   if (!shot_) return;
   shot_->pump();
@@ -275,6 +288,7 @@ void CDesk::captureToList(bool) {
     SStabilizeOptions options;
     options.input = info().path;
     options.output = output_;
+    options.overwrite = mayReplace(output_);
     options.in = session().getMarkIn();
     options.out = session().getMarkOut();
     options.entry = std::make_shared<const CPDLEntry>(shot_->capture());
@@ -284,6 +298,7 @@ void CDesk::captureToList(bool) {
     list_.change([&](CProcessList& list) { number = list.add(options); }, true);
     window_.showList();
     window_.showMessage("Entry " + std::to_string(number) + " added to the process list");
+  } catch (const CInterrupted&) {
   } catch (const std::exception& error) {
     window_.showFailure(error.what());
   }
@@ -312,6 +327,11 @@ bool CDesk::openEntry(const SQueuedShot& entry) {
   return true;
 }
 
+std::string CDesk::findingRefusal() {
+  if (!isBusy()) shot_->showPoints();
+  return points_->placingRefusal();
+}
+
 void CDesk::findPoints(int count) {
   CTrackingArray& array = *session().editor()->trackingArray();
   SStabilizeOptions options;
@@ -321,9 +341,8 @@ void CDesk::findPoints(int count) {
   options.threads = threads_;
   options.trackBox = array.TrackBoxExtentX;
   options.search = array.SearchBoxExtentLeft;
-  shot_->showPoints();
-  const std::string refusal = points_->placingRefusal();
-  if (!refusal.empty()) return window_.showMessage(refusal);
+  if (const std::string refusal = findingRefusal(); !refusal.empty())
+    return window_.showMessage(refusal);
   try {
     const CBusyCursor busy;
     const std::unique_ptr<IClipReader> reader = openReader(info().path);

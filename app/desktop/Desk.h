@@ -76,11 +76,15 @@ class CDesk : public IShotDisplay {
   /// Where renders go: a sequence pattern, a folder or a video file; empty: asked for.
   const std::string& output() const { return output_; }
   void setOutput(const std::string& output);
+  /// The operator's choice: told at once when nothing can be written there.
+  void chooseOutput();
 
   const CProcessListFile& list() const { return list_; }
   /// Opens an entry's clip with its marks, output, settings and points.
   bool openEntry(const SQueuedShot& entry);
 
+  /// Why none can be looked for now; empty: they can.
+  std::string findingRefusal();
   /// Finds points in the displayed IN frame.
   void findPoints(int count);
   bool isBusy() { return isOpen() && shot_->isBusy(); }

@@ -102,6 +102,8 @@ void CMainWindow::showProgress(bool busy) {
   if (busy) {
     player_->stop();
     resultSeen_ = false;
+    // A button that the pass switches off would hand the keyboard to the next slider.
+    viewer_->setFocus();
   }
   enableActions();
   showOverlay();

@@ -55,6 +55,10 @@ void CMainWindow::buildPointsMenu() {
       addAction(points, "&Redo", QKeySequence("Ctrl+Shift+Z"), [this] { desk_->points().redo(); });
   points->addSeparator();
   quietActions_.push_back(addAction(points, "&Find Points...", {}, [this] {
+    if (const std::string refusal = desk_->findingRefusal(); !refusal.empty()) {
+      application_.beep();
+      return showMessage(refusal);
+    }
     bool given = false;
     const int count =
         QInputDialog::getInt(this, "Find Points", "How many points", 16, 1, 200, 1, &given);
@@ -237,7 +241,5 @@ void CMainWindow::chooseClip() {
 }
 
 void CMainWindow::editOutput() {
-  if (!hasClip()) return;
-  const std::string chosen = chooseOutput(desk_->output());
-  if (!chosen.empty()) desk_->setOutput(chosen);
+  if (hasClip()) desk_->chooseOutput();
 }

@@ -87,9 +87,10 @@ bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
       std::all_of(result.points.begin(), result.points.end(),
                   [](const auto& point) { return point.second.state == EPointState::lost; });
   if (allLost) {
-    failure_ = "frame " + std::to_string(frame) + ": every tracking point was lost (" +
-               reasonsOf(result.points) + "); where the shot ends there, mark OUT (--out) is " +
-               std::to_string(frame);
+    const std::string number = std::to_string(frame);
+    failure_ = "frame " + number + ": every tracking point was lost (" + reasonsOf(result.points) +
+               "); where the shot ends there, mark OUT is " + number +
+               ", else more points or a larger search area may hold";
     return false;
   }
   add(std::move(result));
