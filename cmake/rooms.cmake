@@ -14,6 +14,12 @@ if(STAB_SANITIZE)
   target_compile_options(stab_options INTERFACE -fsanitize=${STAB_SANITIZE}
                                                 -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   target_link_options(stab_options INTERFACE -fsanitize=${STAB_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Between the sanitizer's calls g++ 12 loses track of a std::string's size and sees copies past its
+    # end. The same code is compiled without them, with these warnings on, in every other build.
+    target_compile_options(stab_options INTERFACE -Wno-array-bounds -Wno-stringop-overflow
+                                                  -Wno-stringop-overread)
+  endif()
 endif()
 if(STAB_FUZZ)
   # Rooms count their branches for the fuzzer; its main() comes with the fuzzers alone.

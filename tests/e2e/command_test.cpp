@@ -10,14 +10,16 @@
 
 namespace {
 
-constexpr const char* SMALL_SHOT = "--width 480 --height 360 --frames 40 --no-subject --dust 0";
-
 class Command : public ::testing::Test {
  protected:
   SRun run(const std::string& line) { return RunLine(folder_.path(), line); }
   void mustRun(const std::string& line) {
     const SRun done = run(line);
     ASSERT_EQ(done.status, 0) << line << "\n" << done.output;
+  }
+  void makeSmallShot(const std::string& output) {
+    mustRun("stabilize test-shot --width 480 --height 360 --frames 40 --no-subject --dust 0 -o " +
+            output);
   }
   std::vector<std::uint16_t> frameOf(const std::string& clip, int frame) {
     const auto reader = OpenClip((folder_.path() / clip).string(), 1);
@@ -45,7 +47,7 @@ class Command : public ::testing::Test {
 };
 
 TEST_F(Command, AWeavingScanComesOutSteadyByItsTruth) {
-  mustRun(std::string("stabilize test-shot -o scan.####.dpx --truth truth.json ") + SMALL_SHOT);
+  makeSmallShot("scan.####.dpx --truth truth.json");
   mustRun(
       "stabilize scan.####.dpx -o steady.####.dpx --stabilize rotation --report report.json "
       "--graph motion.svg --verify --max-residual 0.1");
@@ -64,7 +66,7 @@ TEST_F(Command, AWeavingScanComesOutSteadyByItsTruth) {
 }
 
 TEST_F(Command, AZoomedPictureIsMeasuredAsItWasShot) {
-  mustRun(std::string("stabilize test-shot -o scan.####.dpx --rotation 0 ") + SMALL_SHOT);
+  makeSmallShot("scan.####.dpx --rotation 0");
   const SRun zoomed =
       run("stabilize scan.####.dpx -o steady.####.dpx --fill zoom --verify --max-residual 0.1");
   ASSERT_EQ(zoomed.status, 0) << zoomed.output;
@@ -72,7 +74,7 @@ TEST_F(Command, AZoomedPictureIsMeasuredAsItWasShot) {
 }
 
 TEST_F(Command, ARotationThatIsLeftAloneIsNotBlamedOnTheResult) {
-  mustRun(std::string("stabilize test-shot -o scan.####.dpx --rotation 0.2 ") + SMALL_SHOT);
+  makeSmallShot("scan.####.dpx --rotation 0.2");
   const SRun both = run("stabilize scan.####.dpx -o steady.####.dpx --verify --report report.json");
   ASSERT_EQ(both.status, 0) << both.output;
   EXPECT_NE(both.output.find("rotation  left as shot"), std::string::npos) << both.output;
@@ -82,7 +84,7 @@ TEST_F(Command, ARotationThatIsLeftAloneIsNotBlamedOnTheResult) {
 }
 
 TEST_F(Command, ResidualAboveTheLimitFails) {
-  mustRun(std::string("stabilize test-shot -o scan.####.tif ") + SMALL_SHOT);
+  makeSmallShot("scan.####.tif");
   const SRun strict =
       run("stabilize scan.####.tif -o steady.####.tif --verify --max-residual 0.00001");
   EXPECT_EQ(strict.status, 1);
@@ -91,7 +93,7 @@ TEST_F(Command, ResidualAboveTheLimitFails) {
 }
 
 TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnTheRun) {
-  mustRun(std::string("stabilize test-shot -o scan.####.dpx ") + SMALL_SHOT);
+  makeSmallShot("scan.####.dpx");
   const std::string options =
       " --stabilize rotation --motion smooth --fill previous --overwrite -q";
   mustRun("stabilize scan.####.dpx -o a.####.dpx --threads 1" + options);
@@ -126,7 +128,7 @@ TEST_F(Command, TheMattedBorderIsNotTouched) {
 }
 
 TEST_F(Command, MarksLimitWhatIsWritten) {
-  mustRun(std::string("stabilize test-shot -o scan.####.png ") + SMALL_SHOT);
+  makeSmallShot("scan.####.png");
   mustRun(
       "stabilize scan.1003.png -o part.####.png --in 1010 --out 1015 --motion match --reference "
       "1012 --anchor none");
