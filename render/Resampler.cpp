@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "IntegerKernel.h"
 #include "ScalarFormula.h"
 #include "SpanKernel.h"
 #include "support/ErrorReport.h"
@@ -22,12 +23,32 @@ void resampleRowsScalar(const SResampleJob& job, int firstRow, int lastRow) {
   }
 }
 
+template <auto COLUMNS>
+void resampleRowsByColumns(const SResampleJob& job, int firstRow, int lastRow) {
+  for (int y = firstRow; y <= lastRow; ++y) COLUMNS(job, y, job.area.left, job.area.right + 1);
+}
+
+#if defined(__x86_64__)
+
+bool hasAvx2() {
+  return __builtin_cpu_supports("avx2");
+}
+
+bool hasAvx512() {
+  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+}
+
+#endif
+
 const SResampler resamplers[] = {
 #if defined(__x86_64__)
-    {"spans", "avx512", &HasAvx512, &ResampleRowsSpansAvx512},
-    {"spans", "avx2", &HasAvx2, &ResampleRowsSpansAvx2},
+    {"integer", "avx512", &hasAvx512, &ResampleRowsIntegerAvx512},
+    {"integer", "avx2", &hasAvx2, &ResampleRowsIntegerAvx2},
+    {"spans", "avx512", &hasAvx512, &resampleRowsByColumns<&ResampleColumnsSpansAvx512>},
+    {"spans", "avx2", &hasAvx2, &resampleRowsByColumns<&ResampleColumnsSpansAvx2>},
 #endif
-    {"spans", "plain", &always, &ResampleRowsSpans},
+    {"spans", "plain", &always, &resampleRowsByColumns<&ResampleColumnsSpans>},
     {"scalar", "plain", &always, &resampleRowsScalar},
 };
 

@@ -157,53 +157,42 @@ STAB_INLINE void byPixels(const SResampleJob& job, int x, int y, int count) {
   }
 }
 
-STAB_INLINE void resampleRows(const SResampleJob& job, int firstRow, int lastRow) {
+STAB_INLINE void resampleColumns(const SResampleJob& job, int y, int first, int end) {
   SChunk chunk;
-  for (int y = firstRow; y <= lastRow; ++y) {
-    for (int x0 = job.area.left; x0 <= job.area.right; x0 += CHUNK) {
-      const int count = std::min(CHUNK, job.area.right - x0 + 1);
-      evaluate(job, y, x0, count, chunk);
-      for (int from = 0; from < count;) {
-        const int length = runEnd(chunk, from, count) - from;
-        const int key = chunk.key[from];
-        if (key == KEY_MISSING) {
-          FillPixels(job, x0 + from, y, length);
-        } else if (key == KEY_EDGE || length < SHORTEST_RUN) {
-          byPixels(job, x0 + from, y, length);
-        } else {
-          blendRun(job, x0 + from, y, from, length, chunk);
-        }
-        from += length;
+  for (int x0 = first; x0 < end; x0 += CHUNK) {
+    const int count = std::min(CHUNK, end - x0);
+    evaluate(job, y, x0, count, chunk);
+    for (int from = 0; from < count;) {
+      const int length = runEnd(chunk, from, count) - from;
+      const int key = chunk.key[from];
+      if (key == KEY_MISSING) {
+        FillPixels(job, x0 + from, y, length);
+      } else if (key == KEY_EDGE || length < SHORTEST_RUN) {
+        byPixels(job, x0 + from, y, length);
+      } else {
+        blendRun(job, x0 + from, y, from, length, chunk);
       }
+      from += length;
     }
   }
 }
 
 }  // namespace
 
-void ResampleRowsSpans(const SResampleJob& job, int firstRow, int lastRow) {
-  resampleRows(job, firstRow, lastRow);
+void ResampleColumnsSpans(const SResampleJob& job, int y, int first, int end) {
+  resampleColumns(job, y, first, end);
 }
 
 #if defined(__x86_64__)
 
-bool HasAvx2() {
-  return __builtin_cpu_supports("avx2");
+__attribute__((target("avx2"))) void ResampleColumnsSpansAvx2(const SResampleJob& job, int y,
+                                                              int first, int end) {
+  resampleColumns(job, y, first, end);
 }
 
-bool HasAvx512() {
-  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-}
-
-__attribute__((target("avx2"))) void ResampleRowsSpansAvx2(const SResampleJob& job, int firstRow,
-                                                           int lastRow) {
-  resampleRows(job, firstRow, lastRow);
-}
-
-__attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void ResampleRowsSpansAvx512(
-    const SResampleJob& job, int firstRow, int lastRow) {
-  resampleRows(job, firstRow, lastRow);
+__attribute__((target("avx512f,avx512bw,avx512dq,avx512vl"))) void ResampleColumnsSpansAvx512(
+    const SResampleJob& job, int y, int first, int end) {
+  resampleColumns(job, y, first, end);
 }
 
 #endif
