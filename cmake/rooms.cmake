@@ -26,7 +26,7 @@ if(STAB_FUZZ)
   target_compile_options(stab_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 find_package(Threads REQUIRED)
-target_link_libraries(stab_options INTERFACE Threads::Threads)
+target_link_libraries(stab_options INTERFACE Threads::Threads ${CMAKE_DL_LIBS})
 
 # stab_room(<target> <OBJECT|STATIC> [rooms it may use ...])
 function(stab_room target kind)

@@ -7,7 +7,8 @@
 namespace {
 
 int describe(const std::string& path) {
-  const SClipInfo info = OpenClip(path, 1)->info();
+  const std::unique_ptr<IClipReader> reader = OpenClip(path, 1);
+  const SClipInfo& info = reader->info();
   std::printf("path        %s\nkind        %s\npicture     %d x %d, %d bit%s\n", info.path.c_str(),
               info.kind.c_str(), info.format.getPixelsPerLine(), info.format.getLinesPerFrame(),
               info.bitDepth, info.floatSamples ? " float" : "");
@@ -16,7 +17,7 @@ int describe(const std::string& path) {
     std::printf("rate        %.6g frames/s (%d/%d)\n", info.frameRate.value(),
                 info.frameRate.numerator, info.frameRate.denominator);
   if (info.timecodeKnown) std::printf("timecode    %s\n", info.startTimecode.toText().c_str());
-  for (const auto& [key, value] : info.metadata)
+  for (const auto& [key, value] : reader->metadata())
     std::printf("  %s: %s\n", Printable(key).c_str(), Printable(value).c_str());
   return EXIT_DONE;
 }

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <optional>
 
+#include "MediaLibrary.h"
 #include "NullClip.h"
 #include "SequenceWriter.h"
-#include "VideoWriter.h"
 #include "clip/ClipWriter.h"
 
 namespace fs = std::filesystem;
@@ -29,6 +29,15 @@ SSequencePattern PatternInto(const std::string& folder, const SClipInfo& source)
   SSequencePattern pattern = FindSequence(source.path).pattern;
   pattern.folder = folder.back() == '/' ? folder : folder + "/";
   return pattern;
+}
+
+void RequireVideoExtension(const std::string& path) {
+  const std::string extension = ExtensionOf(path);
+  for (const char* known : {"mov", "mkv", "mp4"})
+    if (extension == known) return;
+  throw CClipError(path +
+                   ": unknown type of output; known are .dpx, .tif, .png and .exr for sequences, "
+                   ".mov, .mkv and .mp4 for video, and null:");
 }
 
 bool IsFolder(const std::string& path) {
@@ -130,7 +139,8 @@ std::unique_ptr<IClipWriter> CreateClip(const std::string& path, IClipReader& so
   CheckOutput(path, source.info(), first, end, options.overwrite);
   switch (ResolveOutput(path, source.info(), first, end).kind) {
     case SClipOutput::EKind::Null: return MakeNullWriter();
-    case SClipOutput::EKind::Video: return CreateVideo(path, source, first, end, options);
+    case SClipOutput::EKind::Video:
+      return MediaLibrary().createVideo(path, source, first, end, options);
     case SClipOutput::EKind::Sequence: break;
   }
   return CreateSequence(path, source, first, end, options);

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "support/TargetClones.h"
+
 namespace {
 
 template <int Bits>
@@ -39,11 +41,12 @@ std::optional<std::uint16_t> ExactHalf(float value) {
                                     ((static_cast<unsigned>(step + 25) << 10) + count - 0x400));
 }
 
-void WidenBytes(const std::uint8_t* codes, std::uint16_t* samples, std::size_t count) {
+STAB_CLONES void WidenBytes(const std::uint8_t* codes, std::uint16_t* samples, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) samples[i] = WidenCode(codes[i], 8);
 }
 
-void NarrowToBytes(const std::uint16_t* samples, std::uint8_t* codes, std::size_t count) {
+STAB_CLONES void NarrowToBytes(const std::uint16_t* samples, std::uint8_t* codes,
+                               std::size_t count) {
   for (std::size_t i = 0; i < count; ++i)
     codes[i] = static_cast<std::uint8_t>(NarrowSample(samples[i], 8));
 }

@@ -90,6 +90,11 @@ std::uint32_t CDpxHeader::pictureOffset() const {
   return element != kUndefined && element >= kFixedSize ? element : u32(4);
 }
 
+int CDpxHeader::origin(std::size_t at) const {
+  const std::uint32_t value = u32(at);
+  return value <= 0x7FFFFFFFu ? static_cast<int>(value) : 0;  // all ones: not known
+}
+
 std::uint32_t CDpxHeader::linePadding() const {
   const std::uint32_t padding = u32(812);
   return padding < 65536 ? padding : 0;

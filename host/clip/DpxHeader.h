@@ -21,6 +21,8 @@ class CDpxHeader {
   bool isLittleEndian() const { return littleEndian_; }
   int width() const { return static_cast<int>(u32(772)); }
   int height() const { return static_cast<int>(u32(776)); }
+  int originX() const { return origin(1408); }  ///< of the stored pixels in the picture
+  int originY() const { return origin(1412); }
   int elements() const { return u16(770); }
   int descriptor() const { return u8(800); }
   int bitSize() const { return u8(803); }
@@ -52,6 +54,7 @@ class CDpxHeader {
   std::uint16_t u16(std::size_t at) const;
   std::uint32_t u32(std::size_t at) const;
   float r32(std::size_t at) const;
+  int origin(std::size_t at) const;
   std::uint32_t linePadding() const;
   std::uint64_t pictureBytes() const;
 

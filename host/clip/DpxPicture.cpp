@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <cstring>
@@ -11,6 +12,7 @@
 
 #include "CodeValues.h"
 #include "clip/ClipReader.h"
+#include "support/TargetClones.h"
 
 namespace {
 
@@ -70,46 +72,71 @@ void PutWord(Word word, bool swap, std::uint8_t* bytes) {
   std::memcpy(bytes, &word, sizeof word);
 }
 
+/// The pixels of a row, three datums a word. A loop without ends of its own becomes vectors.
 template <bool Swap>
-void DecodeTenBits(const std::uint8_t* row, std::size_t datums, std::uint16_t* stored) {
-  std::size_t i = 0;
-  for (; i + 3 <= datums; i += 3, row += 4) {
-    const std::uint32_t word = WordAt<std::uint32_t>(row, Swap);
-    stored[i] = WidenCode(word >> 22, 10);
-    stored[i + 1] = WidenCode(word >> 12 & 1023, 10);
-    stored[i + 2] = WidenCode(word >> 2 & 1023, 10);
+inline void DecodeWords(const std::uint8_t* __restrict row, std::size_t words,
+                        std::uint16_t* __restrict stored) {
+  for (std::size_t i = 0; i < words; ++i) {
+    const std::uint32_t word = WordAt<std::uint32_t>(row + 4 * i, Swap);
+    stored[3 * i] = WidenCode(word >> 22, 10);
+    stored[3 * i + 1] = WidenCode(word >> 12 & 1023, 10);
+    stored[3 * i + 2] = WidenCode(word >> 2 & 1023, 10);
   }
-  if (i == datums) return;
-  const std::uint32_t word = WordAt<std::uint32_t>(row, Swap);
-  for (int shift = 22; i < datums; ++i, shift -= 10)
-    stored[i] = WidenCode(word >> shift & 1023, 10);
 }
 
 template <bool Swap>
-void EncodeTenBits(const std::uint16_t* stored, std::size_t datums, std::uint8_t* row) {
-  std::size_t i = 0;
-  for (; i + 3 <= datums; i += 3, row += 4)
-    PutWord<std::uint32_t>(NarrowSample(stored[i], 10) << 22 |
-                               NarrowSample(stored[i + 1], 10) << 12 |
-                               NarrowSample(stored[i + 2], 10) << 2,
-                           Swap, row);
-  if (i == datums) return;
-  std::uint32_t word = 0;
-  for (int shift = 22; i < datums; ++i, shift -= 10) word |= NarrowSample(stored[i], 10) << shift;
-  PutWord(word, Swap, row);
+inline void EncodeWords(const std::uint16_t* __restrict stored, std::size_t words,
+                        std::uint8_t* __restrict row) {
+  for (std::size_t i = 0; i < words; ++i) {
+    const std::uint32_t word = NarrowSample(stored[3 * i], 10) << 22 |
+                               NarrowSample(stored[3 * i + 1], 10) << 12 |
+                               NarrowSample(stored[3 * i + 2], 10) << 2;
+    PutWord(word, Swap, row + 4 * i);
+  }
+}
+
+STAB_CLONES void DecodeTenBits(const std::uint8_t* row, std::size_t words, bool swap,
+                               std::uint16_t* stored) {
+  if (swap) return DecodeWords<true>(row, words, stored);
+  DecodeWords<false>(row, words, stored);
+}
+
+STAB_CLONES void EncodeTenBits(const std::uint16_t* stored, std::size_t words, bool swap,
+                               std::uint8_t* row) {
+  if (swap) return EncodeWords<true>(stored, words, row);
+  EncodeWords<false>(stored, words, row);
+}
+
+/// Rows of 10 bits end in a whole word; one that is not full is read and written by way of one.
+void DecodeTenBitRow(const std::uint8_t* row, std::size_t datums, bool swap,
+                     std::uint16_t* stored) {
+  const std::size_t words = datums / 3;
+  DecodeTenBits(row, words, swap, stored);
+  std::uint16_t last[3];
+  DecodeTenBits(row + 4 * words, datums % 3 ? 1 : 0, swap, last);
+  std::copy_n(last, datums % 3, stored + 3 * words);
+}
+
+void EncodeTenBitRow(const std::uint16_t* stored, std::size_t datums, bool swap,
+                     std::uint8_t* row) {
+  const std::size_t words = datums / 3;
+  EncodeTenBits(stored, words, swap, row);
+  std::uint16_t last[3] = {};
+  std::copy_n(stored + 3 * words, datums % 3, last);
+  EncodeTenBits(last, datums % 3 ? 1 : 0, swap, row + 4 * words);
 }
 
 template <bool Swap>
 void DecodeRow(const std::uint8_t* row, int bits, std::size_t datums, std::uint16_t* stored) {
   if (bits == 8) return WidenBytes(row, stored, datums);
-  if (bits == 10) return DecodeTenBits<Swap>(row, datums, stored);
+  if (bits == 10) return DecodeTenBitRow(row, datums, Swap, stored);
   for (std::size_t i = 0; i < datums; ++i) stored[i] = WordAt<std::uint16_t>(row + 2 * i, Swap);
 }
 
 template <bool Swap>
 void EncodeRow(const std::uint16_t* stored, int bits, std::size_t datums, std::uint8_t* row) {
   if (bits == 8) return NarrowToBytes(stored, row, datums);
-  if (bits == 10) return EncodeTenBits<Swap>(stored, datums, row);
+  if (bits == 10) return EncodeTenBitRow(stored, datums, Swap, row);
   for (std::size_t i = 0; i < datums; ++i) PutWord(stored[i], Swap, row + 2 * i);
 }
 

@@ -25,3 +25,19 @@ CTimecode AdvanceTimecode(const CTimecode& start, int frames) {
 int TimecodeRate(const SFrameRate& rate) {
   return std::max(1, static_cast<int>(std::lround(rate.value())));
 }
+
+std::optional<CTimecode> DecodeTimecode(std::uint32_t code, int rate, bool flags) {
+  const auto decimal = [](std::uint32_t byte) { return (byte >> 4) * 10 + (byte & 15); };
+  const unsigned frames = decimal(code & (flags ? 0x3F : 0xFF));
+  const unsigned seconds = decimal(code >> 8 & 0x7F), minutes = decimal(code >> 16 & 0x7F);
+  const unsigned hours = decimal(code >> 24 & 0x3F);
+  if (frames >= static_cast<unsigned>(rate) || seconds > 59 || minutes > 59 || hours > 23)
+    return std::nullopt;
+  const bool drop = flags && (code & 0x40) != 0 && (rate == 30 || rate == 60);
+  char text[24];  // what the numbers might need, for all the compiler knows
+  std::snprintf(text, sizeof text, "%02u:%02u:%02u%c%02u", hours, minutes, seconds,
+                drop ? ';' : ':', frames);
+  CTimecode timecode(0, rate, drop);
+  if (!timecode.fromText(text)) return std::nullopt;
+  return timecode;
+}

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "DpxHeader.h"
 #include "clip/ClipInfo.h"
 
 /// One image file of a sequence. Alpha: the system carries three components, so a file with alpha
@@ -26,15 +27,21 @@ struct SImageTraits {
   bool isSingleFloat = false;  ///< 32 bits
   std::optional<SFrameRate> frameRate;
   std::optional<CTimecode> timecode;
-  std::map<std::string, std::string> metadata;
 
   /// True when frames of both can stand in one clip.
   bool isSameKind(const SImageTraits& other) const;
   /// "2048 x 1556, 3 x 10 bit".
   std::string text() const;
+  std::size_t storedCount() const;  ///< samples in the file: pixels times channels
+  /// "pixel (x, y)" of a stored sample.
+  std::string pixelText(std::size_t sample) const;
 };
 
 SImageTraits ReadImageTraits(const std::string& path);
+/// What else the file says of its picture, for display.
+std::map<std::string, std::string> ReadImageMetadata(const std::string& path);
+/// Frame rate and timecode of a DPX header.
+void AddTiming(const CDpxHeader& header, SImageTraits& traits);
 
 /// Reads the whole file as 16-bit RGB, width * height * 3 samples. Throws when it is not of the
 /// expected kind, is truncated or damaged, or cannot be carried.

@@ -1,8 +1,8 @@
 #include <filesystem>
 
+#include "MediaLibrary.h"
 #include "SequencePattern.h"
 #include "SequenceReader.h"
-#include "VideoReader.h"
 #include "clip/ClipReader.h"
 #include "clip/TestShot.h"
 
@@ -13,7 +13,8 @@ std::unique_ptr<IClipReader> OpenClip(const std::string& path, int threads) {
   const bool isFile = std::filesystem::is_regular_file(status);
   // Opening a pipe would wait for whoever writes into it, perhaps for ever.
   if (std::filesystem::is_other(status)) throw CClipError(path + ": neither a file nor a folder");
-  if (isFile && !IsImageExtension(ExtensionOf(path))) return OpenVideo(path, threads);
+  if (isFile && !IsImageExtension(ExtensionOf(path)))
+    return MediaLibrary().openVideo(path, threads);
   if (!isFile && HasFramePlaceholder(path) && !IsImageExtension(ExtensionOf(path)))
     throw CClipError(path + ": image sequences are DPX, TIFF, PNG or EXR files");
   return std::make_unique<CSequenceReader>(path, threads);

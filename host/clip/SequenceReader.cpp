@@ -51,7 +51,10 @@ CSequenceReader::CSequenceReader(const std::string& path, int threads)
   info_.timecodeKnown = traits_.timecode.has_value();
   info_.startTimecode = traits_.timecode.value_or(CTimecode(0, 24, false));
   info_.fileExtension = sequence_.pattern.extension();
-  info_.metadata = traits_.metadata;
+}
+
+std::map<std::string, std::string> CSequenceReader::metadata() const {
+  return ReadImageMetadata(sourceFile(info_.firstFrame));
 }
 
 void CSequenceReader::readFrame(int frame, std::uint16_t* samples) {

@@ -13,6 +13,7 @@ class CSequenceReader : public IClipReader {
   void readFrame(int frame, std::uint16_t* samples) override;
   bool isParallel() const override { return true; }
   std::string sourceFile(int frame) const override { return sequence_.pattern.filePath(frame); }
+  std::map<std::string, std::string> metadata() const override;
 
  private:
   SSequence sequence_;

@@ -83,7 +83,6 @@ SClipInfo MakeInfo(const STestShotSettings& s) {
   info.endFrame = s.firstFrame + s.frames;
   info.frameRateKnown = info.timecodeKnown = true;
   info.startTimecode = CTimecode(3600 * 24, 24, false);
-  info.metadata["Seed"] = std::to_string(s.seed);
   return info;
 }
 

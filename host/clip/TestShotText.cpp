@@ -44,6 +44,9 @@ class CTestShotReader : public IClipReader {
  public:
   explicit CTestShotReader(const STestShotSettings& settings) : shot_(settings) {}
   const SClipInfo& info() const override { return shot_.info(); }
+  std::map<std::string, std::string> metadata() const override {
+    return {{"Seed", std::to_string(shot_.settings().seed)}};
+  }
   void readFrame(int frame, std::uint16_t* samples) override { shot_.renderFrame(frame, samples); }
   bool isParallel() const override { return true; }
 

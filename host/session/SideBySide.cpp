@@ -24,7 +24,6 @@ CSideBySideReader::CSideBySideReader(IClipReader& left, IClipReader& right, int 
   info_.firstFrame = first;
   info_.endFrame = end;
   info_.bitDepth = std::min(info_.bitDepth, 10);
-  info_.metadata.clear();
   picture_.resize(format.getBytesPerField() / sizeof(std::uint16_t));
 }
 

@@ -2,19 +2,14 @@
 
 #include <cstddef>
 
+#include "support/TargetClones.h"
+
 /// Sixteen floats that are worked on in step. The order of every sum is written down in lanes, so
 /// all clones of a kernel (AVX-512, AVX2, plain) and therefore all machines give the same bits.
 /// Only ever a local variable: as an argument its passing would depend on the clone.
 using Lanes = float __attribute__((vector_size(64)));
 using UnalignedLanes = float __attribute__((vector_size(64), aligned(4), may_alias));
 inline constexpr int kLanes = 16;
-
-/// Sanitizers run code before their own start-up when a function is chosen at load time.
-#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-#define STAB_CLONES __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
-#else
-#define STAB_CLONES
-#endif
 
 #define STAB_LOAD(pointer) (*reinterpret_cast<const UnalignedLanes*>(pointer))
 #define STAB_STORE(pointer) (*reinterpret_cast<UnalignedLanes*>(pointer))

@@ -133,7 +133,7 @@ TEST(SequenceRoundTrip, ADpxHeaderGoesThroughUnchangedFrameByFrame) {
   EXPECT_EQ(clip->info().startTimecode.toText(), "01:02:03:01");
   EXPECT_EQ(clip->info().frameRate, (SFrameRate{24, 1}));
   EXPECT_TRUE(clip->info().frameRateKnown);
-  EXPECT_EQ(clip->info().metadata.at("FilmEdgeCode"), "KJ 12 34 567890 0042");
+  EXPECT_EQ(clip->metadata().at("FilmEdgeCode"), "KJ 12 34 567890 0042");
   CopyClip(*clip, folder("b.%04d.dpx"));
   for (int frame = 1; frame <= 3; ++frame) {
     const std::string copy = FileBytes(folder("b.000" + std::to_string(frame) + ".dpx"));

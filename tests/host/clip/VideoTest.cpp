@@ -127,7 +127,7 @@ TEST(Video, FramesOfUnequalLengthAreFramesInTheirOrderAndKeepTheirTimes) {
   MakeVideo(folder("a.mkv"), *shot, making);
   const auto clip = OpenClip(folder("a.mkv"), 1);
   EXPECT_EQ(clip->info().frameCount(), 8);
-  EXPECT_EQ(clip->info().metadata.at("VariableFrameRate"), "yes");
+  EXPECT_EQ(clip->metadata().at("VariableFrameRate"), "yes");
   const std::vector<Samples> frames = ReadAll(*clip);
   EXPECT_TRUE(ReadFrame(*clip, 5) == frames[5]);
   CopyRange(*clip, folder("b.mkv"), 1, 8);

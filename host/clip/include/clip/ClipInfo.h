@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
 
 #include "support/ImageFormat.h"
@@ -28,8 +27,7 @@ struct SClipInfo {
   bool frameRateKnown = false;
   CTimecode startTimecode;  ///< of firstFrame
   bool timecodeKnown = false;
-  std::string fileExtension;                    ///< of a sequence's files, lower case, no dot
-  std::map<std::string, std::string> metadata;  ///< colour tags, film edge code, ... for display
+  std::string fileExtension;  ///< of a sequence's files, lower case, no dot
 
   int frameCount() const { return endFrame - firstFrame; }
 };

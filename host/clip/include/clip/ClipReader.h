@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -35,6 +36,8 @@ class IClipReader {
   /// The file that holds this frame alone and whose header a writer carries over; empty when
   /// frames have no files of their own.
   virtual std::string sourceFile(int /*frame*/) const { return {}; }
+  /// What else the source says of itself, for display: colour tags, film edge code, ...
+  virtual std::map<std::string, std::string> metadata() const { return {}; }
 };
 
 /// Opens a clip: a video file; a sequence given as "name.%04d.dpx", "name.####.dpx",

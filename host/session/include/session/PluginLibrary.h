@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ToolObj/ToolObject.h"
+#include "support/LoadedLibrary.h"
 #include "toolkit/Application.h"
 
 /// A plug-in that cannot be used; the message names file, entry point and reason.
@@ -19,9 +20,6 @@ class CPluginLibrary {
  public:
   /// Loads the file and looks up all seven entry points. Throws CPluginError.
   explicit CPluginLibrary(const std::string& path);
-  ~CPluginLibrary();
-  CPluginLibrary(const CPluginLibrary&) = delete;
-  CPluginLibrary& operator=(const CPluginLibrary&) = delete;
 
   const std::string& path() const { return path_; }
   /// "major.minor.release.build".
@@ -41,7 +39,7 @@ class CPluginLibrary {
   void* symbol(const char* name) const;
 
   std::string path_;
-  void* library_ = nullptr;
+  CLoadedLibrary library_;
   std::string (*versionEntry_)(std::int32_t*) = nullptr;
   CToolObject* (*createEntry_)(std::string) = nullptr;
   void* (*resourceEntry_)(std::int32_t) = nullptr;

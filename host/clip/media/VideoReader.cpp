@@ -67,7 +67,7 @@ void CVideoReader::fillTiming() {
     info_.frameRate = {rate.num, rate.den};
     info_.frameRateKnown = true;
   }
-  if (!index_->isConstantRate()) info_.metadata["VariableFrameRate"] = "yes";
+  if (!index_->isConstantRate()) metadata_["VariableFrameRate"] = "yes";
   const std::string text = FindTimecode(decoder_.file(), stream);
   const int nominal = TimecodeRate(info_.frameRate);
   const bool drop = text.find(';') != std::string::npos && (nominal == 30 || nominal == 60);
@@ -80,7 +80,7 @@ void CVideoReader::fillMetadata() {
   const AVStream& stream = decoder_.stream();
   const AVCodecParameters& parameters = *stream.codecpar;
   const auto note = [this](const char* key, const std::string& text) {
-    if (!text.empty() && text != "unknown") info_.metadata[key] = text;
+    if (!text.empty() && text != "unknown") metadata_[key] = text;
   };
   note("PixelFormat",
        NameOrEmpty(av_get_pix_fmt_name(static_cast<AVPixelFormat>(parameters.format))));

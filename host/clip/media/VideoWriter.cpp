@@ -288,13 +288,6 @@ class CVideoWriter : public IClipWriter {
 
 }  // namespace
 
-void RequireVideoExtension(const std::string& path) {
-  if (FindKind(ExtensionOf(path)) != nullptr) return;
-  throw CClipError(path +
-                   ": unknown type of output; known are .dpx, .tif, .png and .exr for sequences, "
-                   ".mov, .mkv and .mp4 for video, and null:");
-}
-
 std::unique_ptr<IClipWriter> CreateVideo(const std::string& path, IClipReader& source, int first,
                                          int end, const SWriteOptions& options) {
   if (source.info().floatSamples)

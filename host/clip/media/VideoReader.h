@@ -19,6 +19,7 @@ class CVideoReader : public IClipReader {
   CVideoReader(const std::string& path, int threads);
   const SClipInfo& info() const override { return info_; }
   void readFrame(int frame, std::uint16_t* samples) override;
+  std::map<std::string, std::string> metadata() const override { return metadata_; }
 
   const CVideoIndex& index() const { return *index_; }
   AVRational timeBase() const { return decoder_.stream().time_base; }
@@ -36,6 +37,7 @@ class CVideoReader : public IClipReader {
   std::optional<CVideoIndex> index_;
   CVideoPixels pixels_;
   SClipInfo info_;
+  std::map<std::string, std::string> metadata_;
   Picture current_;        ///< the picture decoded last
   int currentFrame_ = -1;  ///< its frame; -1: the decoder stands at the beginning or at a key frame
   bool isPositioned_ = false;  ///< the decoder goes on right behind currentFrame_

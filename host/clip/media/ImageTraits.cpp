@@ -54,23 +54,6 @@ std::string ShortExtension(const OIIO::ImageInput& input) {
   return format == "tiff" ? "tif" : format == "openexr" ? "exr" : format;
 }
 
-/// Binary-coded timecode; `flags`: bit 6 of the frames says drop-frame (SMPTE ST 12-1).
-std::optional<CTimecode> DecodeTimecode(std::uint32_t code, int rate, bool flags) {
-  const auto decimal = [](std::uint32_t byte) { return (byte >> 4) * 10 + (byte & 15); };
-  const unsigned frames = decimal(code & (flags ? 0x3F : 0xFF));
-  const unsigned seconds = decimal(code >> 8 & 0x7F), minutes = decimal(code >> 16 & 0x7F);
-  const unsigned hours = decimal(code >> 24 & 0x3F);
-  if (frames >= static_cast<unsigned>(rate) || seconds > 59 || minutes > 59 || hours > 23)
-    return std::nullopt;
-  const bool drop = flags && (code & 0x40) != 0 && (rate == 30 || rate == 60);
-  char text[24];  // what the numbers might need, for all the compiler knows
-  std::snprintf(text, sizeof text, "%02u:%02u:%02u%c%02u", hours, minutes, seconds,
-                drop ? ';' : ':', frames);
-  CTimecode timecode(0, rate, drop);
-  if (!timecode.fromText(text)) return std::nullopt;
-  return timecode;
-}
-
 std::uint32_t EncodeTimecode(const CTimecode& timecode) {
   const std::string text = timecode.toText();  // HH:MM:SS:FF
   std::uint32_t code = 0;
@@ -81,13 +64,7 @@ std::uint32_t EncodeTimecode(const CTimecode& timecode) {
 
 void FillTiming(const ImageSpec& spec, const std::string& path, SImageTraits& traits) {
   if (traits.extension == "dpx") {
-    const CDpxHeader header(path);
-    traits.frameRate = header.frameRate();
-    const int rate = traits.frameRate ? TimecodeRate(*traits.frameRate) : 24;
-    if (const auto code = header.timecode()) traits.timecode = DecodeTimecode(*code, rate, false);
-    if (const std::string edge = header.filmEdgeCode(); !edge.empty())
-      traits.metadata["FilmEdgeCode"] = edge;
-    traits.metadata["ByteOrder"] = header.isLittleEndian() ? "little endian" : "big endian";
+    AddTiming(CDpxHeader(path), traits);
     return;
   }
   int rational[2] = {0, 0};
@@ -175,11 +152,21 @@ SImageTraits TraitsOf(OIIO::ImageInput& input, const std::string& path) {
   traits.bitDepth = traits.isFloat ? stored : spec.get_int_attribute("oiio:BitsPerSample", stored);
   if (traits.bitDepth == 0) traits.bitDepth = stored;
   RefuseLayout(input, spec, traits, path);
-  for (const OIIO::ParamValue& value : spec.extra_attribs)
-    if (value.type().basetype != TypeDesc::UINT8)
-      traits.metadata[value.name().string()] = value.get_string();
   FillTiming(spec, path, traits);
   return traits;
+}
+
+std::map<std::string, std::string> MetadataOf(OIIO::ImageInput& input, const std::string& path) {
+  std::map<std::string, std::string> metadata;
+  for (const OIIO::ParamValue& value : input.spec().extra_attribs)
+    if (value.type().basetype != TypeDesc::UINT8)
+      metadata[value.name().string()] = value.get_string();
+  if (ShortExtension(input) != "dpx") return metadata;
+  const CDpxHeader header(path);
+  if (const std::string edge = header.filmEdgeCode(); !edge.empty())
+    metadata["FilmEdgeCode"] = edge;
+  metadata["ByteOrder"] = header.isLittleEndian() ? "little endian" : "big endian";
+  return metadata;
 }
 
 ImageSpec TargetSpec(const SImageTarget& target) {
