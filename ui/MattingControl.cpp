@@ -96,9 +96,11 @@ void TStabilizerForm::enableMattingGroup() {
     mattingEnables_->restore();
     return;
   }
+  const bool focused = UseMattingCBox.isFocused();
   mattingEnables_->disable(MattingGroupBox);
   MattingGroupBox.setEnabled(true);
   UseMattingCBox.setEnabled(true);
+  if (focused) UseMattingCBox.focus();  // what is disabled, if for a moment, loses it
 }
 
 void TStabilizerForm::toggleColorPicker() {

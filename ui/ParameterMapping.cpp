@@ -218,9 +218,9 @@ void TStabilizerForm::setReferenceFrame(int frame) {
   const IClip* const clip = host().getClip();
   if (clip == nullptr) return;
   const CTimecode timecode = clip->timecodeOfFrame(frame < 0 ? clip->firstFrame() : frame);
-  if (timecode == RefFrameTimeCodeEdit.timecode()) return;
-  RefFrameTimeCodeEdit.setTimecode(timecode);
-  RefFrameTimeCodeEditExit();
+  const bool differs = timecode != RefFrameTimeCodeEdit.timecode();
+  RefFrameTimeCodeEdit.setTimecode(timecode);  // in place of what is being typed, too
+  if (differs) RefFrameTimeCodeEditExit();
 }
 
 // The reference of another shot says nothing in this one.

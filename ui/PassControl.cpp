@@ -179,7 +179,7 @@ int TStabilizerForm::stepBeforePass(int kind) {
   const int displayed = host().getDisplayedFrame();
   if (displayed >= host().getMarkOut() - 1) return kind;
   host().goToFrame(displayed + 1);
-  setResumeFrame(displayed + 2);
+  setResumeFrame(host().getDisplayedFrame() + 1);  // it may have ended elsewhere
   return kind == PREVIEW_NEXT_FRAME ? REQUEST_PREVIEW_FRAME : REQUEST_RENDER_FRAME;
 }
 

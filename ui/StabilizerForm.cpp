@@ -44,6 +44,9 @@ TStabilizerForm::TStabilizerForm(CStabilizerTool& tool)
   preferencesForm_ = std::make_unique<TStabilizerPreferencesForm>(this);
   StabilizerPreferencesForm = preferencesForm_.get();
   showParameters(CStabilizerParameters());
+  // What was stored for a wide picture would else be cut to a narrow one's range and then doubled,
+  // at each start again.
+  fitRangesToPicture();
   if (hasOperator()) {
     CAutoErrorReporter reporter("TStabilizerForm::readAll");
     if (!readAll(FORM_MODE_NORMAL)) reporter.repeat();
@@ -124,13 +127,11 @@ void TStabilizerForm::wirePointControls() {
 }
 
 void TStabilizerForm::showControlPanel() {
-  if (isControlPanelVisible()) return;
   StabilizationControlPanel.setVisible(true);
   connect();
 }
 
 void TStabilizerForm::hideControlPanel() {
-  if (!isControlPanelVisible()) return;
   StabilizationControlPanel.setVisible(false);
   disconnect();
 }
@@ -189,11 +190,15 @@ void TStabilizerForm::onMarksChanged() {
   tool_.setTrackingPointsVisible(true);
 }
 
-void TStabilizerForm::onNewClip() {
+void TStabilizerForm::fitRangesToPicture() {
   const CImageFormat* const format = host().getClipImageFormat();
   const bool wide = format != nullptr && format->getPixelsPerLine() > WIDE_PICTURE;
   fitRange(TrackingBoxSizeTrackEdit, 5, 30, wide);
   fitRange(MotionTrackEdit, 5, 50, wide);
+}
+
+void TStabilizerForm::onNewClip() {
+  fitRangesToPicture();
   sendBoxSizes();
   setDialogFolders();
   autoLoadPoints();

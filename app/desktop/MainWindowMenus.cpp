@@ -22,7 +22,10 @@ QAction* CMainWindow::addAction(QMenu* menu, const QString& text, const QKeySequ
                                 std::function<void()> act) {
   QAction* const action = menu->addAction(text);
   action->setShortcut(shortcut);
-  connect(action, &QAction::triggered, this, std::move(act));
+  connect(action, &QAction::triggered, this, [act = std::move(act)] {
+    LeaveEdit();
+    act();
+  });
   return action;
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "ControlPresenter.h"
+#include "presenter/Presentation.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ class CButtonPresenter : public CControlPresenter {
   virtual bool isChecked() const { return false; }
   virtual void onClicked() {
     // Qt has turned its own check mark by now; whatever comes of the click, the control says.
+    LeaveEdit();
     control_.click();
     update();
   }
@@ -62,7 +64,9 @@ class CToolButtonPresenter : public CButtonPresenter {
   CToolButtonPresenter(TToolButton& control, QToolButton& button)
       : CButtonPresenter(control, button), control_(control), button_(button) {
     QObject::connect(&button, &QAbstractButton::pressed, this, [this] {
-      if (isHeldKind()) control_.press();
+      if (!isHeldKind()) return;
+      LeaveEdit();
+      control_.press();
     });
     QObject::connect(&button, &QAbstractButton::released, this, [this] { control_.release(); });
   }
@@ -78,6 +82,7 @@ class CToolButtonPresenter : public CButtonPresenter {
   // One that is held has had its click when it came up.
   void onClicked() override {
     if (isHeldKind()) return update();
+    LeaveEdit();
     control_.press();
     control_.release();
     update();
@@ -166,6 +171,13 @@ class CRadioButtonPresenter : public CButtonPresenter {
 };
 
 }  // namespace
+
+void LeaveEdit() {
+  TControl* const focused = FocusedControl();
+  const bool isEdit = dynamic_cast<TEdit*>(focused) || dynamic_cast<VTimeCodeEdit*>(focused) ||
+                      dynamic_cast<TCSpinEdit*>(focused);
+  if (isEdit) DropFocus();
+}
 
 std::unique_ptr<CControlPresenter> PresentButton(TControl& control, QWidget* parent) {
   if (auto* const check = dynamic_cast<TCheckBox*>(&control))

@@ -84,7 +84,7 @@ void CControlPresenter::updateColor() {
   const bool own = fixed.isValid() || color == EColor::buttonFace;
   if (own || widget_->testAttribute(Qt::WA_SetPalette))
     widget_->setPalette(own ? palette : QPalette());
-  widget_->setAutoFillBackground(fixed.isValid());
+  widget_->setAutoFillBackground(own);  // it may lie over a sibling
 }
 
 void CControlPresenter::updateFocus() {

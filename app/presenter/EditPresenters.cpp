@@ -114,7 +114,7 @@ class CTimecodePresenter : public CLinePresenter {
     QObject::connect(&edit, &QLineEdit::textEdited, this, [this](const QString& text) {
       if (!isUpdating()) control_.typeText(text.toStdString());
     });
-    QObject::connect(&edit, &QLineEdit::returnPressed, this, [this] { control_.commit(); });
+    QObject::connect(&edit, &QLineEdit::returnPressed, this, [] { DropFocus(); });
   }
 
  protected:

@@ -1,9 +1,11 @@
 #include "session/ShotSession.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "session/MotionMeasure.h"
 #include "support/ErrorReport.h"
+#include "support/Files.h"
 
 namespace {
 
@@ -29,11 +31,23 @@ class CSessionClip : public IClip {
   const SClipInfo& info_;
 };
 
+/// A sequence may have been opened by its folder's name: its files say where it lies. A generated
+/// clip lies nowhere: what is kept with it gets a folder of its own, or it would lie in the current
+/// one, over what is kept there with another clip.
+std::string folderTextOf(const IClipReader& reader) {
+  const SClipInfo& info = reader.info();
+  const std::string file = reader.sourceFile(info.firstFrame);
+  if (!file.empty()) return file;
+  if (!info.path.starts_with("test:")) return info.path;
+  return StateFolder() + "/stabilize/generated/clip";
+}
+
 }  // namespace
 
 CShotSession::SShot::SShot(std::unique_ptr<IClipReader> clipReader, const SSettings& settings)
     : reader(std::move(clipReader)),
       clip(std::make_unique<CSessionClip>(reader->info())),
+      folderText(folderTextOf(*reader)),
       store(*reader, {settings.readAhead, settings.threads}),
       setups(store, {settings.outputLimit, settings.threads}) {}
 
@@ -55,6 +69,9 @@ void CShotSession::endPasses() {
 
 void CShotSession::takeShot(std::unique_ptr<IClipReader> reader) {
   shot_ = std::make_unique<SShot>(std::move(reader), settings_);
+  std::error_code ignored;  // whoever writes there will say it
+  if (!settings_.batch)
+    std::filesystem::create_directories(GetFilePath(shot_->folderText), ignored);
   displayedFrame_ = info().firstFrame;
   // The tool offers to go on from what is displayed: a render then has neither gap nor repetition.
   shot_->setups.onPausedAt = [this](int frame) {
@@ -157,10 +174,8 @@ bool CShotSession::readDisplayedPixel(int x, int y, int& maximum, float (&compon
   return true;
 }
 
-// A sequence may have been opened by its folder's name: its files say where it lies.
 std::string CShotSession::getFolderText() {
-  const std::string file = shot_->reader->sourceFile(info().firstFrame);
-  return file.empty() ? info().path : file;
+  return shot_->folderText;
 }
 
 int CShotSession::MakeSimpleToolSetup(const std::string&, int kind, const CToolIOConfig& config) {

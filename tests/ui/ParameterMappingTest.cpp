@@ -181,6 +181,9 @@ TEST_F(Mapping, ReferenceButtonsFollowTheHostWhereverItEnds) {
   host.displayedFrame = IN + 4;
   form->ResetRefFrameButton.click();
   EXPECT_EQ(form->gatherParameters().RefFrameIndex, IN + 4);
+  form->RefFrameTimeCodeEdit.typeText(host.clip.timecodeOfFrame(IN + 6).toText());
+  form->ResetRefFrameButton.click();
+  EXPECT_EQ(form->RefFrameTimeCodeEdit.text(), host.clip.timecodeOfFrame(IN + 4).toText());
   form->RefFrameTimeCodeEdit.typeText(host.clip.timecodeOfFrame(IN + 7).toText());
   form->GoToRefframeButton.click();
   EXPECT_EQ(host.displayedFrame, IN + 7);

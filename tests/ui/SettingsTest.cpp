@@ -75,6 +75,21 @@ class Settings : public WindowTest {
   std::string autoPoints;
 };
 
+TEST_F(Settings, BoxesOfAWidePictureAreTheSameAfterEachStart) {
+  host.imageFormat = CImageFormat(4096, 2160);
+  {
+    CSession first(host);
+    first.window->TrackingBoxSizeTrackEdit.setValue(44);
+    first.window->MotionTrackEdit.setValue(90);
+  }
+  for (int start = 0; start < 2; ++start) {
+    CSession later(host);
+    later.tool.onNewClip();
+    EXPECT_EQ(later.window->TrackingBoxSizeTrackEdit.value(), 44);
+    EXPECT_EQ(later.window->MotionTrackEdit.value(), 90);
+  }
+}
+
 TEST_F(Settings, AreRememberedFromOneSessionToTheNext) {
   CStabilizerParameters written;
   {

@@ -184,6 +184,31 @@ TEST_F(Presenter, AWheelGoesUpUntilSomebodyTakesIt) {
   EXPECT_EQ(bar.position(), 0) << "taken is taken";
 }
 
+TEST_F(Presenter, AButtonActsOnWhatIsBeingTyped) {
+  VTimeCodeEdit timecode("Timecode", &panel);
+  TButton push("Push", &panel);
+  TToolButton tool("Tool", &panel), held("Held", &panel);
+  TControl* const controls[] = {&timecode, &push, &tool, &held};
+  for (int row = 0; row < 4; ++row) place(*controls[row], row);
+  timecode.setTimecode(CTimecode(0, 24, false));
+  std::string exited, acted;
+  timecode.onExit = [&] { exited = timecode.timecode().toText(); };
+  const auto act = [&] { acted = exited; };
+  push.onClick = tool.onClick = held.onPress = act;
+  auto window = show();
+  int second = 0;
+  for (const char* name : {"Push", "Tool", "Held"}) {
+    const std::string typed = "00:00:0" + std::to_string(++second) + ":00";
+    auto& field = find<QLineEdit>("Timecode");
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClicks(&field, typed.c_str());
+    QTest::mouseClick(&find<QAbstractButton>(name), Qt::LeftButton);
+    EXPECT_EQ(acted, typed) << name;
+    EXPECT_FALSE(field.hasFocus()) << name;
+  }
+}
+
 TEST_F(Presenter, ATimecodeIsTakenOnReturnAndWhenItIsLeft) {
   VTimeCodeEdit edit("Edit", &panel);
   TEdit other("Other", &panel);
@@ -207,6 +232,7 @@ TEST_F(Presenter, ATimecodeIsTakenOnReturnAndWhenItIsLeft) {
     QTest::keyClick(&shown, c.key);
     EXPECT_EQ(edit.timecode().toText(), c.then);
     EXPECT_EQ(shown.text(), c.then);
+    EXPECT_FALSE(shown.hasFocus());
   }
 }
 

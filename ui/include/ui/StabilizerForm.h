@@ -68,7 +68,7 @@ class TStabilizerForm : public TQTXForm, public TStabilizationControls, public I
   // Files and preferences (WindowSettings.cpp).
   std::string askPointsFileToSave(const std::string& suggestedName) override;
   std::string askPointsFileToLoad(const std::string& suggestedName) override;
-  /// Asks for the mark-in preference; no control of the panel leads here, a host's menu does.
+  /// Asks for the mark-in preference; no control of the panel leads here.
   void PreferencesMenuItemClick();
   int markInMovePreference() const { return markInMovePreference_; }
 
@@ -100,7 +100,7 @@ class TStabilizerForm : public TQTXForm, public TStabilizationControls, public I
   void onMarksChanged();
   void onUpdateTimer();
   bool isIdle() const;
-  void fitRangesTo(int pixelsPerLine);
+  void fitRangesToPicture();
   void sendBoxSizes();
 
   EMotionChoice motionChoice() const;

@@ -31,3 +31,7 @@ class CPresentation {
   std::vector<std::unique_ptr<CControlPresenter>> presenters_;
   QPointer<QWidget> widget_;
 };
+
+/// The field that is being typed into is left and so says what it holds; to be called before
+/// anything that takes no focus from it acts: a push button, a menu. THREAD: as CPresentation.
+void LeaveEdit();

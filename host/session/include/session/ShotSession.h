@@ -184,6 +184,7 @@ class CShotSession : public CNavSystemInterface {
 
     std::unique_ptr<IClipReader> reader;
     std::unique_ptr<IClip> clip;
+    std::string folderText;  ///< its folder part is where what is kept with the clip lies
     CFrameStore store;
     CToolSetups setups;
   };
