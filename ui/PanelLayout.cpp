@@ -151,6 +151,7 @@ void TStabilizationControls::layOutFillAndMatting() {
   RightLeftButton.setBounds({middle + 2 * ARROW + 4, row, ARROW, ARROW});
   RightRightButton.setBounds({middle + 3 * ARROW + 4, row, ARROW, ARROW});
   MattingBoxPicture.setBounds({middle, CAPTION + ARROW + 4, 2 * ARROW, 2 * ARROW - 8});
+  MattingBoxPicture.setColor(EColor::cream);
 
   const int left = middle + 4 * ARROW + 4 + 8;
   const int width = MattingGroupBox.bounds().width - PAD - left;
