@@ -89,8 +89,7 @@ void checkAgainstScalar(const SResampler& resampler, const SMotion& motion, cons
   AllResamplers().back().resampleRows(jobOf(source, expected, motion.map), 0, HEIGHT - 1);
   resampler.resampleRows(jobOf(source, actual, motion.map), 0, HEIGHT - 1);
   if (expected == actual) return;
-  std::fprintf(stderr, "%s differs from the scalar formula: %s\n", resampler.fullName().c_str(),
-               motion.name);
+  std::fprintf(stderr, "%s differs from the scalar formula: %s\n", resampler.kernel, motion.name);
   std::exit(1);
 }
 
@@ -137,7 +136,7 @@ void resampleCase(benchmark::State& state) {
     state.counters["faster_than_warpAffine"] = median(perPeer);
   }
   state.SetLabel(std::string(motion.name) + ", " + std::to_string(threads) + " thread(s), " +
-                 resampler->fullName());
+                 resampler->kernel);
 }
 
 BENCHMARK(resampleCase)

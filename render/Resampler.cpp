@@ -1,16 +1,27 @@
 #include "render/Resampler.h"
 
-#include <cstdlib>
+#include <atomic>
+#include <string_view>
 
 #include "IntegerKernel.h"
 #include "ScalarFormula.h"
 #include "SpanKernel.h"
-#include "support/ErrorReport.h"
+#include "support/Kernels.h"
 
 namespace {
 
-bool always() {
-  return true;
+constexpr char AVX512[] = "avx512";
+constexpr char AVX2[] = "avx2";
+constexpr char PLAIN[] = "plain";
+constexpr char SCALAR[] = "scalar";
+
+std::atomic<const char*> lastKernel{""};
+
+/// A resampler that leaves its name behind.
+template <auto ROWS, const char* KERNEL>
+void noted(const SResampleJob& job, int firstRow, int lastRow) {
+  lastKernel.store(KERNEL, std::memory_order_relaxed);
+  ROWS(job, firstRow, lastRow);
 }
 
 void resampleRowsScalar(const SResampleJob& job, int firstRow, int lastRow) {
@@ -23,42 +34,19 @@ void resampleRowsScalar(const SResampleJob& job, int firstRow, int lastRow) {
   }
 }
 
-template <auto COLUMNS>
-void resampleRowsByColumns(const SResampleJob& job, int firstRow, int lastRow) {
-  for (int y = firstRow; y <= lastRow; ++y) COLUMNS(job, y, job.area.left, job.area.right + 1);
+void resampleRowsSpans(const SResampleJob& job, int firstRow, int lastRow) {
+  for (int y = firstRow; y <= lastRow; ++y)
+    ResampleColumnsSpans(job, y, job.area.left, job.area.right + 1);
 }
 
+constexpr SResampler resamplers[] = {
 #if defined(__x86_64__)
-
-bool hasAvx2() {
-  return __builtin_cpu_supports("avx2");
-}
-
-bool hasAvx512() {
-  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
-}
-
+    {AVX512, &noted<&ResampleRowsIntegerAvx512, AVX512>},
+    {AVX2, &noted<&ResampleRowsIntegerAvx2, AVX2>},
 #endif
-
-const SResampler resamplers[] = {
-#if defined(__x86_64__)
-    {"integer", "avx512", &hasAvx512, &ResampleRowsIntegerAvx512},
-    {"integer", "avx2", &hasAvx2, &ResampleRowsIntegerAvx2},
-    {"spans", "avx512", &hasAvx512, &resampleRowsByColumns<&ResampleColumnsSpansAvx512>},
-    {"spans", "avx2", &hasAvx2, &resampleRowsByColumns<&ResampleColumnsSpansAvx2>},
-#endif
-    {"spans", "plain", &always, &resampleRowsByColumns<&ResampleColumnsSpans>},
-    {"scalar", "plain", &always, &resampleRowsScalar},
+    {PLAIN, &noted<&resampleRowsSpans, PLAIN>},
+    {SCALAR, &noted<&resampleRowsScalar, SCALAR>},
 };
-
-const std::string& chosenName() {
-  static const std::string name = [] {
-    const char* value = std::getenv("STABILIZE_KERNEL");
-    return std::string(value ? value : "");
-  }();
-  return name;
-}
 
 }  // namespace
 
@@ -66,23 +54,14 @@ std::span<const SResampler> AllResamplers() {
   return resamplers;
 }
 
-const SResampler* FindResampler(const std::string& name) {
-  for (const SResampler& resampler : resamplers) {
-    const bool meant = name.empty() || name == resampler.name || name == resampler.fullName();
-    if (meant && resampler.usable()) return &resampler;
-  }
-  theError.set(UNKNOWN_RESAMPLER, "No usable resampling kernel is called \"" + name +
-                                      "\" (environment variable STABILIZE_KERNEL)");
+const SResampler* TheResampler() {
+  const SKernel* const kernel = TheKernel();
+  if (!kernel) return nullptr;
+  for (const SResampler& resampler : resamplers)
+    if (std::string_view(kernel->name) == resampler.kernel) return &resampler;
   return nullptr;
 }
 
-const SResampler* TheResampler() {
-  static const SResampler* const found = FindResampler(chosenName());
-  if (found) return found;
-  return FindResampler(chosenName());  // again, for the caller's thread to have the error
-}
-
-std::string ResamplerName() {
-  const SResampler* resampler = TheResampler();
-  return resampler ? resampler->fullName() : std::string();
+const char* LastResamplerKernel() {
+  return lastKernel.load(std::memory_order_relaxed);
 }

@@ -8,6 +8,7 @@
 #include "support/ErrorReport.h"
 #include "support/Numerics.h"
 #include "support/Threads.h"
+#include "support/Trace.h"
 
 namespace {
 
@@ -133,6 +134,7 @@ int CStabilizerProc::EndProcessing(SIterationRecord& iteration) {
   sliceThreads_->Stop();
   previous_.Release();
   const bool complete = iteration.index >= frameCount_;
+  if (*LastResamplerKernel()) TraceAt(1, std::string("Resampled by ") + LastResamplerKernel());
   if (complete) shot_->setRendered();
   if (IToolProgressMonitor* monitor = progressMonitor()) {
     monitor->SetStatusMessage(complete ? "Stabilization complete" : "Stopped");

@@ -145,6 +145,7 @@ void addRun(CLI::App& queue, const Request& request, SProgram& program) {
       queue, request, "run", "Run what waits or was interrupted; status 1 if an entry has failed");
   run->add_flag("--retry-failed", request->settings.retryFailed, "Run entries that failed again");
   AddThreadsOption(*run, request->settings.threads);
+  AddCacheOption(*run, request->settings.cacheMemory);
   AddVerboseFlag(*run, program);
   AddQuietFlag(*run, program);
   run->callback([request, &program] {

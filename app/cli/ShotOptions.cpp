@@ -205,3 +205,12 @@ void AddThreadsOption(CLI::App& command, int& threads) {
       ->check(CLI::Range(1, 64).description(""))
       ->type_name("N");
 }
+
+void AddCacheOption(CLI::App& command, std::size_t& bytes) {
+  command
+      .add_option("--cache-memory", bytes,
+                  "Memory for frames that are kept from tracking for rendering, as 4GB or 500MB "
+                  "[a quarter of the machine's]")
+      ->transform(CLI::AsSizeValue(false).description(""))
+      ->type_name("SIZE");
+}

@@ -18,3 +18,5 @@ void AddMattingOption(CLI::App& command, SStabilizeOptions& options);
 /// What is written beside the shot, and checked of it.
 void AddResultOptions(CLI::App& command, SStabilizeOptions& options);
 void AddThreadsOption(CLI::App& command, int& threads);
+/// Memory for frames between tracking and rendering.
+void AddCacheOption(CLI::App& command, std::size_t& bytes);

@@ -5,6 +5,8 @@
 #include "ShotOptions.h"
 #include "session/PluginLibrary.h"
 #include "session/ShotReport.h"
+#include "support/ErrorReport.h"
+#include "support/Kernels.h"
 
 namespace {
 
@@ -18,6 +20,12 @@ int showVersions() {
   const CPluginLibrary plugin(CPluginLibrary::find("stabilize.so"));
   std::printf("plug-in %s, %s\n%s\n", plugin.version().c_str(), plugin.path().c_str(),
               plugin.legalText().c_str());
+  const SKernel* const kernel = TheKernel();
+  if (!kernel) throw CUsageError(theError.getMessage());
+  std::printf("kernel %s (of those here:", kernel->name);
+  for (const SKernel& other : AllKernels())
+    if (other.usable()) std::printf(" %s", other.name);
+  std::printf("; STABILIZE_KERNEL chooses)\n");
   return EXIT_DONE;
 }
 
@@ -48,6 +56,7 @@ void AddStabilizeCommand(CLI::App& app, SProgram& program) {
   AddMattingOption(app, options);
   AddResultOptions(app, options);
   AddThreadsOption(app, options.threads);
+  AddCacheOption(app, options.cacheMemory);
   app.add_option("--log", program.logFile, "Write a log")->type_name("FILE");
   AddVerboseFlag(app, program);
   AddQuietFlag(app, program);

@@ -1,6 +1,5 @@
 #include "Desk.h"
 
-#include <unistd.h>
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include "session/PointFinder.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
+#include "support/Memory.h"
 #include "support/Threads.h"
 
 namespace fs = std::filesystem;
@@ -39,11 +39,8 @@ std::string pointsFolder(const IClipReader& reader) {
 
 /// Frames may fill a quarter of the machine's memory: half before, half after the work.
 std::size_t viewingBytes() {
-  const long pages = sysconf(_SC_PHYS_PAGES);
-  const long pageSize = sysconf(_SC_PAGESIZE);
   constexpr std::size_t LEAST = std::size_t{256} << 20;
-  if (pages <= 0 || pageSize <= 0) return LEAST;
-  return std::max(LEAST, static_cast<std::size_t>(pages) * static_cast<std::size_t>(pageSize) / 8);
+  return std::max(LEAST, MachineMemory() / 8);
 }
 
 /// Beside the clip, under a name that is not the clip's.

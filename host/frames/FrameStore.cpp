@@ -112,31 +112,44 @@ bool CFrameStore::mayRead() const {
   return nextToRead_ < end_ && static_cast<int>(slots_.size()) < std::max(2, settings_.readAhead);
 }
 
+void CFrameStore::keep(std::unique_ptr<CToolFrameBuffer> frame) {
+  const std::size_t bytes = info().format.getBytesPerField();
+  std::lock_guard<std::mutex> lock(mutex_);
+  if ((kept_.size() + 1) * bytes > settings_.keptBytes) return;
+  const int index = frame->frameIndex();
+  kept_[index] = std::move(frame);
+}
+
+/// The next frame, from what is kept or from the clip.
+void CFrameStore::readNext(std::unique_lock<std::mutex>& lock) {
+  const int frame = nextToRead_++;
+  const int generation = generation_;
+  SSlot read;
+  read.ready = true;
+  if (const auto found = kept_.find(frame); found != kept_.end()) {
+    read.frame = std::move(found->second);
+    kept_.erase(found);
+  } else {
+    slots_[frame];
+    ++decoding_;
+    lock.unlock();
+    try {
+      read.frame = decode(frame);
+    } catch (...) {
+      read.error = std::current_exception();
+    }
+    lock.lock();
+    --decoding_;
+  }
+  if (generation == generation_) slots_[frame] = std::move(read);
+  changed_.notify_all();
+}
+
 void CFrameStore::readerThread() {
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
     changed_.wait(lock, [this] { return quit_ || mayRead(); });
     if (quit_) return;
-    const int frame = nextToRead_++;
-    const int generation = generation_;
-    slots_[frame];
-    ++decoding_;
-    lock.unlock();
-    std::unique_ptr<CToolFrameBuffer> decoded;
-    std::exception_ptr error;
-    try {
-      decoded = decode(frame);
-    } catch (...) {
-      error = std::current_exception();
-    }
-    lock.lock();
-    --decoding_;
-    if (generation == generation_) {
-      SSlot& slot = slots_[frame];
-      slot.frame = std::move(decoded);
-      slot.error = error;
-      slot.ready = true;
-    }
-    changed_.notify_all();
+    readNext(lock);
   }
 }

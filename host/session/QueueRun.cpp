@@ -157,6 +157,7 @@ SShotOutcome CQueueRun::runShot(SQueuedShot shot) {
 SStabilizeResult CQueueRun::runJob(const SQueuedShot& shot) {
   SStabilizeOptions options = shot.options;
   options.threads = settings_.threads;
+  options.cacheMemory = settings_.cacheMemory;
   if (!shot.beganWriting.empty()) options.overwrite = true;
   // Its points may have been saved before its first frame was.
   options.replacePoints = shot.state != EShotState::waiting;

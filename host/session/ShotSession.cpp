@@ -48,7 +48,7 @@ CShotSession::SShot::SShot(std::unique_ptr<IClipReader> clipReader, const SSetti
     : reader(std::move(clipReader)),
       clip(std::make_unique<CSessionClip>(reader->info())),
       folderText(folderTextOf(*reader)),
-      store(*reader, {settings.readAhead, settings.threads}),
+      store(*reader, {settings.readAhead, settings.threads, settings.keptBytes}),
       setups(store, {settings.outputLimit, settings.threads}) {}
 
 CShotSession::CShotSession(std::unique_ptr<IClipReader> reader, const SSettings& settings)

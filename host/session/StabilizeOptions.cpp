@@ -4,6 +4,7 @@
 #include "params/SmoothingScale.h"
 #include "session/EntrySettings.h"
 #include "session/MotionExport.h"
+#include "support/Memory.h"
 #include "tracking/TrackingArray.h"
 
 namespace {
@@ -157,6 +158,10 @@ SSizeRange TrackBoxRange(const SClipInfo& clip) {
 
 SSizeRange SearchRange(const SClipInfo& clip) {
   return {5 * scaleOf(clip), 50 * scaleOf(clip)};
+}
+
+std::size_t DefaultCacheMemory() {
+  return MachineMemory() / 4;
 }
 
 void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip) {

@@ -14,9 +14,10 @@ namespace {
 constexpr int READ_AHEAD = 4;
 constexpr int OUTPUT_LIMIT = 3;
 
-CShotSession::SSettings sessionSettings(int threads) {
+CShotSession::SSettings sessionSettings(int threads, std::size_t keptBytes) {
   CShotSession::SSettings settings;
   settings.threads = threads;
+  settings.keptBytes = keptBytes;
   settings.readAhead = READ_AHEAD;
   settings.outputLimit = OUTPUT_LIMIT;
   return settings;
@@ -43,12 +44,12 @@ CToolOnShot::SToolErrors::~SToolErrors() {
   SetErrorSink({});
 }
 
-CToolOnShot::CToolOnShot(std::unique_ptr<IClipReader> reader, int threads, int in, int out,
-                         const SJobObserver& observer)
+CToolOnShot::CToolOnShot(std::unique_ptr<IClipReader> reader, int threads, std::size_t keptBytes,
+                         int in, int out, const SJobObserver& observer)
     : observer_(observer),
       application_(std::make_unique<THeadlessApplication>()),
       plugin_(CPluginLibrary::find("stabilize.so")),
-      session_(std::move(reader), sessionSettings(threads)) {
+      session_(std::move(reader), sessionSettings(threads, keptBytes)) {
   plugin_.handOverApplication(application_.get());
   try {
     openTool(in, out);

@@ -65,7 +65,7 @@ void CTrackingRun::trackShot() {
 }
 
 void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
-  const std::unique_ptr<CToolFrameBuffer> frame(store_.waitFor(in_, cancelled_));
+  std::unique_ptr<CToolFrameBuffer> frame(store_.waitFor(in_, cancelled_));
   if (!frame) return;
   withoutTexture_ = tracker.begin(frame->samples());
   SFrameResult result{in_, {}};
@@ -76,13 +76,15 @@ void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
   if (result.points.empty())
     throw std::runtime_error("frame " + std::to_string(in_) +
                              ": none of the points lies on texture that can be tracked");
+  store_.keep(std::move(frame));
   add(std::move(result));
 }
 
 bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
-  const std::unique_ptr<CToolFrameBuffer> buffer(store_.waitFor(frame, cancelled_));
+  std::unique_ptr<CToolFrameBuffer> buffer(store_.waitFor(frame, cancelled_));
   if (!buffer) return false;
   SFrameResult result{frame, tracker.follow(buffer->samples())};
+  store_.keep(std::move(buffer));
   const bool allLost =
       std::all_of(result.points.begin(), result.points.end(),
                   [](const auto& point) { return point.second.state == EPointState::lost; });

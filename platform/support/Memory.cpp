@@ -2,12 +2,14 @@
 
 #include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <new>
 
 namespace {
@@ -82,6 +84,16 @@ void QTXresetPreallocPool(int) {}
 
 std::size_t QTXgetSizeOfPreallocPool(int) {
   return 0;
+}
+
+std::size_t MachineMemory() {
+  const long pages = sysconf(_SC_PHYS_PAGES);
+  const long pageSize = sysconf(_SC_PAGESIZE);
+  if (pages <= 0 || pageSize <= 0) return 0;
+  const std::size_t machine = static_cast<std::size_t>(pages) * static_cast<std::size_t>(pageSize);
+  std::size_t container = 0;
+  std::ifstream limit("/sys/fs/cgroup/memory.max");  // a number, "max", or not there
+  return limit >> container ? std::min(machine, container) : machine;
 }
 
 CBufferPool::CBufferPool(std::size_t bytesPerBuffer, int limit)

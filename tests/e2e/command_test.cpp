@@ -7,6 +7,7 @@
 
 #include "Program.h"
 #include "clip/ClipReader.h"
+#include "support/Kernels.h"
 
 namespace {
 
@@ -92,19 +93,41 @@ TEST_F(Command, ResidualAboveTheLimitFails) {
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "steady.1040.tif"));
 }
 
-TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnTheRun) {
+TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnMemoryNorOnTheRun) {
   makeSmallShot("scan.####.dpx");
   const std::string options =
       " --stabilize rotation --motion smooth --fill previous --overwrite -q";
   mustRun("stabilize scan.####.dpx -o a.####.dpx --threads 1" + options);
-  for (const char* threads : {"1", "2", "8"}) {
-    mustRun(std::string("stabilize scan.####.dpx -o b.####.dpx --threads ") + threads + options);
+  for (const char* work :
+       {"--threads 1", "--threads 2 --cache-memory 0", "--threads 8 --cache-memory 3MB"}) {
+    mustRun(std::string("stabilize scan.####.dpx -o b.####.dpx ") + work + options);
     for (int frame = 1001; frame <= 1040; ++frame) {
       const std::string name = "." + std::to_string(frame) + ".dpx";
       ASSERT_EQ(FileText(folder_.path() / ("a" + name)), FileText(folder_.path() / ("b" + name)))
-          << threads << " threads, frame " << frame;
+          << work << ", frame " << frame;
     }
   }
+}
+
+TEST_F(Command, EveryKernelWritesTheSameBytes) {
+  makeSmallShot("scan.####.dpx");
+  const std::string line = "stabilize scan.####.dpx --stabilize rotation --overwrite -v -o ";
+  mustRun("STABILIZE_KERNEL=scalar " + line + "scalar.####.dpx");
+  for (const SKernel& kernel : AllKernels()) {
+    if (!kernel.usable()) continue;
+    const SRun done =
+        run(std::string("STABILIZE_KERNEL=") + kernel.name + " " + line + "k.####.dpx");
+    ASSERT_EQ(done.status, 0) << done.output;
+    EXPECT_NE(done.output.find(std::string("Resampled by ") + kernel.name), std::string::npos)
+        << done.output;
+    for (int frame = 1001; frame <= 1040; ++frame) {
+      const std::string name = "." + std::to_string(frame) + ".dpx";
+      ASSERT_TRUE(FileText(folder_.path() / ("scalar" + name)) ==
+                  FileText(folder_.path() / ("k" + name)))
+          << kernel.name << ", frame " << frame;
+    }
+  }
+  EXPECT_NE(run("STABILIZE_KERNEL=fastest " + line + "k.####.dpx").status, 0);
 }
 
 TEST_F(Command, TheMattedBorderIsNotTouched) {
@@ -151,20 +174,22 @@ TEST_F(Command, VideoGoesInAndOut) {
 TEST_F(Command, SaysHowItIsUsed) {
   const SRun help = run("stabilize --help");
   EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--in",          "--out",          "--auto",
-                             "--point",       "--stabilize",    "--motion",
-                             "--reference",   "--smoothing",    "--jitter",
-                             "--anchor",      "--fill",         "--matting",
-                             "--track-box",   "--search",       "--warp",
-                             "--threads",     "--report",       "--graph",
-                             "--compare",     "--verify",       "--max-residual",
-                             "--overwrite",   "--log",          "--quiet",
-                             "--verbose",     "--points",       "--tracker-origin",
-                             "--save-points", "--export-motion"})
+  for (const char* option : {"--in",          "--out",           "--auto",
+                             "--point",       "--stabilize",     "--motion",
+                             "--reference",   "--smoothing",     "--jitter",
+                             "--anchor",      "--fill",          "--matting",
+                             "--track-box",   "--search",        "--warp",
+                             "--threads",     "--report",        "--graph",
+                             "--compare",     "--verify",        "--max-residual",
+                             "--overwrite",   "--log",           "--quiet",
+                             "--verbose",     "--points",        "--tracker-origin",
+                             "--save-points", "--export-motion", "--cache-memory"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
   const SRun version = run("stabilize --version");
   EXPECT_EQ(version.status, 0);
   EXPECT_NE(version.output.find("1.2.0.0"), std::string::npos) << version.output;
+  EXPECT_NE(run("STABILIZE_KERNEL=plain stabilize --version").output.find("kernel plain"),
+            std::string::npos);
 }
 
 }  // namespace

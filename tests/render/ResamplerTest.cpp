@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "support/ErrorReport.h"
+#include "support/Kernels.h"
 
 void PrintTo(const SResampler& resampler, std::ostream* out) {
-  *out << resampler.fullName();
+  *out << resampler.kernel;
 }
 
 namespace {
@@ -55,7 +55,7 @@ const SResampler& scalar() {
 class EveryResampler : public testing::TestWithParam<SResampler> {
  protected:
   void SetUp() override {
-    if (!GetParam().usable()) GTEST_SKIP() << "not usable here: " << GetParam().fullName();
+    if (!FindKernel(GetParam().kernel)) GTEST_SKIP() << "not usable here: " << GetParam().kernel;
   }
 };
 
@@ -234,25 +234,21 @@ TEST_P(EveryResampler, NeitherReadsNorWritesOutsideTheArea) {
 
 INSTANTIATE_TEST_SUITE_P(Kernels, EveryResampler,
                          testing::ValuesIn(AllResamplers().begin(), AllResamplers().end()),
-                         [](const auto& info) {
-                           std::string name = info.param.fullName();
-                           std::replace(name.begin(), name.end(), '/', '_');
-                           return name;
-                         });
+                         [](const auto& info) { return info.param.kernel; });
 
-TEST(ResamplerChoice, ByNameOrNotAtAll) {
-  EXPECT_EQ(FindResampler("scalar"), &scalar());
-  const auto best = std::find_if(AllResamplers().begin(), AllResamplers().end(),
-                                 [](const SResampler& resampler) { return resampler.usable(); });
-  EXPECT_EQ(FindResampler(""), &*best);
-  ASSERT_NE(FindResampler("spans"), nullptr);
-  EXPECT_STREQ(FindResampler("spans")->name, "spans");
-  EXPECT_EQ(FindResampler("spans/plain")->fullName(), "spans/plain");
-
-  theError.clear();
-  EXPECT_EQ(FindResampler("fastest"), nullptr);
-  EXPECT_EQ(theError.getError(), UNKNOWN_RESAMPLER);
-  EXPECT_NE(theError.getMessage().find("\"fastest\""), std::string::npos);
+TEST(Resampler, ThereIsOneForEachKernelAndItSaysThatItRan) {
+  ASSERT_EQ(AllResamplers().size(), AllKernels().size());
+  const SPicture picture(8, 4, "random", 1);
+  for (std::size_t i = 0; i < AllKernels().size(); ++i) {
+    const SResampler& resampler = AllResamplers()[i];
+    EXPECT_STREQ(resampler.kernel, AllKernels()[i].name);
+    if (!AllKernels()[i].usable()) continue;
+    SResampleJob job;
+    job.area = {0, 0, 7, 3};
+    render(resampler, job, picture);
+    EXPECT_STREQ(LastResamplerKernel(), resampler.kernel);
+  }
+  EXPECT_STREQ(TheResampler()->kernel, TheKernel()->name);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 
 #include "render/Warp.h"
 #include "support/Rect.h"
@@ -37,27 +36,16 @@ using ResampleRowsFunction = void (*)(const SResampleJob& job, int firstRow, int
 
 /// One way to compute the result.
 struct SResampler {
-  const char* name;  ///< what STABILIZE_KERNEL chooses by
-  const char* instructions;
-  bool (*usable)();  ///< on this machine
+  const char* kernel;  ///< its name (support/Kernels.h)
   ResampleRowsFunction resampleRows;
-
-  /// "spans/avx512".
-  std::string fullName() const { return std::string(name) + "/" + instructions; }
 };
 
-constexpr int UNKNOWN_RESAMPLER = -8509;
-
-/// All of them, best first; the last one, "scalar", is the definition and usable everywhere.
+/// One for each kernel of the machine's kind, best first, usable or not. The last one, "scalar", is
+/// the definition.
 std::span<const SResampler> AllResamplers();
 
-/// The best usable resampler of that name or full name; an empty name means the best of all. Null,
-/// with UNKNOWN_RESAMPLER in `theError`, when no usable one is called so.
-const SResampler* FindResampler(const std::string& name);
-
-/// The one this process renders with: the best, or what the environment variable STABILIZE_KERNEL
-/// names (read once). Null and `theError` as FindResampler: a name that means nothing is never
-/// passed over in silence. THREAD: any.
+/// That of TheKernel. Null, and `theError` says why, when there is none. THREAD: any.
 const SResampler* TheResampler();
-/// Full name of TheResampler; empty when there is none.
-std::string ResamplerName();
+
+/// The kernel whose resampler ran last in this process; empty when none has. THREAD: any.
+const char* LastResamplerKernel();

@@ -27,6 +27,31 @@ TEST_P(FrameStore, HandsOutEveryFrameWithItsOwnSamples) {
   EXPECT_EQ(reader.reads, 50) << "each frame is decoded once";
 }
 
+TEST_P(FrameStore, WhatIsKeptIsNotDecodedAgainWhileThereIsRoom) {
+  CScriptedReader reader(10, 30, GetParam());
+  const std::size_t frameBytes = reader.info().format.getBytesPerField();
+  const struct {
+    std::size_t bytes;
+    int kept;
+  } cases[] = {{0, 0}, {frameBytes - 1, 0}, {7 * frameBytes, 7}, {1000 * frameBytes, 20}};
+  for (const auto& c : cases) {
+    CFrameStore store(reader, {4, 3, c.bytes});
+    reader.reads = 0;
+    for (int pass = 0; pass < 2; ++pass) {
+      store.start(10, 30);
+      for (int frame = 10; frame < 30; ++frame) {
+        auto buffer = wait(store, frame);
+        ASSERT_TRUE(buffer);
+        EXPECT_EQ(buffer->frameIndex(), frame);
+        EXPECT_EQ(buffer->samples()[5], frame);
+        if (pass == 0) store.keep(std::move(buffer));
+      }
+      store.stop();
+    }
+    EXPECT_EQ(reader.reads, 40 - c.kept) << c.bytes;
+  }
+}
+
 TEST_P(FrameStore, ReadsNoFurtherAheadThanItMay) {
   CScriptedReader reader(0, 100, GetParam());
   CFrameStore store(reader, {5, 3});

@@ -32,7 +32,7 @@ std::vector<SFeature> goodPlaces() {
 /// The stabiliser with points that were placed by hand, tracked and smoothed.
 struct SEditedShot {
   explicit SEditedShot(const std::vector<SFeature>& places)
-      : tool(openShot(), 1, IN, OUT, observer), editing(tool.session()) {
+      : tool(openShot(), 1, 0, IN, OUT, observer), editing(tool.session()) {
     for (const SFeature& place : places) EXPECT_GE(editing.place(place.x, place.y), 0);
     tool.command(TOOL_TRACK);
     EXPECT_EQ(tool.points().TrackState(), TRACK_STATE_Tracked);

@@ -17,10 +17,11 @@
 struct SFrameStoreSettings {
   int readAhead = 4;  ///< decoded frames that may wait, at least 2; bounds the store's memory
   int threads = 1;    ///< reading threads; more than one only helps where the reader is parallel
+  std::size_t keptBytes = 0;  ///< that frames given back with `keep` may fill
 };
 
 /// Hands out a clip's frames in order and decodes ahead of whoever takes them. Memory is bounded by
-/// `readAhead` frames plus what the takers hold, whatever the length of the clip.
+/// `readAhead` frames, `keptBytes` and what the takers hold, whatever the length of the clip.
 ///
 /// THREAD: any for every operation; one taker at a time. The reader must outlive the store, and the
 /// store must outlive the frames it handed out.
@@ -47,6 +48,10 @@ class CFrameStore {
   /// Lets waiting takers look at their cancel flag.
   void wake();
 
+  /// Gives a frame back as it was taken, for the next pass: it is not decoded again, if there is
+  /// room for it now. Whoever takes it next has the kept one.
+  void keep(std::unique_ptr<CToolFrameBuffer> frame);
+
   /// Decodes one frame at once, beside whatever is being read ahead. Throws CClipError.
   void readNow(int frame, std::uint16_t* samples);
 
@@ -60,6 +65,7 @@ class CFrameStore {
   void readerThread();
   bool mayRead() const;  // REQUIRES: mutex_ held
   std::unique_ptr<CToolFrameBuffer> decode(int frame);
+  void readNext(std::unique_lock<std::mutex>& lock);
   void readLocked(int frame, std::uint16_t* samples);
   CToolFrameBuffer* takeLocked(int frame);
   void restartLocked(int first, int end);
@@ -72,6 +78,7 @@ class CFrameStore {
   std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;
   std::map<int, SSlot> slots_;
+  std::map<int, std::unique_ptr<CToolFrameBuffer>> kept_;
   int generation_ = 0;  // a decode that began before a restart is thrown away
   int nextToRead_ = 0;
   int end_ = 0;

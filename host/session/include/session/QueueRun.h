@@ -20,6 +20,7 @@ SStabilizeOptions CaptureShot(SStabilizeOptions options, const SJobObserver& obs
 struct SQueueSettings {
   bool retryFailed = false;
   int threads = 0;  ///< 0: the machine's cores
+  std::size_t cacheMemory = DefaultCacheMemory();
 };
 
 /// One shot of a run, ended.

@@ -49,10 +49,11 @@ struct STrackingOutcome {
 class CShotSession : public CNavSystemInterface {
  public:
   struct SSettings {
-    int threads = 1;      ///< for reading, tracking and writing
-    int readAhead = 4;    ///< decoded frames that may wait
-    int outputLimit = 3;  ///< finished frames that may wait
-    bool batch = true;    ///< nobody sits in front of it
+    int threads = 1;            ///< for reading, tracking and writing
+    int readAhead = 4;          ///< decoded frames that may wait
+    int outputLimit = 3;        ///< finished frames that may wait
+    std::size_t keptBytes = 0;  ///< of frames that are kept from tracking for rendering
+    bool batch = true;          ///< nobody sits in front of it
   };
 
   CShotSession(std::unique_ptr<IClipReader> reader, const SSettings& settings);

@@ -27,6 +27,10 @@ enum class EMatting { automatic, off, box };
 
 struct SFilePoints;
 
+/// Bytes that decoded frames may fill between tracking and rendering, when nobody says how many: a
+/// quarter of the machine's memory, so that four runs side by side fit.
+std::size_t DefaultCacheMemory();
+
 /// What a person asks for when a shot is to be stabilised. What is not set follows the tool's own
 /// defaults (see MakeEntry).
 struct SStabilizeOptions {
@@ -72,6 +76,7 @@ struct SStabilizeOptions {
 
   // How fast.
   int threads = 0;  ///< 0: the machine's cores
+  std::size_t cacheMemory = DefaultCacheMemory();
 };
 
 struct SSizeRange {

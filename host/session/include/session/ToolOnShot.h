@@ -29,10 +29,11 @@ enum EToolCommand {
 /// when the observer wants the work stopped.
 class CToolOnShot {
  public:
-  /// Loads the plug-in, shows and activates its tool, sets the marks [in, out). The observer
-  /// outlives this. Throws CPluginError, CJobError.
-  CToolOnShot(std::unique_ptr<IClipReader> reader, int threads, int in, int out,
-              const SJobObserver& observer);
+  /// Loads the plug-in, shows and activates its tool, sets the marks [in, out). `keptBytes`: what
+  /// frames may fill between tracking and rendering. The observer outlives this. Throws
+  /// CPluginError, CJobError.
+  CToolOnShot(std::unique_ptr<IClipReader> reader, int threads, std::size_t keptBytes, int in,
+              int out, const SJobObserver& observer);
   ~CToolOnShot();
   CToolOnShot(const CToolOnShot&) = delete;
   CToolOnShot& operator=(const CToolOnShot&) = delete;

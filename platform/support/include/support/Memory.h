@@ -48,6 +48,10 @@ void QTXresetPreallocPool(int pool);
 /// Bytes reserved by the pool: 0.
 std::size_t QTXgetSizeOfPreallocPool(int pool);
 
+/// Bytes of memory that this process may count on: the machine's, or its container's where that has
+/// less. 0 when it cannot be told.
+std::size_t MachineMemory();
+
 /// Recycling pool of equally sized, 64-byte aligned frame buffers. A buffer is taken from the
 /// system once and reused until the pool dies, the last one given back first: a fresh 50 MB buffer
 /// costs far more in page faults than the work done in it. Buffers of 2 MB and more start on a 2 MB
