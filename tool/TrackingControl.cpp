@@ -97,10 +97,17 @@ bool CStabilizerTool::confirmMark(const char* question, void (CNavSystemInterfac
 }
 
 // Passes work on their own copy of the points, but on these synthetic points themselves: while one
-// is under way they are cleared by the first heartbeat after it.
+// is under way they are cleared by the first heartbeat after it. A tracking pass writes into the
+// points themselves, so it ends first; a path that is being smoothed, and what was to come of it,
+// are of points that are no more.
 void CStabilizerTool::clearAllTrackingData() {
+  discardSmoothedPath();
+  if (runState_ == RUN_TRACKING) {
+    stop();
+  } else {
+    forgetWhatHasNotBegun();
+  }
   editor_.resetMarks();
-  editor_.setMotionArrays(nullptr, nullptr);
   if (areArraysInUse()) {
     clearPostponed_ = true;
   } else {

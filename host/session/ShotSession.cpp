@@ -250,8 +250,12 @@ void CShotSession::StartTrackingRun() {
       std::make_unique<CTrackingRun>(shot_->store, trackSettings(), points, markIn_, markOut_);
 }
 
+// Whoever stops it may change the points next: what it has found until now is put in its place, and
+// nothing that it finds on its way out.
 void CShotSession::StopTrackingRun() {
-  if (trackingRun_) trackingRun_->cancel();
+  if (!trackingRun_) return;
+  if (hasTrackingData()) takeTrackingResults();
+  trackingRun_->cancel();
 }
 
 bool CShotSession::hasTrackingData() const {
@@ -287,7 +291,7 @@ void CShotSession::failTracking(const std::string& why) {
 void CShotSession::pumpTracking() {
   if (!tool_ || !hasTrackingData()) return failTracking("the tool was deactivated while tracking");
   const bool finished = trackingRun_->isFinished();  // before taking: nothing comes after it
-  takeTrackingResults();
+  if (!trackingRun_->wasCancelled()) takeTrackingResults();
   if (finished) finishTracking();
 }
 

@@ -255,6 +255,45 @@ TEST_F(TrackingControl, ClearTakesThePointsAndTheMeasuredMotion) {
   EXPECT_TRUE(window->calls.contains("pointButtons"));
 }
 
+TEST_F(TrackingControl, ClearEndsWhatIsUnderWayForThePoints) {
+  const struct {
+    int state;
+    int after;       ///< of the clear
+    int inTheEnd;    ///< after a heartbeat
+    bool stopsPass;  ///< the host's tracking pass
+  } cases[] = {{RUN_TRACKING, RUN_TRACKING, RUN_TRACKING, true},
+               {RUN_TRACKED, RUN_IDLE, RUN_IDLE, false},
+               {RUN_SMOOTHED, RUN_IDLE, RUN_IDLE, false},
+               {RUN_RENDER_REQUESTED, RUN_IDLE, RUN_IDLE, false},
+               {RUN_RENDERING, RUN_RENDERING, RUN_RENDERING, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.state);
+    makeTracked();
+    shot.setRunState(c.state);
+    host.calls.clear();
+    tool.clearAllTrackingData();
+    EXPECT_EQ(tool.runState(), c.after);
+    EXPECT_EQ(host.calls.contains("StopTrackingRun"), c.stopsPass);
+    tool.onHeartbeat();
+    EXPECT_EQ(tool.runState(), c.inTheEnd);
+    EXPECT_EQ(tool.editor().originalMotion(), nullptr);
+    EXPECT_EQ(tool.livePoints().NumberOfPoints(), 0);
+    shot.setRunState(RUN_IDLE);
+  }
+}
+
+TEST_F(TrackingControl, ClearWhileSmoothingLeavesNoPathBehind) {
+  makeTracked();
+  shot.setRunState(RUN_SMOOTHING);
+  tool.request(REQUEST_RENDER_ALL);
+  tool.clearAllTrackingData();
+  shot.setRunState(RUN_SMOOTHED);
+  for (int beat = 0; beat < 3; ++beat) tool.onHeartbeat();
+  EXPECT_EQ(tool.runState(), RUN_IDLE);
+  EXPECT_EQ(tool.editor().originalMotion(), nullptr);
+  EXPECT_FALSE(tool.isSmoothed());
+}
+
 TEST_F(TrackingControl, NewBoxSizesReachThePointsOnce) {
   tool.setBoxExtents(6, 6, 8, 8, 8, 8);
   EXPECT_FALSE(tool.livePoints().BoxExtentsDiffer(6, 6, 8, 8, 8, 8));

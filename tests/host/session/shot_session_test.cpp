@@ -122,6 +122,22 @@ TEST_F(ShotSession, APassOverOtherFramesOrFromOtherPlacesTracks) {
   }
 }
 
+TEST_F(ShotSession, AStoppedPassPutsNothingMoreIntoThePoints) {
+  session_.setMarks(100, 108);
+  for (int waited : {0, 3, 20}) {
+    tool_.ends.clear();
+    tool_.array.PointsAt(100).Point(0) = CTrackPoint(feature_.x, feature_.y);
+    session_.StartTrackingRun();
+    QTXmillisleep(waited);  // results wait to be taken
+    session_.StopTrackingRun();
+    tool_.array.Clear();
+    pumpUntilTracked();
+    EXPECT_EQ(tool_.array.FrameCount(), 0) << waited;
+    EXPECT_EQ(tool_.ends, std::vector<int>{1});
+    EXPECT_NE(tool_.array.TrackState(), TRACK_STATE_Tracked);
+  }
+}
+
 TEST_F(ShotSession, AToolThatTakesItsEditorBackHearsThatThePassFailed) {
   session_.setMarks(100, 108);
   session_.StartTrackingRun();

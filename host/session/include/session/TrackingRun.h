@@ -32,12 +32,12 @@ class CTrackingRun {
   std::vector<SFrameResult> takeResults();
   /// True once no more results will come.
   bool isFinished() const { return finished_; }
+  bool wasCancelled() const { return cancelled_; }
 
   // After isFinished: what came of it.
 
   /// Empty when every frame was tracked; else why not, naming the frame.
   const std::string& failure() const { return failure_; }
-  bool wasCancelled() const { return cancelled_; }
   const std::map<int, SPointSummary>& summary() const { return summary_; }
   /// Points that were left out because their patch has no texture.
   const std::vector<int>& withoutTexture() const { return withoutTexture_; }

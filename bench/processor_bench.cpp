@@ -1,0 +1,230 @@
+// A whole frame of CStabilizerProc - its input fetched, warped, filled, handed on - against a plain
+// copy of the same frame by as many threads, in alternating rounds of one process:
+//   processor_bench [WIDTH HEIGHT]        default: 4096 x 2160
+// What is timed is compared first: the moved picture with the scalar formula, every fill with what
+// one thread makes of it. One wrong sample ends the bench.
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "doubles/RecordingHost.h"
+#include "doubles/RecordingProgressMonitor.h"
+#include "doubles/ShotDouble.h"
+#include "render/StabilizerProc.h"
+#include "render/StabilizerToolParameters.h"
+#include "support/Threads.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Samples = std::vector<std::uint16_t>;
+
+constexpr int FRAMES = 24;
+constexpr int ROUNDS = 5;
+constexpr int CHECKED_FRAME = 9;
+
+/// The same picture as every frame. It stands in the pool's buffers after their first use, so that
+/// fetching a frame costs nothing.
+class CStillEdge : public CToolEdge {
+ public:
+  CStillEdge(const CImageFormat& format, const Samples& picture)
+      : picture_(picture), pool_(format.getBytesPerField(), 0) {
+    setImageFormat(format);
+  }
+  std::vector<Clock::time_point> fetched;
+
+ protected:
+  CToolFrameBuffer* requestFrame(int frame) override {
+    if (frame < 0 || frame >= FRAMES) return nullptr;
+    fetched.push_back(Clock::now());
+    auto buffer = std::make_unique<CToolFrameBuffer>(imageFormat(), &pool_);
+    buffer->setFrameIndex(frame);
+    if (!buffer->ensureSamples()) std::abort();
+    if (filled_.insert(buffer->samples()).second)
+      std::copy(picture_.begin(), picture_.end(), buffer->samples());
+    return buffer.release();
+  }
+
+ private:
+  const Samples& picture_;
+  CBufferPool pool_;
+  std::set<const std::uint16_t*> filled_;
+};
+
+struct SCase {
+  const char* name;
+  double turn;  // radians a frame
+  int fill;
+};
+
+const SCase cases[] = {{"translation, white", 0.0, MISSING_DATA_White},
+                       {"translation, previous frame", 0.0, MISSING_DATA_Previous_Frame},
+                       {"translation, zoom", 0.0, MISSING_DATA_Zoom},
+                       {"rotation, white", 0.0002, MISSING_DATA_White},
+                       {"rotation, previous frame", 0.0002, MISSING_DATA_Previous_Frame},
+                       {"rotation, zoom", 0.0002, MISSING_DATA_Zoom}};
+
+class CPass {
+ public:
+  CPass(const CImageFormat& format, const Samples& picture, const SCase& c)
+      : format_(format), edge_(format, picture) {
+    parameters_.UseMatting = false;
+    parameters_.MissingDataFill = c.fill;
+    parameters_.UFunction = U_Fcn_Euclidean;
+    parameters_.RMode = STABMODE_Flat;
+    const double corners[3][2] = {{300, 400}, {3000, 400}, {300, 1500}};
+    for (int frame = 0; frame < FRAMES; ++frame)
+      for (int k = 0; k < 3; ++k) {
+        const double x = corners[k][0];
+        const double y = corners[k][1];
+        const double angle = c.turn * frame;
+        shot_.syntheticSmoothed.PointsAt(frame).Point(k) = CTrackPoint(x, y);
+        shot_.syntheticOriginal.PointsAt(frame).Point(k) =
+            CTrackPoint(std::cos(angle) * x - std::sin(angle) * y + 0.37 * frame,
+                        std::sin(angle) * x + std::cos(angle) * y - 0.29 * frame);
+      }
+  }
+
+  /// Milliseconds a frame, the first ones (anchors, cold buffers) left out.
+  double run(int threads, Samples* checked) {
+    CAbortFlag abort{0};
+    CToolEdge results;
+    edge_.fetched.clear();
+    CStabilizerProc processor(20, "Stabilize", &host_, &abort, &monitor_);
+    processor.node().connectInput(0, &edge_);
+    processor.node().connectOutput(0, &results);
+    processor.SetIOConfig(CToolIOConfig(1, 1, threads));
+    CToolFrameRange range(1, 1);
+    range.inputs[0] = {false, 0, FRAMES};
+    processor.SetFrameRange(range);
+    if (processor.ConfigurePorts() != 0) std::abort();
+    processor.commandQueue().Add(
+        {CAutotoolCommand::NEW_PARAMETERS,
+         std::make_unique<CStabilizerToolParameters>(0, shot_, parameters_).release()});
+    processor.commandQueue().Add({CAutotoolCommand::RUN, nullptr});
+    waitFor(processor, CAutotoolStatus::STOPPED, results, checked);
+    processor.commandQueue().Add({CAutotoolCommand::EXIT, nullptr});
+    waitFor(processor, CAutotoolStatus::THREAD_ENDED, results, checked);
+    BThreadWaitForAll();
+    constexpr std::size_t COLD = 4;
+    const std::chrono::duration<double, std::milli> took =
+        edge_.fetched.back() - edge_.fetched[COLD];
+    return took.count() / static_cast<double>(edge_.fetched.size() - 1 - COLD);
+  }
+
+  SWarpMap mapOf(int frame) {
+    mvector<long double> vx;
+    mvector<long double> vy;
+    if (!SolveWarp(shot_.syntheticSmoothed.PointsAt(frame), shot_.syntheticOriginal.PointsAt(frame),
+                   vx, vy))
+      std::abort();
+    return PrepareWarpMap(vx, vy, parameters_, format_.getLinesPerFrame() - 1);
+  }
+
+ private:
+  void waitFor(CStabilizerProc& processor, int status, CToolEdge& results, Samples* checked) {
+    for (CAutotoolStatus got; got.status != status;) {
+      while (const auto frame = std::unique_ptr<CToolFrameBuffer>(results.queue().takeOldest()))
+        if (checked && !frame->isEndOfMaterial() && frame->frameIndex() == CHECKED_FRAME)
+          checked->assign(frame->samples(), frame->samples() + format_.getBytesPerField() / 2);
+      if (processor.statusQueue().Take(got) != 0) QTXmillisleep(1);
+      if (got.status == CAutotoolStatus::ERROR_STATUS) std::abort();
+    }
+  }
+
+  CImageFormat format_;
+  CStillEdge edge_;
+  CStabilizerParameters parameters_;
+  CShotDouble shot_;
+  CRecordingHost host_;
+  CRecordingProgressMonitor monitor_;
+};
+
+/// Milliseconds that `threads` threads take to copy the picture.
+double copyTime(const Samples& from, Samples& to, int threads) {
+  const auto start = Clock::now();
+  std::vector<std::thread> others;
+  const std::size_t part = from.size() / static_cast<std::size_t>(threads);
+  for (int i = 0; i < threads; ++i) {
+    const std::size_t at = part * static_cast<std::size_t>(i);
+    others.emplace_back(
+        [&, at] { std::memcpy(to.data() + at, from.data() + at, part * sizeof from[0]); });
+  }
+  for (std::thread& other : others) other.join();
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+Samples expectedOf(CPass& pass, const CImageFormat& format, const Samples& picture) {
+  Samples expected(picture.size());
+  SResampleJob job;
+  job.source = picture.data();
+  job.output = expected.data();
+  job.pixelsPerLine = format.getPixelsPerLine();
+  job.area = {0, 0, format.getPixelsPerLine() - 1, format.getLinesPerFrame() - 1};
+  job.map = pass.mapOf(CHECKED_FRAME);
+  std::fill_n(job.fillColor, 3, std::uint16_t{65535});
+  AllResamplers().back().resampleRows(job, job.area.top, job.area.bottom);
+  return expected;
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+bool measure(const SCase& c, const CImageFormat& format, const Samples& picture, Samples& copy) {
+  CPass pass(format, picture, c);
+  Samples alone;
+  Samples together;
+  pass.run(1, &alone);
+  pass.run(2, &together);
+  const bool right = alone == together &&
+                     (c.fill != MISSING_DATA_White || alone == expectedOf(pass, format, picture));
+  if (!right) {
+    std::printf("%s: wrong samples\n", c.name);
+    return false;
+  }
+  std::map<int, std::vector<double>> times;
+  std::map<int, std::vector<double>> ratios;
+  for (int round = 0; round < ROUNDS; ++round)
+    for (const int threads : {1, 2}) {
+      const double copying = copyTime(picture, copy, threads);
+      times[threads].push_back(pass.run(threads, nullptr));
+      ratios[threads].push_back(times[threads].back() / copying);
+    }
+  std::printf(
+      "%-28s  1 thread %6.2f ms %5.2f x copy   2 threads %6.2f ms %5.2f x copy   gain %.2f\n",
+      c.name, median(times[1]), median(ratios[1]), median(times[2]), median(ratios[2]),
+      median(times[1]) / median(times[2]));
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int width = argc > 2 ? std::atoi(argv[1]) : 4096;
+  const int height = argc > 2 ? std::atoi(argv[2]) : 2160;
+  if (width < 64 || height < 64) return 1;
+  CImageFormat format(width, height);
+  format.setBlackWhite({0, 0, 0}, {65535, 65535, 65535});
+  Samples picture(format.getBytesPerField() / 2);
+  std::mt19937 random(1);
+  for (std::uint16_t& sample : picture) sample = static_cast<std::uint16_t>(random());
+  Samples copy(picture.size());
+  std::printf("a frame of %d x %d through CStabilizerProc, kernel %s\n", width, height,
+              TheResampler() ? TheResampler()->kernel : "none");
+  bool good = TheResampler() != nullptr;
+  for (const SCase& c : cases) good = good && measure(c, format, picture, copy);
+  return good ? 0 : 1;
+}
