@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+#include "support/TargetClones.h"
+
 namespace {
 
 constexpr int COMPONENTS = 3;
@@ -92,33 +94,31 @@ void filterLine(const float* source, const SAxis& axis, int count, int origin, f
 }
 
 // The same across lines: one output line from `taps` filtered lines.
-void combineLines(const float* const* lines, const float* weights, int taps, int count,
-                  std::uint16_t* out) {
-  constexpr int BLOCK = 32;
+constexpr int BLOCK = 16;
+using BlockValues = float __attribute__((vector_size(BLOCK * sizeof(float))));
+using BlockIntegers = int __attribute__((vector_size(BLOCK * sizeof(int))));
+using BlockSamples = std::uint16_t __attribute__((vector_size(BLOCK * sizeof(std::uint16_t))));
+
+STAB_CLONES void combineLines(const float* const* lines, const float* weights, int taps, int count,
+                              std::uint16_t* out) {
   for (int x = 0; x < count; x += BLOCK) {
-    float sum[BLOCK];
-    float low[BLOCK];
-    float high[BLOCK];
-    for (int l = 0; l < BLOCK; ++l) {
-      low[l] = high[l] = lines[0][x + l];
-      sum[l] = low[l] * weights[0];
-    }
+    BlockValues low;
+    std::memcpy(&low, lines[0] + x, sizeof low);
+    BlockValues high = low;
+    BlockValues sum = low * weights[0];
     for (int t = 1; t < taps; ++t) {
-      const float* line = lines[t] + x;
-      const float weight = weights[t];
-      for (int l = 0; l < BLOCK; ++l) {
-        sum[l] += line[l] * weight;
-        low[l] = line[l] < low[l] ? line[l] : low[l];
-        high[l] = line[l] > high[l] ? line[l] : high[l];
-      }
+      BlockValues next;
+      std::memcpy(&next, lines[t] + x, sizeof next);
+      sum += next * weights[t];
+      low = next < low ? next : low;
+      high = next > high ? next : high;
     }
-    std::uint16_t block[BLOCK];
-    for (int l = 0; l < BLOCK; ++l) {
-      const float floored = sum[l] < low[l] ? low[l] : sum[l];
-      const float limited = floored > high[l] ? high[l] : floored;
-      block[l] = static_cast<std::uint16_t>(static_cast<int>(limited + 0.5F));
-    }
-    std::copy_n(block, std::min(BLOCK, count - x), out + x);
+    const BlockValues floored = sum < low ? low : sum;
+    const BlockValues limited = floored > high ? high : floored;
+    const auto rounded = __builtin_convertvector(limited + 0.5F, BlockIntegers);
+    const auto block = __builtin_convertvector(rounded, BlockSamples);
+    std::memcpy(out + x, &block,
+                static_cast<std::size_t>(std::min(BLOCK, count - x)) * sizeof *out);
   }
 }
 
