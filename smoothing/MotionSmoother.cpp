@@ -37,10 +37,12 @@ bool ReadPath(const CTrackingArray& array, int point, SPath& path) {
   return static_cast<int>(path.x.size()) == frameCount;
 }
 
+/// REQUIRES: the path is one that ReadPath took from this array.
 void WritePath(CTrackingArray& array, int point, const SPath& path) {
-  const int first = array.FirstFrame();
-  for (std::size_t i = 0; i < path.x.size(); ++i) {
-    array.PointsAt(first + static_cast<int>(i)).Point(point) = CTrackPoint(path.x[i], path.y[i]);
+  std::size_t i = 0;
+  for (auto& [frame, points] : array.frames) {
+    points.Point(point) = CTrackPoint(path.x[i], path.y[i]);
+    ++i;
   }
 }
 
@@ -154,9 +156,6 @@ bool SmoothRobustPoints(IStabilizerShot& shot, SMotionArrays& motion, int goodFr
 
 void CompleteSyntheticPoints(SMotionArrays& motion) {
   const int count = motion.original.NumberOfPoints();
-  const int end = motion.original.EndFrame();
-  for (int frame = motion.original.FirstFrame(); frame < end; ++frame) {
-    CompletePoints(motion.original.PointsAt(frame), count);
-    CompletePoints(motion.smoothed.PointsAt(frame), count);
-  }
+  for (CTrackingArray* array : {&motion.original, &motion.smoothed})
+    for (auto& [frame, points] : array->frames) CompletePoints(points, count);
 }

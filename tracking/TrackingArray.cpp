@@ -214,7 +214,9 @@ void CTrackingArray::RenumberPoint(int from, int to) {
     if (attribute.AnIn == from) attribute.AnIn = to;
   }
   for (auto& [frame, points] : frames) {
-    if (points.IsValidPoint(from)) points.Point(to) = points.Point(from);
+    if (!points.IsValidPoint(from)) continue;
+    const CTrackPoint moved = points.Point(from);
+    points.Point(to) = moved;
   }
   attributes[to] = attributes[from];
   DeletePoint(from);

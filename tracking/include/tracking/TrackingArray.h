@@ -5,6 +5,7 @@
 #include "support/IniFile.h"
 #include "support/PDLElement.h"
 #include "support/Rect.h"
+#include "tracking/Entries.h"
 
 /// The tracking data of one shot: where every point lies in every frame of the marked range. Plain
 /// values on ordered maps. Frame indices are absolute clip frames; point indices name a point
@@ -47,12 +48,12 @@ class CTrackingPoints {
   /// Entries present, valid or not.
   int Count() const { return static_cast<int>(points_.size()); }
   bool IsValidPoint(int index) const;
-  /// Creating access: an absent entry is inserted invalid. The reference lives until the entry is
-  /// removed.
+  /// Creating access: an absent entry is inserted invalid. The reference lives until another entry
+  /// is inserted or removed.
   CTrackPoint& Point(int index) { return points_[index]; }
   void RemovePoint(int index) { points_.erase(index); }
   /// Entries in order of index. Not of a temporary, which would not outlive a loop over them.
-  const std::map<int, CTrackPoint>& Entries() const& { return points_; }
+  const CEntries<CTrackPoint>& Entries() const& { return points_; }
   void Entries() const&& = delete;
 
   friend bool operator==(const CTrackingPoints&, const CTrackingPoints&) = default;
@@ -64,7 +65,7 @@ class CTrackingPoints {
   int ReadPDLEntry(const CPDLElement& element);
 
  private:
-  std::map<int, CTrackPoint> points_;
+  CEntries<CTrackPoint> points_;
 };
 
 /// How a point is anchored to another. Stored by name; do not change the names.
