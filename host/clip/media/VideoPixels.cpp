@@ -1,6 +1,7 @@
 #include "VideoPixels.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "CodeValues.h"
 #include "clip/ClipReader.h"
@@ -75,14 +76,24 @@ SwsContext* CVideoPixels::scaler(const AVFrame& picture, bool reading) {
   const int key[6] = {picture.width,      picture.height, picture.format,
                       picture.colorspace, fullRange,      reading ? 1 : 2};
   if (scaler_ && std::equal(key, key + 6, key_)) return scaler_.get();
-  const AVPixelFormat kind = static_cast<AVPixelFormat>(picture.format);
-  const AVPixelFormat from = reading ? kind : AV_PIX_FMT_RGB48;
-  const AVPixelFormat to = reading ? AV_PIX_FMT_RGB48 : kind;
-  scaler_.reset(sws_getContext(picture.width, picture.height, from, picture.width, picture.height,
-                               to, kAccurate, nullptr, nullptr, nullptr));
-  if (!scaler_)
+  const auto kind = static_cast<AVPixelFormat>(picture.format);
+  scaler_.reset(sws_alloc_context());
+  if (!scaler_) throw CClipError("no memory to convert pictures");
+  const std::pair<const char*, std::int64_t> settings[] = {
+      {"srcw", picture.width},
+      {"srch", picture.height},
+      {"src_format", reading ? kind : AV_PIX_FMT_RGB48},
+      {"dstw", picture.width},
+      {"dsth", picture.height},
+      {"dst_format", reading ? AV_PIX_FMT_RGB48 : kind},
+      {"sws_flags", kAccurate},
+      {"threads", threads_}};
+  for (const auto& [name, value] : settings) av_opt_set_int(scaler_.get(), name, value, 0);
+  if (sws_init_context(scaler_.get(), nullptr, nullptr) < 0) {
+    scaler_.reset();
     throw CClipError(std::string("pictures of the kind ") + KindOf(picture).name +
                      " cannot be converted");
+  }
   const int* matrix = sws_getCoefficients(MatrixOf(picture.colorspace, picture.height));
   sws_setColorspaceDetails(scaler_.get(), matrix, reading ? fullRange : 1, matrix,
                            reading ? 1 : fullRange, 0, 1 << 16, 1 << 16);
@@ -90,21 +101,42 @@ SwsContext* CVideoPixels::scaler(const AVFrame& picture, bool reading) {
   return scaler_.get();
 }
 
+namespace {
+
+/// Our samples as a picture of the library's, which owns nothing.
+Picture SamplesAsPicture(std::uint16_t* samples, int width, int height) {
+  Picture picture = MakePicture();
+  picture->format = AV_PIX_FMT_RGB48;
+  picture->width = width;
+  picture->height = height;
+  picture->linesize[0] = width * 6;
+  picture->data[0] = reinterpret_cast<std::uint8_t*>(samples);
+  const auto keep = [](void*, std::uint8_t*) {};
+  picture->buf[0] = av_buffer_create(
+      picture->data[0], static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 6,
+      keep, nullptr, 0);
+  if (picture->buf[0] == nullptr) throw CClipError("no memory to convert pictures");
+  return picture;
+}
+
+void Convert(SwsContext* scaler, AVFrame& to, const AVFrame& from) {
+  if (sws_scale_frame(scaler, &to, &from) < 0) throw CClipError("the picture cannot be converted");
+}
+
+}  // namespace
+
 void CVideoPixels::toSamples(const AVFrame& picture, std::uint16_t* samples) {
   const AVPixFmtDescriptor& kind = KindOf(picture);
   if (IsPlainRgb(kind)) return ReadPlainRgb(picture, kind, samples);
-  std::uint8_t* planes[4] = {reinterpret_cast<std::uint8_t*>(samples), nullptr, nullptr, nullptr};
-  const int strides[4] = {picture.width * 6, 0, 0, 0};
-  sws_scale(scaler(picture, true), picture.data, picture.linesize, 0, picture.height, planes,
-            strides);
+  const Picture to = SamplesAsPicture(samples, picture.width, picture.height);
+  Convert(scaler(picture, true), *to, picture);
 }
 
 void CVideoPixels::fromSamples(const std::uint16_t* samples, AVFrame& picture) {
   const AVPixFmtDescriptor& kind = KindOf(picture);
   if (IsPlainRgb(kind)) return WritePlainRgb(samples, kind, picture);
-  const std::uint8_t* planes[4] = {reinterpret_cast<const std::uint8_t*>(samples), nullptr, nullptr,
-                                   nullptr};
-  const int strides[4] = {picture.width * 6, 0, 0, 0};
-  sws_scale(scaler(picture, false), planes, strides, 0, picture.height, picture.data,
-            picture.linesize);
+  // The library only reads what it converts from; its pictures do not say so.
+  const Picture from =
+      SamplesAsPicture(const_cast<std::uint16_t*>(samples), picture.width, picture.height);
+  Convert(scaler(picture, false), picture, *from);
 }

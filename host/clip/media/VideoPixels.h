@@ -11,6 +11,8 @@
 /// two. THREAD: one per object.
 class CVideoPixels {
  public:
+  /// `threads`: how many share a picture; the result is the same.
+  explicit CVideoPixels(int threads) : threads_(threads) {}
   /// Fills width * height * 3 samples. Throws CClipError when the kind of picture is not known.
   void toSamples(const AVFrame& picture, std::uint16_t* samples);
   /// Fills the picture, whose format, size, colour space and range are set and whose memory is
@@ -19,6 +21,7 @@ class CVideoPixels {
 
  private:
   SwsContext* scaler(const AVFrame& picture, bool reading);
+  const int threads_;
   Scaler scaler_;
   int key_[6] = {};
 };

@@ -33,7 +33,7 @@ int DepthOf(const AVCodecParameters& parameters) {
 }  // namespace
 
 CVideoReader::CVideoReader(const std::string& path, int threads)
-    : path_(path), decoder_(path, threads), current_(MakePicture()) {
+    : path_(path), decoder_(path, threads), pixels_(threads), current_(MakePicture()) {
   index_.emplace(decoder_);
   if (index_->count() == 0) throw CClipError(path + ": holds no frame that can be decoded");
   decoder_.restart();

@@ -56,6 +56,7 @@ class CVideoWriter : public IClipWriter {
         end_(end),
         lastFrame_(first - 1),
         temporary_(path),
+        pixels_(std::max(1, options.threads)),
         packet_(MakePacket()),
         picture_(MakePicture()) {
     if (video_ != nullptr) original_ = OpenInput(source.info().path);
