@@ -1,8 +1,11 @@
 // The whole command against the least that any tool must do with the same libraries: read the
-// sequence twice (once to track, once to render) and write it once. Rounds alternate; every output
-// is checked to be complete and steady before its time counts.
+// sequence twice (once to track, once to render) and write it once, or read it once where its
+// frames may be kept. Rounds alternate; every output is checked to be complete and steady before
+// its time counts. Last, how long the help text takes.
 //
 //   command_bench [FRAMES [WIDTH HEIGHT]]      default: 240 frames of 2048 x 1556, DPX 10 bit
+//
+// Files lie under TMPDIR: on a disk that is slower than the work, only the disk is measured.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -41,13 +44,16 @@ void onThreads(const IClipReader& reader, int threads, Work work) {
   for (std::thread& worker : workers) worker.join();
 }
 
-double readTwiceWriteOnce(const fs::path& folder, int threads) {
+/// Reads the clip `reads` times, the last time copying it.
+double copyClip(const fs::path& folder, int reads, int threads) {
   CHRTimer timer;
   const auto reader = OpenClip((folder / "scan.####.dpx").string(), threads);
   const SClipInfo& info = reader->info();
   const auto writer = CreateClip((folder / "plain.####.dpx").string(), *reader, info.firstFrame,
                                  info.endFrame, {true, threads});
-  onThreads(*reader, threads, [&](int frame, std::uint16_t* to) { reader->readFrame(frame, to); });
+  for (int i = 1; i < reads; ++i)
+    onThreads(*reader, threads,
+              [&](int frame, std::uint16_t* to) { reader->readFrame(frame, to); });
   onThreads(*reader, threads, [&](int frame, std::uint16_t* to) {
     reader->readFrame(frame, to);
     writer->writeFrame(frame, to);
@@ -62,15 +68,15 @@ struct SCommandRun {
   bool good = false;
 };
 
-SCommandRun runCommand(const fs::path& folder, const char* axes, int threads) {
-  const std::string in = (folder / "scan.####.dpx").string();
-  const std::string out = (folder / "steady.####.dpx").string();
-  const std::string count = std::to_string(threads);
+/// A program's run: its arguments, its own name first.
+SCommandRun runProgram(const char* program, std::vector<std::string> arguments) {
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
   CHRTimer timer;
   const pid_t process = fork();
   if (process == 0) {
-    execl(STAB_PROGRAM, "stabilize", in.c_str(), "-o", out.c_str(), "--stabilize", axes,
-          "--threads", count.c_str(), "--overwrite", "-q", static_cast<char*>(nullptr));
+    execvp(program, pointers.data());
     _exit(127);
   }
   int status = 0;
@@ -78,6 +84,16 @@ SCommandRun runCommand(const fs::path& folder, const char* axes, int threads) {
   wait4(process, &status, 0, &usage);
   return {timer.Read() * 0.001, static_cast<double>(usage.ru_maxrss) / 1024.0,
           WIFEXITED(status) && WEXITSTATUS(status) == 0};
+}
+
+SCommandRun runCommand(const fs::path& folder, const char* axes, int threads, bool keeps) {
+  const std::string in = (folder / "scan.####.dpx").string();
+  const std::string out = (folder / "steady.####.dpx").string();
+  std::vector<std::string> arguments = {"stabilize",   in,   "-o",        out,
+                                        "--stabilize", axes, "--threads", std::to_string(threads),
+                                        "--overwrite", "-q"};
+  if (keeps) arguments.insert(arguments.end(), {"--cache-memory", "64GB"});
+  return runProgram(STAB_PROGRAM, arguments);
 }
 
 /// The command's own verification on the output, once; it fails above a twentieth of a pixel.
@@ -93,23 +109,31 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-bool compare(const fs::path& folder, int frames, const char* axes, int threads) {
+bool compare(const fs::path& folder, int frames, const char* axes, int threads, bool keeps) {
   std::vector<double> plain;
   std::vector<double> command;
   double peak = 0.0;
   for (int round = 0; round < ROUNDS; ++round) {
-    plain.push_back(readTwiceWriteOnce(folder, threads));
-    const SCommandRun run = runCommand(folder, axes, threads);
+    plain.push_back(copyClip(folder, keeps ? 1 : 2, threads));
+    const SCommandRun run = runCommand(folder, axes, threads, keeps);
     if (!run.good) return false;
     command.push_back(run.seconds);
     peak = std::max(peak, run.peakMiB);
   }
   std::printf(
-      "%-9s %d threads   plain %7.1f frames/s   command %7.1f frames/s   ratio %.2f   peak %.0f "
-      "MiB\n",
-      axes, threads, frames / median(plain), frames / median(command),
-      median(command) / median(plain), peak);
+      "%-9s %d threads  %-11s  plain %7.1f frames/s   command %7.1f frames/s   ratio %.2f   peak "
+      "%.0f MiB\n",
+      axes, threads, keeps ? "read once" : "read twice", frames / median(plain),
+      frames / median(command), median(command) / median(plain), peak);
   return true;
+}
+
+void measureHelp() {
+  std::vector<double> seconds;
+  for (int round = 0; round < 21; ++round)
+    seconds.push_back(
+        runProgram("sh", {"sh", "-c", "'" STAB_PROGRAM "' --help > /dev/null"}).seconds);
+  std::printf("stabilize --help: %.1f ms, a shell's start with it\n", median(seconds) * 1000.0);
 }
 
 }  // namespace
@@ -122,7 +146,7 @@ int main(int argc, char** argv) {
   std::string pattern = (fs::temp_directory_path() / "stabilize-bench-XXXXXX").string();
   if (shot.frames < 3 || !mkdtemp(pattern.data())) return 1;
   const fs::path folder = pattern;
-  std::printf("%d frames of %d x %d, DPX 10 bit; ratio: command / (read twice + write once)\n",
+  std::printf("%d frames of %d x %d, DPX 10 bit; ratio: command / (read and write the same)\n",
               shot.frames, shot.width, shot.height);
   const auto reader = MakeTestShotReader(shot);
   const auto writer = CreateClip((folder / "scan.####.dpx").string(), *reader,
@@ -134,7 +158,10 @@ int main(int argc, char** argv) {
   writer->finish();
   bool good = isSteady(folder);
   for (const char* axes : {"both", "rotation"})
-    for (int threads : {1, 2}) good = good && compare(folder, shot.frames, axes, threads);
+    for (int threads : {1, 2})
+      for (bool keeps : {false, true})
+        good = good && compare(folder, shot.frames, axes, threads, keeps);
+  measureHelp();
   fs::remove_all(folder);
   if (!good) std::printf("the command failed, or its output is not steady: nothing here counts\n");
   return good ? 0 : 1;

@@ -206,11 +206,11 @@ void AddThreadsOption(CLI::App& command, int& threads) {
       ->type_name("N");
 }
 
-void AddCacheOption(CLI::App& command, std::size_t& bytes) {
+void AddCacheOption(CLI::App& command, std::optional<std::size_t>& bytes) {
   command
       .add_option("--cache-memory", bytes,
                   "Memory for frames that are kept from tracking for rendering, as 4GB or 500MB "
-                  "[a quarter of the machine's]")
+                  "[a quarter of the machine's; none for uncompressed DPX]")
       ->transform(CLI::AsSizeValue(false).description(""))
       ->type_name("SIZE");
 }

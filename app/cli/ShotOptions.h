@@ -19,4 +19,4 @@ void AddMattingOption(CLI::App& command, SStabilizeOptions& options);
 void AddResultOptions(CLI::App& command, SStabilizeOptions& options);
 void AddThreadsOption(CLI::App& command, int& threads);
 /// Memory for frames between tracking and rendering.
-void AddCacheOption(CLI::App& command, std::size_t& bytes);
+void AddCacheOption(CLI::App& command, std::optional<std::size_t>& bytes);

@@ -75,6 +75,7 @@ SImageTraits TraitsOf(const CDpxHeader& header) {
   traits.originY = header.originY();
   traits.channels = header.descriptor() == 51 ? 4 : 3;
   traits.bitDepth = header.bitSize();
+  traits.isPlain = true;
   AddTiming(header, traits);
   return traits;
 }

@@ -25,6 +25,7 @@ struct SImageTraits {
   int bitDepth = 16;
   bool isFloat = false;        ///< half or float
   bool isSingleFloat = false;  ///< 32 bits
+  bool isPlain = false;        ///< stored as it comes: nothing to decompress
   std::optional<SFrameRate> frameRate;
   std::optional<CTimecode> timecode;
 

@@ -12,6 +12,7 @@ class CSequenceReader : public IClipReader {
   const SClipInfo& info() const override { return info_; }
   void readFrame(int frame, std::uint16_t* samples) override;
   bool isParallel() const override { return true; }
+  bool isCheap() const override { return traits_.isPlain; }
   std::string sourceFile(int frame) const override { return sequence_.pattern.filePath(frame); }
   std::map<std::string, std::string> metadata() const override;
 

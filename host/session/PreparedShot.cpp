@@ -61,7 +61,8 @@ std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
 SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeOptions& options,
                           const SJobObserver& observer) {
   SPreparedShot shot;
-  shot.tool = std::make_unique<CToolOnShot>(std::move(reader), options.threads, options.cacheMemory,
+  const std::size_t keptBytes = CacheMemory(options, *reader);
+  shot.tool = std::make_unique<CToolOnShot>(std::move(reader), options.threads, keptBytes,
                                             *options.in, *options.out, observer);
   CPDLEntry entry =
       options.entry ? CPDLEntry::CopyOf(options.entry->FirstElement()) : MakeEntry(options);

@@ -33,6 +33,8 @@ class IClipReader {
   virtual void readFrame(int frame, std::uint16_t* samples) = 0;
   /// True: readFrame may be called from several threads at once.
   virtual bool isParallel() const { return false; }
+  /// True: to read a frame again costs no more than to keep it in memory that is fresh.
+  virtual bool isCheap() const { return false; }
   /// The file that holds this frame alone and whose header a writer carries over; empty when
   /// frames have no files of their own.
   virtual std::string sourceFile(int /*frame*/) const { return {}; }

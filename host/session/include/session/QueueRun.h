@@ -19,8 +19,8 @@ SStabilizeOptions CaptureShot(SStabilizeOptions options, const SJobObserver& obs
 
 struct SQueueSettings {
   bool retryFailed = false;
-  int threads = 0;  ///< 0: the machine's cores
-  std::size_t cacheMemory = DefaultCacheMemory();
+  int threads = 0;                         ///< 0: the machine's cores
+  std::optional<std::size_t> cacheMemory;  ///< as SStabilizeOptions has it
 };
 
 /// One shot of a run, ended.

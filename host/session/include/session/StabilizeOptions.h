@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "clip/ClipInfo.h"
+#include "clip/ClipReader.h"
 #include "session/TrackerText.h"
 #include "support/PDLElement.h"
 #include "support/Rect.h"
@@ -26,10 +26,6 @@ enum class EWarp { euclidean, logarithmic, thinPlate, none };
 enum class EMatting { automatic, off, box };
 
 struct SFilePoints;
-
-/// Bytes that decoded frames may fill between tracking and rendering, when nobody says how many: a
-/// quarter of the machine's memory, so that four runs side by side fit.
-std::size_t DefaultCacheMemory();
 
 /// What a person asks for when a shot is to be stabilised. What is not set follows the tool's own
 /// defaults (see MakeEntry).
@@ -75,9 +71,14 @@ struct SStabilizeOptions {
   std::optional<double> maxResidual;  ///< pixels; implies verify
 
   // How fast.
-  int threads = 0;  ///< 0: the machine's cores
-  std::size_t cacheMemory = DefaultCacheMemory();
+  int threads = 0;                         ///< 0: the machine's cores
+  std::optional<std::size_t> cacheMemory;  ///< default: see CacheMemory
 };
+
+/// Bytes that decoded frames may fill between tracking and rendering. When nobody says how many:
+/// none where the clip is cheap to read again, else a quarter of the machine's memory, so that four
+/// runs side by side fit.
+std::size_t CacheMemory(const SStabilizeOptions& options, const IClipReader& reader);
 
 struct SSizeRange {
   int low;
