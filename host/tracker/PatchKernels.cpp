@@ -8,12 +8,6 @@ namespace {
 
 constexpr int kMaxColumns = 272;
 
-double SumOfLanes(const float* lanes) {
-  double sum = 0.0;
-  for (int i = 0; i < kLanes; ++i) sum += lanes[i];
-  return sum;
-}
-
 /// Sums of samples and of their squares down the columns of one patch position.
 STAB_CLONES void SumColumns(const float* window, std::ptrdiff_t stride, int height, int count,
                             float* sum, float* squares) {
@@ -97,22 +91,6 @@ STAB_CLONES void ScoreOneLanes(const float* patch, std::ptrdiff_t patchStride, i
   STAB_STORE(out + 2 * kLanes) = squares;
 }
 
-STAB_CLONES void Dot3Lanes(const float* r, const float* a, const float* b, const float* c,
-                           int count, float* out) {
-  Lanes sa{};
-  Lanes sb{};
-  Lanes sc{};
-  for (int i = 0; i < count; i += kLanes) {
-    const Lanes v = STAB_LOAD(r + i);
-    sa += v * STAB_LOAD(a + i);
-    sb += v * STAB_LOAD(b + i);
-    sc += v * STAB_LOAD(c + i);
-  }
-  STAB_STORE(out) = sa;
-  STAB_STORE(out + kLanes) = sb;
-  STAB_STORE(out + 2 * kLanes) = sc;
-}
-
 }  // namespace
 
 void ScoreBlock(const float* patch, std::ptrdiff_t patchStride, int width, int height,
@@ -180,21 +158,6 @@ STAB_CLONES void AccumulateBlocks(const float* s, float weight, int count, float
     STAB_STORE(tw + x) = STAB_LOAD(tw + x) + v * weight;
     STAB_STORE(ww + x) = STAB_LOAD(ww + x) + v * v;
     STAB_STORE(sum + x) = STAB_LOAD(sum + x) + v;
-  }
-}
-
-SDot3 Dot3(const float* r, const float* a, const float* b, const float* c, int count) {
-  alignas(64) float out[3 * kLanes];
-  Dot3Lanes(r, a, b, c, count, out);
-  return {SumOfLanes(out), SumOfLanes(out + kLanes), SumOfLanes(out + 2 * kLanes)};
-}
-
-STAB_CLONES void Filter6(const float* in, std::ptrdiff_t step, const float* weights, int count,
-                         float* out) {
-  for (int x = 0; x < count; ++x) {
-    out[x] = in[x] * weights[0] + in[x + step] * weights[1] + in[x + 2 * step] * weights[2] +
-             in[x + 3 * step] * weights[3] + in[x + 4 * step] * weights[4] +
-             in[x + 5 * step] * weights[5];
   }
 }
 

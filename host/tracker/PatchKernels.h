@@ -32,15 +32,6 @@ void SquareRow(const float* in, int count, float* out);
 /// tw += weight * s, ww += s * s, sum += s.
 void AccumulateBlocks(const float* s, float weight, int count, float* tw, float* ww, float* sum);
 
-struct SDot3 {
-  double a, b, c;
-};
-/// Sums of r * a, r * b, r * c. REQUIRES: count is a multiple of 16.
-SDot3 Dot3(const float* r, const float* a, const float* b, const float* c, int count);
-
-/// out[x] = sum over k of weights[k] * in[x + k * step], k = 0 .. 5.
-void Filter6(const float* in, std::ptrdiff_t step, const float* weights, int count, float* out);
-
 /// out[x] = (in[x - 2 step] - in[x + 2 step]) / 12 + (in[x + step] - in[x - step]) * 2 / 3: the
 /// derivative of the polynomial through five samples.
 void Derivative5(const float* in, std::ptrdiff_t step, int count, float* out);
