@@ -4,18 +4,6 @@
 
 namespace {
 
-STAB_CLONES void MaskedSumLanes(const float* in, std::ptrdiff_t inStride, const float* mask,
-                                std::ptrdiff_t stride, int height, float* out) {
-  Lanes sum{};
-  for (int y = 0; y < height; ++y) {
-    const float* row = in + y * inStride;
-    for (std::ptrdiff_t x = 0; x < stride; x += kLanes) {
-      sum += STAB_LOAD(row + x) * STAB_LOAD(mask + x);
-    }
-  }
-  STAB_STORE(out) = sum;
-}
-
 /// Rows of `out`: xx xy xt xr xs, yy yt yr ys, tt tr ts, rr rs, ss, x y t r s.
 constexpr int kProducts = 20;
 
@@ -138,13 +126,6 @@ STAB_CLONES void Resample6x6(const float* in, std::ptrdiff_t inStride, const flo
           STAB_LOAD(top + x + 4 * stride) * down[4] + STAB_LOAD(top + x + 5 * stride) * down[5];
     }
   }
-}
-
-double MaskedSum(const float* in, std::ptrdiff_t inStride, const float* mask, std::ptrdiff_t stride,
-                 int height) {
-  alignas(64) float out[kLanes];
-  MaskedSumLanes(in, inStride, mask, stride, height, out);
-  return SumOfLanes(out);
 }
 
 STAB_CLONES void FillGradients(const float* patch, std::ptrdiff_t patchStride, float mean,

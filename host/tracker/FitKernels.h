@@ -12,10 +12,6 @@
 void Resample6x6(const float* in, std::ptrdiff_t inStride, const float* across, const float* down,
                  int width, int height, float* rows, float* out, std::ptrdiff_t stride);
 
-/// Sum of the masked samples.
-double MaskedSum(const float* in, std::ptrdiff_t inStride, const float* mask, std::ptrdiff_t stride,
-                 int height);
-
 /// A patch as the normal equations see it, and what they are weighted by.
 struct SPatchPlanes {
   std::ptrdiff_t stride;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Lanes.h"
+#include "PatchKernels.h"
 
 namespace {
 
