@@ -14,6 +14,17 @@ inline constexpr int kLanes = 16;
 #define STAB_LOAD(pointer) (*reinterpret_cast<const UnalignedLanes*>(pointer))
 #define STAB_STORE(pointer) (*reinterpret_cast<UnalignedLanes*>(pointer))
 
+/// Sum of sixteen floats. Halves are added to halves, so that the additions do not wait for each
+/// other.
+inline double SumOfLanes(const float* lanes) {
+  double sum[kLanes / 2];
+  for (int i = 0; i < 8; ++i) sum[i] = static_cast<double>(lanes[i]) + lanes[i + 8];
+  for (int half = 4; half > 0; half /= 2) {
+    for (int i = 0; i < half; ++i) sum[i] += sum[i + half];
+  }
+  return sum[0];
+}
+
 /// Row lengths are rounded up to whole lanes.
 constexpr int RoundUpToLanes(int count) {
   return (count + kLanes - 1) / kLanes * kLanes;

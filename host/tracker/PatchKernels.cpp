@@ -1,55 +1,36 @@
 #include "PatchKernels.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "Lanes.h"
 
 namespace {
 
-constexpr int kMaxColumns = 272;
-
-double SumOfLanes(const float* lanes) {
-  double sum = 0.0;
-  for (int i = 0; i < kLanes; ++i) sum += lanes[i];
-  return sum;
-}
-
-/// Sums of samples and of their squares down the columns of one patch position.
-STAB_CLONES void SumColumns(const float* window, std::ptrdiff_t stride, int height, int count,
-                            float* sum, float* squares) {
-  for (int x = 0; x < count; x += kLanes) {
-    Lanes s{};
-    Lanes q{};
-    const float* in = window + x;
-    for (int y = 0; y < height; ++y, in += stride) {
-      const Lanes v = STAB_LOAD(in);
-      s += v;
-      q += v * v;
+STAB_CLONES void MaskedSumLanes(const float* in, std::ptrdiff_t inStride, const float* mask,
+                                std::ptrdiff_t stride, int height, float* out) {
+  Lanes sum{};
+  for (int y = 0; y < height; ++y) {
+    const float* row = in + y * inStride;
+    for (std::ptrdiff_t x = 0; x < stride; x += kLanes) {
+      sum += STAB_LOAD(row + x) * STAB_LOAD(mask + x);
     }
-    STAB_STORE(sum + x) = s;
-    STAB_STORE(squares + x) = q;
   }
+  STAB_STORE(out) = sum;
 }
 
-STAB_CLONES void SlideColumns(const float* leaving, const float* entering, int count, float* sum,
-                              float* squares) {
-  for (int x = 0; x < count; x += kLanes) {
-    const Lanes out = STAB_LOAD(leaving + x);
-    const Lanes in = STAB_LOAD(entering + x);
-    STAB_STORE(sum + x) = STAB_LOAD(sum + x) + (in - out);
-    STAB_STORE(squares + x) = STAB_LOAD(squares + x) + (in * in - out * out);
+STAB_CLONES void CentreLanes(const float* in, std::ptrdiff_t inStride, float mean,
+                             const float* mask, std::ptrdiff_t stride, int height, float* out,
+                             float* squares) {
+  Lanes sum{};
+  for (int y = 0; y < height; ++y) {
+    for (std::ptrdiff_t x = 0; x < stride; x += kLanes) {
+      const Lanes v = (STAB_LOAD(in + y * inStride + x) - mean) * STAB_LOAD(mask + x);
+      STAB_STORE(out + y * stride + x) = v;
+      sum += v * v;
+    }
   }
-}
-
-STAB_CLONES void VarianceAlong(const float* sum, const float* squares, int width, float inverseArea,
-                               float* var) {
-  Lanes s{};
-  Lanes q{};
-  for (int x = 0; x < width; ++x) {
-    s += STAB_LOAD(sum + x);
-    q += STAB_LOAD(squares + x);
-  }
-  STAB_STORE(var) = q - s * s * inverseArea;
+  STAB_STORE(squares) = sum;
 }
 
 STAB_CLONES void DotBlock(const float* patch, std::ptrdiff_t patchStride, int width, int height,
@@ -78,15 +59,59 @@ STAB_CLONES void DotBlock(const float* patch, std::ptrdiff_t patchStride, int wi
   STAB_STORE(dot + 4 * kLanes) = a4;
 }
 
-STAB_CLONES void ScoreOneLanes(const float* patch, std::ptrdiff_t patchStride, int width,
-                               int height, const float* window, std::ptrdiff_t stride,
-                               const float* inside, float* out) {
+/// Five positions side by side.
+STAB_CLONES void DotBeside(const float* patch, std::ptrdiff_t patchStride, int height,
+                           const float* window, std::ptrdiff_t stride, float* dot) {
+  Lanes a0{};
+  Lanes a1{};
+  Lanes a2{};
+  Lanes a3{};
+  Lanes a4{};
+  for (int y = 0; y < height; ++y) {
+    const float* in = window + y * stride;
+    for (std::ptrdiff_t x = 0; x < patchStride; x += kLanes) {
+      const Lanes t = STAB_LOAD(patch + y * patchStride + x);
+      a0 += STAB_LOAD(in + x) * t;
+      a1 += STAB_LOAD(in + x + 1) * t;
+      a2 += STAB_LOAD(in + x + 2) * t;
+      a3 += STAB_LOAD(in + x + 3) * t;
+      a4 += STAB_LOAD(in + x + 4) * t;
+    }
+  }
+  STAB_STORE(dot) = a0;
+  STAB_STORE(dot + kLanes) = a1;
+  STAB_STORE(dot + 2 * kLanes) = a2;
+  STAB_STORE(dot + 3 * kLanes) = a3;
+  STAB_STORE(dot + 4 * kLanes) = a4;
+}
+
+/// Scores of sixteen positions from their dot products and the sums down their columns.
+STAB_CLONES void ScoreLanes(const float* dot, const float* sum, const float* squares, int width,
+                            const SScoreScale& scale, float* score) {
+  Lanes s{};
+  Lanes q{};
+  for (int x = 0; x < width; ++x) {
+    s += STAB_LOAD(sum + x);
+    q += STAB_LOAD(squares + x);
+  }
+  alignas(64) float var[kLanes];
+  STAB_STORE(var) = q - s * s * scale.inverseArea;
+  for (int i = 0; i < kLanes; ++i) {
+    const float safe = var[i] > scale.flat ? var[i] : scale.flat;
+    const float value = dot[i] * std::abs(dot[i]) / (safe * scale.energy);
+    score[i] = var[i] > scale.flat ? value : 0.0F;
+  }
+}
+
+STAB_CLONES void ScoreOneLanes(const float* patch, std::ptrdiff_t patchStride, int height,
+                               const float* window, std::ptrdiff_t stride, const float* mask,
+                               float* out) {
   Lanes dot{};
   Lanes sum{};
   Lanes squares{};
   for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; x += kLanes) {
-      const Lanes v = STAB_LOAD(window + y * stride + x) * STAB_LOAD(inside + x);
+    for (std::ptrdiff_t x = 0; x < patchStride; x += kLanes) {
+      const Lanes v = STAB_LOAD(window + y * stride + x) * STAB_LOAD(mask + x);
       dot += v * STAB_LOAD(patch + y * patchStride + x);
       sum += v;
       squares += v * v;
@@ -97,53 +122,91 @@ STAB_CLONES void ScoreOneLanes(const float* patch, std::ptrdiff_t patchStride, i
   STAB_STORE(out + 2 * kLanes) = squares;
 }
 
-STAB_CLONES void Dot3Lanes(const float* r, const float* a, const float* b, const float* c,
-                           int count, float* out) {
-  Lanes sa{};
-  Lanes sb{};
-  Lanes sc{};
-  for (int i = 0; i < count; i += kLanes) {
-    const Lanes v = STAB_LOAD(r + i);
-    sa += v * STAB_LOAD(a + i);
-    sb += v * STAB_LOAD(b + i);
-    sc += v * STAB_LOAD(c + i);
-  }
-  STAB_STORE(out) = sa;
-  STAB_STORE(out + kLanes) = sb;
-  STAB_STORE(out + 2 * kLanes) = sc;
-}
-
 }  // namespace
 
-void ScoreBlock(const float* patch, std::ptrdiff_t patchStride, int width, int height,
-                const float* window, std::ptrdiff_t stride, int rows, SScoreBlock& block) {
-  const float* base[SScoreBlock::kRows];
-  for (int d = 0; d < SScoreBlock::kRows; ++d) base[d] = window + std::min(d, rows - 1) * stride;
-  DotBlock(patch, patchStride, width, height, base, stride, &block.dot[0][0]);
+double MaskedSum(const float* in, std::ptrdiff_t inStride, const float* mask, std::ptrdiff_t stride,
+                 int height) {
+  alignas(64) float out[kLanes];
+  MaskedSumLanes(in, inStride, mask, stride, height, out);
+  return SumOfLanes(out);
+}
 
-  alignas(64) float sum[kMaxColumns];
-  alignas(64) float squares[kMaxColumns];
-  const int columns = RoundUpToLanes(width + kLanes - 1);
-  const float inverseArea = 1.0F / static_cast<float>(width * height);
-  SumColumns(window, stride, height, columns, sum, squares);
-  VarianceAlong(sum, squares, width, inverseArea, block.var[0]);
-  for (int d = 1; d < rows; ++d) {
-    SlideColumns(window + (d - 1) * stride, window + (d - 1 + height) * stride, columns, sum,
-                 squares);
-    VarianceAlong(sum, squares, width, inverseArea, block.var[d]);
+double Centre(const float* in, std::ptrdiff_t inStride, float mean, const float* mask,
+              std::ptrdiff_t stride, int height, float* out) {
+  alignas(64) float squares[kLanes];
+  CentreLanes(in, inStride, mean, mask, stride, height, out, squares);
+  return SumOfLanes(squares);
+}
+
+STAB_CLONES void SumColumns(const float* window, std::ptrdiff_t stride, int height, int count,
+                            float* sum, float* squares) {
+  for (int x = 0; x < count; x += kLanes) {
+    Lanes s{};
+    Lanes q{};
+    const float* in = window + x;
+    for (int y = 0; y < height; ++y, in += stride) {
+      const Lanes v = STAB_LOAD(in);
+      s += v;
+      q += v * v;
+    }
+    STAB_STORE(sum + x) = s;
+    STAB_STORE(squares + x) = q;
   }
 }
 
-void ScoreOne(const float* patch, std::ptrdiff_t patchStride, int width, int height,
-              const float* window, std::ptrdiff_t stride, double& dot, double& var) {
-  alignas(64) float inside[kMaxColumns];
-  const int columns = RoundUpToLanes(width);
-  for (int x = 0; x < columns; ++x) inside[x] = x < width ? 1.0F : 0.0F;
+STAB_CLONES void SlideColumns(const float* leaving, const float* entering, int count, float* sum,
+                              float* squares) {
+  for (int x = 0; x < count; x += kLanes) {
+    const Lanes out = STAB_LOAD(leaving + x);
+    const Lanes in = STAB_LOAD(entering + x);
+    STAB_STORE(sum + x) = STAB_LOAD(sum + x) + (in - out);
+    STAB_STORE(squares + x) = STAB_LOAD(squares + x) + (in * in - out * out);
+  }
+}
+
+void ScoreStrip(const float* patch, std::ptrdiff_t patchStride, int width, int height,
+                const float* window, std::ptrdiff_t stride, const SScoreScale& scale,
+                const SStrip& strip) {
+  alignas(64) float dot[SStrip::kRows * kLanes];
+  for (int x = 0; x < strip.columns; x += kLanes) {
+    const float* base[SStrip::kRows];
+    for (int d = 0; d < SStrip::kRows; ++d) {
+      base[d] = window + x + std::min(d, strip.rows - 1) * stride;
+    }
+    DotBlock(patch, patchStride, width, height, base, stride, dot);
+    for (int d = 0; d < strip.rows; ++d) {
+      ScoreLanes(dot + d * kLanes, strip.sums + d * strip.sumStride + x,
+                 strip.squares + d * strip.sumStride + x, width, scale,
+                 strip.scores + d * strip.scoreStride + x);
+    }
+  }
+}
+
+void Dot5(const float* patch, std::ptrdiff_t patchStride, int height, const float* window,
+          std::ptrdiff_t stride, double (&dot)[5]) {
+  alignas(64) float lanes[5 * kLanes];
+  DotBeside(patch, patchStride, height, window, stride, lanes);
+  for (int i = 0; i < 5; ++i) dot[i] = SumOfLanes(lanes + i * kLanes);
+}
+
+STAB_CLONES int FindAbove(const float* row, int from, int count, float threshold) {
+  int x = from;
+  for (; x < count; x += kLanes) {
+    int above = 0;
+    for (int i = 0; i < kLanes; ++i) above |= row[x + i] > threshold ? 1 : 0;
+    if (above != 0) break;
+  }
+  return x;
+}
+
+void ScoreOne(const float* patch, std::ptrdiff_t patchStride, int area, int height,
+              const float* mask, const float* window, std::ptrdiff_t stride, double& dot,
+              double& var) {
   alignas(64) float out[3 * kLanes];
-  ScoreOneLanes(patch, patchStride, width, height, window, stride, inside, out);
+  ScoreOneLanes(patch, patchStride, height, window, stride, mask, out);
   dot = SumOfLanes(out);
   const double sum = SumOfLanes(out + kLanes);
-  var = SumOfLanes(out + 2 * kLanes) - sum * sum / (width * height);
+  var = SumOfLanes(out + 2 * kLanes) - sum * sum / area;
 }
 
 STAB_CLONES void HalveRow(const float* upper, const float* lower, int count, float* out) {
@@ -180,21 +243,6 @@ STAB_CLONES void AccumulateBlocks(const float* s, float weight, int count, float
     STAB_STORE(tw + x) = STAB_LOAD(tw + x) + v * weight;
     STAB_STORE(ww + x) = STAB_LOAD(ww + x) + v * v;
     STAB_STORE(sum + x) = STAB_LOAD(sum + x) + v;
-  }
-}
-
-SDot3 Dot3(const float* r, const float* a, const float* b, const float* c, int count) {
-  alignas(64) float out[3 * kLanes];
-  Dot3Lanes(r, a, b, c, count, out);
-  return {SumOfLanes(out), SumOfLanes(out + kLanes), SumOfLanes(out + 2 * kLanes)};
-}
-
-STAB_CLONES void Filter6(const float* in, std::ptrdiff_t step, const float* weights, int count,
-                         float* out) {
-  for (int x = 0; x < count; ++x) {
-    out[x] = in[x] * weights[0] + in[x + step] * weights[1] + in[x + 2 * step] * weights[2] +
-             in[x + 3 * step] * weights[3] + in[x + 4 * step] * weights[4] +
-             in[x + 5 * step] * weights[5];
   }
 }
 

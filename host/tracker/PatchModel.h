@@ -3,6 +3,7 @@
 #include <array>
 #include <vector>
 
+#include "FitKernels.h"
 #include "tracker/Plane.h"
 
 /// Where and how well a patch sits in a window, to a fraction of a pixel.
@@ -58,13 +59,12 @@ class CPatchModel {
   SPlaneView patch() const;
 
  private:
-  static constexpr int kColumns = 6;  ///< shift x, shift y, gain, offset, rotation, scale
-
-  void derive();
+  SPatchPlanes planes();
   void fillColumns();
   bool solve();
-  void resample(const CPlane& plane, double x, double y, int border, CPlane& out);
-  void judge(SPatchFit& fit) const;
+  void measureNoiseGain();
+  void resample(const CPlane& plane, double x, double y, int border);
+  void judge(const SFitSums& sums, SPatchFit& fit);
 
   int halfX_;
   int halfY_;
@@ -80,12 +80,19 @@ class CPatchModel {
   double sigmaGain_ = 0.0;
   double mean_ = 0.0;
   double samples_ = 0.0;
-  CPlane patch_;  ///< with kBorder samples around
-  CPlane core_;   ///< patch minus mean, masked
-  CPlane mask_;
-  std::array<CPlane, kColumns> columns_;
+  double energy_ = 0.0;  ///< sum of squares of core_
+  CPlane patch_;         ///< with kBorder samples around
+  // Of the rows that are valid now, from the plane's row of that number on; the others are not
+  // kept.
+  std::vector<float> mask_;
+  std::vector<float> along_;
+  std::vector<float> down_;
+  CPlane gradientX_;
+  CPlane gradientY_;
+  CPlane core_;                   ///< patch minus mean, masked
   std::array<CPlane, 3> solver_;  ///< rows of the inverse normal equations times the columns
-  CPlane difference_;
   CPlane picture_;
   CPlane rows_;
+  std::vector<float> zeros_;
+  std::vector<float> line_;
 };

@@ -11,6 +11,8 @@ namespace {
 
 /// Variance per sample below which a window counts as flat: a contrast of 3 codes in 65535.
 constexpr double kFlatVariance = 2.5e-9;
+/// Keeps the score of a patch that has no contrast on a coarse level at 0.
+constexpr double kLeastEnergy = 1e-20;
 /// A coarser level must still show the patch: at least this half width, this share of variance.
 constexpr int kCoarseHalfWidth = 5;
 constexpr double kCoarseVarianceShare = 0.3;
@@ -20,6 +22,8 @@ constexpr int kPyramidHalfWidth = 8;
 constexpr double kFollowShare = 0.3;
 constexpr int kPeakDistance = 3;
 constexpr int kClimbRadius = 2;
+/// Scores are looked through in groups of so many, see FindAbove.
+constexpr int kGroup = 16;
 /// Rounding of a bound computed in floats.
 constexpr double kBoundMargin = 2e-5;
 
@@ -65,26 +69,17 @@ void BoxSums(const SPlaneView& in, int width, int height, CPlane& rows, CPlane& 
 
 }  // namespace
 
-void CPatchSearch::takeLevel(SLevel& level) {
-  CPlane& patch = level.patch;
-  level.width = patch.width();
-  level.height = patch.height();
-  const int area = level.width * level.height;
-  double sum = 0.0;
-  for (int y = 0; y < level.height; ++y) {
-    for (int x = 0; x < level.width; ++x) sum += patch.row(y)[x];
-  }
-  const auto mean = static_cast<float>(sum / area);
-  double squares = 0.0;
-  for (int y = 0; y < level.height; ++y) {
-    float* row = patch.row(y);
-    for (int x = 0; x < level.width; ++x) {
-      row[x] -= mean;
-      squares += static_cast<double>(row[x]) * row[x];
-    }
-    std::fill(row + level.width, row + patch.stride(), 0.0F);
-  }
-  level.norm = std::sqrt(squares);
+void CPatchSearch::takeLevel(const SPlaneView& patch, SLevel& level) {
+  level.width = patch.width;
+  level.height = patch.height;
+  level.patch.resize(patch.width, patch.height);
+  const int stride = level.patch.stride();
+  level.mask.assign(static_cast<std::size_t>(stride), 0.0F);
+  std::fill(level.mask.begin(), level.mask.begin() + patch.width, 1.0F);
+  const double sum = MaskedSum(patch.data, patch.stride, level.mask.data(), stride, patch.height);
+  const auto mean = static_cast<float>(sum / (patch.width * patch.height));
+  level.norm = std::sqrt(Centre(patch.data, patch.stride, mean, level.mask.data(), stride,
+                                patch.height, level.patch.row(0)));
 }
 
 void CPatchSearch::setPatch(const SPlaneView& patch) {
@@ -95,19 +90,14 @@ void CPatchSearch::setPatch(const SPlaneView& patch) {
     while ((half >> (depth + 1)) >= kCoarseHalfWidth) ++depth;
   }
   levels_.resize(static_cast<std::size_t>(depth) + 1);
-  CPlane& full = levels_[0].patch;
-  full.resize(patch.width, patch.height);
-  for (int y = 0; y < patch.height; ++y) {
-    std::copy(patch.row(y), patch.row(y) + patch.width, full.row(y));
-  }
-  takeLevel(levels_[0]);
+  takeLevel(patch, levels_[0]);
   coarsest_ = std::min(depth, 1);
   const double variance = levels_[0].norm * levels_[0].norm / (patch.width * patch.height);
   for (int l = 1; l <= depth; ++l) {
     SLevel& level = levels_[static_cast<std::size_t>(l)];
     const SLevel& finer = levels_[static_cast<std::size_t>(l) - 1];
-    Halve(ViewOf(finer.patch, 0, 0, finer.width, finer.height), level.patch);
-    takeLevel(level);
+    Halve(ViewOf(finer.patch, 0, 0, finer.width, finer.height), scratch_);
+    takeLevel(ViewOf(scratch_, 0, 0, scratch_.width(), scratch_.height()), level);
     if (level.norm * level.norm / (level.width * level.height) >= kCoarseVarianceShare * variance) {
       coarsest_ = l;
     } else {
@@ -120,9 +110,10 @@ double CPatchSearch::correlationAt(const SPlaneView& window, int x, int y) const
   const SLevel& level = levels_[0];
   double dot = 0.0;
   double var = 0.0;
-  ScoreOne(level.patch.row(0), level.patch.stride(), level.width, level.height, window.row(y) + x,
-           window.stride, dot, var);
-  return Correlation(dot, var, level.norm, level.width * level.height);
+  const int area = level.width * level.height;
+  ScoreOne(level.patch.row(0), level.patch.stride(), area, level.height, level.mask.data(),
+           window.row(y) + x, window.stride, dot, var);
+  return Correlation(dot, var, level.norm, area);
 }
 
 void CPatchSearch::buildWindowLevels(const SPlaneView& window) {
@@ -137,85 +128,109 @@ SPlaneView CPatchSearch::windowAt(int level, const SPlaneView& window) const {
   return ViewOf(plane, 0, 0, plane.width(), plane.height());
 }
 
-namespace {
-
-/// Best of the positions [x0, x1] x [y0, y1] for one patch.
-template <class TLevel>
-SPeak BestIn(const TLevel& level, const SPlaneView& window, int x0, int y0, int x1, int y1) {
+/// Best of the positions, inclusive; few of them.
+SPeak CPatchSearch::bestIn(const SLevel& level, const SPlaneView& window, const SRect& positions) {
+  constexpr int kAtOnce = 5;
   const int area = level.width * level.height;
-  SPeak best{x0, y0, -2.0};
-  SScoreBlock block;
-  for (int y = y0; y <= y1; y += SScoreBlock::kRows) {
-    const int rows = std::min(SScoreBlock::kRows, y1 - y + 1);
-    for (int x = x0; x <= x1; x += SScoreBlock::kColumns) {
-      const int columns = std::min(SScoreBlock::kColumns, x1 - x + 1);
-      ScoreBlock(level.patch.row(0), level.patch.stride(), level.width, level.height,
-                 window.row(y) + x, window.stride, rows, block);
-      for (int j = 0; j < rows; ++j) {
-        for (int i = 0; i < columns; ++i) {
-          const SPeak peak{x + i, y + j,
-                           Correlation(block.dot[j][i], block.var[j][i], level.norm, area)};
-          if (Better(peak, best)) best = peak;
-        }
+  const int columns = positions.right - positions.left + 1;
+  const float* first = window.row(positions.top) + positions.left;
+  sums_.resize(level.width + columns - 1, 1);
+  squares_.resize(level.width + columns - 1, 1);
+  float* sums = sums_.row(0);
+  float* squares = squares_.row(0);
+  SumColumns(first, window.stride, level.height, sums_.width(), sums, squares);
+  SPeak best{positions.left, positions.top, -2.0};
+  for (int y = positions.top; y <= positions.bottom; ++y, first += window.stride) {
+    const int stride = level.patch.stride();
+    double sum = MaskedSum(sums, stride, level.mask.data(), stride, 1);
+    double square = MaskedSum(squares, stride, level.mask.data(), stride, 1);
+    for (int x = 0; x < columns; x += kAtOnce) {
+      double dot[kAtOnce];
+      Dot5(level.patch.row(0), stride, level.height, first + x, window.stride, dot);
+      for (int i = x; i < std::min(x + kAtOnce, columns); ++i) {
+        const double var = square - sum * sum / area;
+        const SPeak peak{positions.left + i, y, Correlation(dot[i - x], var, level.norm, area)};
+        if (Better(peak, best)) best = peak;
+        sum += static_cast<double>(sums[i + level.width]) - sums[i];
+        square += static_cast<double>(squares[i + level.width]) - squares[i];
       }
     }
+    if (y == positions.bottom) break;
+    SlideColumns(first, first + level.height * window.stride, sums_.width(), sums, squares);
   }
   return best;
 }
 
-}  // namespace
-
-SPeak CPatchSearch::climb(const SPlaneView& window, int x, int y, int radius) const {
+SPeak CPatchSearch::climb(const SPlaneView& window, int x, int y, int radius) {
   const SLevel& level = levels_[0];
   const int lastX = window.width - level.width;
   const int lastY = window.height - level.height;
-  return BestIn(level, window, std::clamp(x - radius, 0, lastX), std::clamp(y - radius, 0, lastY),
-                std::clamp(x + radius, 0, lastX), std::clamp(y + radius, 0, lastY));
+  return bestIn(level, window,
+                {std::clamp(x - radius, 0, lastX), std::clamp(y - radius, 0, lastY),
+                 std::clamp(x + radius, 0, lastX), std::clamp(y + radius, 0, lastY)});
 }
 
-void CPatchSearch::scanCoarsest(const SPlaneView& window, std::vector<SPeak>& candidates) {
+void CPatchSearch::scoreCoarsest(const SPlaneView& coarse) {
   const SLevel& level = levels_[static_cast<std::size_t>(coarsest_)];
-  const SPlaneView coarse = windowAt(coarsest_, window);
   const int area = level.width * level.height;
-  const int columns = coarse.width - level.width + 1;
-  const int rows = coarse.height - level.height + 1;
-  map_.resize(columns, rows);
-  SScoreBlock block;
-  for (int y = 0; y < rows; y += SScoreBlock::kRows) {
-    const int blockRows = std::min(SScoreBlock::kRows, rows - y);
-    for (int x = 0; x < columns; x += SScoreBlock::kColumns) {
-      const int blockColumns = std::min(SScoreBlock::kColumns, columns - x);
-      ScoreBlock(level.patch.row(0), level.patch.stride(), level.width, level.height,
-                 coarse.row(y) + x, coarse.stride, blockRows, block);
-      for (int j = 0; j < blockRows; ++j) {
-        for (int i = 0; i < blockColumns; ++i) {
-          map_.row(y + j)[x + i] =
-              static_cast<float>(Correlation(block.dot[j][i], block.var[j][i], level.norm, area));
-        }
-      }
+  const SScoreScale scale{1.0F / static_cast<float>(area),
+                          static_cast<float>(std::max(level.norm * level.norm, kLeastEnergy)),
+                          static_cast<float>(kFlatVariance * area)};
+  map_.resize(coarse.width - level.width + 1, coarse.height - level.height + 1);
+  sums_.resize(coarse.width, SStrip::kRows);
+  squares_.resize(coarse.width, SStrip::kRows);
+  for (int y = 0; y < map_.height(); y += SStrip::kRows) {
+    const int rows = std::min(SStrip::kRows, map_.height() - y);
+    // From the samples again for each strip: sums that slide for long gather rounding.
+    SumColumns(coarse.row(y), coarse.stride, level.height, coarse.width, sums_.row(0),
+               squares_.row(0));
+    for (int j = 1; j < rows; ++j) {
+      std::copy(sums_.row(j - 1), sums_.row(j - 1) + sums_.stride(), sums_.row(j));
+      std::copy(squares_.row(j - 1), squares_.row(j - 1) + squares_.stride(), squares_.row(j));
+      SlideColumns(coarse.row(y + j - 1), coarse.row(y + j - 1 + level.height), coarse.width,
+                   sums_.row(j), squares_.row(j));
     }
+    ScoreStrip(level.patch.row(0), level.patch.stride(), level.width, level.height, coarse.row(y),
+               coarse.stride, scale,
+               {rows, map_.width(), sums_.row(0), squares_.row(0), sums_.stride(), map_.row(y),
+                map_.stride()});
   }
-  candidates.clear();
+}
+
+/// The best local maxima of the map.
+void CPatchSearch::pickCandidates() {
+  const int columns = map_.width();
+  const int rows = map_.height();
+  candidates_.clear();
   for (int y = 0; y < rows; ++y) {
     const float* here = map_.row(y);
     const float* above = map_.row(std::max(y - 1, 0));
     const float* below = map_.row(std::min(y + 1, rows - 1));
-    for (int x = 0; x < columns; ++x) {
+    const auto isPeak = [&](int x) {
       const int l = std::max(x - 1, 0);
       const int r = std::min(x + 1, columns - 1);
       const float v = here[x];
-      if (v < here[l] || v < here[r] || v < above[l] || v < above[x] || v < above[r] ||
-          v < below[l] || v < below[x] || v < below[r]) {
-        continue;
+      return v >= here[l] && v >= here[r] && v >= above[l] && v >= above[x] && v >= above[r] &&
+             v >= below[l] && v >= below[x] && v >= below[r];
+    };
+    for (int group = 0; group < columns; group += kGroup) {
+      const bool full = static_cast<int>(candidates_.size()) == kPeaks;
+      const float least = full ? static_cast<float>(candidates_.back().correlation) : -2.0F;
+      group = FindAbove(here, group, columns, least);
+      for (int x = group; x < std::min(group + kGroup, columns); ++x) {
+        if (here[x] > least && isPeak(x)) InsertPeak(candidates_, {x, y, here[x]}, kPeaks);
       }
-      InsertPeak(candidates, {x, y, v}, kPeaks);
     }
+  }
+  for (SPeak& c : candidates_) {
+    c.correlation = std::copysign(std::sqrt(std::abs(c.correlation)), c.correlation);
   }
 }
 
 const std::vector<SPeak>& CPatchSearch::findPeaks(const SPlaneView& window) {
   buildWindowLevels(window);
-  scanCoarsest(window, candidates_);
+  scoreCoarsest(windowAt(coarsest_, window));
+  pickCandidates();
   for (int l = coarsest_ - 1; l >= 0; --l) {
     const SLevel& level = levels_[static_cast<std::size_t>(l)];
     const SPlaneView view = windowAt(l, window);
@@ -227,10 +242,13 @@ const std::vector<SPeak>& CPatchSearch::findPeaks(const SPlaneView& window) {
       if (c.correlation < leastWorthwhile) break;
       const int x = std::min(2 * c.x, lastX);
       const int y = std::min(2 * c.y, lastY);
-      InsertPeak(peaks_,
-                 BestIn(level, view, std::max(x - kClimbRadius, 0), std::max(y - kClimbRadius, 0),
-                        std::min(x + kClimbRadius, lastX), std::min(y + kClimbRadius, lastY)),
-                 kPeaks);
+      const SPeak peak =
+          bestIn(level, view,
+                 {std::max(x - kClimbRadius, 0), std::max(y - kClimbRadius, 0),
+                  std::min(x + kClimbRadius, lastX), std::min(y + kClimbRadius, lastY)});
+      // Candidates that have met need not be followed twice.
+      const auto same = [&](const SPeak& p) { return Near(p, peak, 1); };
+      if (std::none_of(peaks_.begin(), peaks_.end(), same)) InsertPeak(peaks_, peak, kPeaks);
     }
     candidates_ = peaks_;
   }

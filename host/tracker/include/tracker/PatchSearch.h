@@ -38,7 +38,7 @@ class CPatchSearch {
   double correlationAt(const SPlaneView& window, int x, int y) const;
 
   /// Best position in the square of `radius` around (x, y), as far as it is inside the window.
-  SPeak climb(const SPlaneView& window, int x, int y, int radius) const;
+  SPeak climb(const SPlaneView& window, int x, int y, int radius);
 
  private:
   struct SLevel {
@@ -46,19 +46,24 @@ class CPatchSearch {
     int width = 0;
     int height = 0;
     double norm = 0.0;
+    std::vector<float> mask;  ///< 1 for each column of the patch, 0 up to its stride
     CPlane window;
   };
 
-  void takeLevel(SLevel& level);
+  void takeLevel(const SPlaneView& patch, SLevel& level);
+  SPeak bestIn(const SLevel& level, const SPlaneView& window, const SRect& positions);
   void buildWindowLevels(const SPlaneView& window);
   SPlaneView windowAt(int level, const SPlaneView& window) const;
-  void scanCoarsest(const SPlaneView& window, std::vector<SPeak>& candidates);
+  void scoreCoarsest(const SPlaneView& coarse);
+  void pickCandidates();
   void boundAll(const SPlaneView& window);
 
   std::vector<SLevel> levels_;
   int coarsest_ = 0;
-  CPlane map_;      ///< correlations of the coarsest level, or bounds of an exact search
+  CPlane map_;      ///< scores of the coarsest level, or bounds of an exact search
   CPlane scratch_;  ///< block sums
+  CPlane sums_;     ///< down the columns below each row of positions
+  CPlane squares_;
   std::vector<SPeak> candidates_;
   std::vector<SPeak> peaks_;
 };
