@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
+#include "ToolObj/ToolFrameBuffer.h"
 #include "support/BinManager.h"
 #include "support/MatBox.h"
 #include "tool/StabilizerTool.h"
@@ -56,10 +56,12 @@ void CStabilizerTool::showMattingBox(bool show) {
 void CStabilizerTool::findMattingBox(const std::array<int, 3>& color, int seedX, int seedY) {
   const CImageFormat* format = getSystemAPI()->getClipImageFormat();
   if (!format) return;
-  std::vector<std::uint16_t> samples(format->getBytesPerField() / sizeof(std::uint16_t));
-  if (!getSystemAPI()->copyDisplayedFrame(samples.data())) return;
+  // Of the memory that the host recycles: fresh memory takes longer than the search.
+  CToolFrameBuffer frame(format,
+                         getSystemAPI()->getFrameAllocator(format->getBytesPerField(), 1, 0, 0));
+  if (!frame.ensureSamples() || !getSystemAPI()->copyDisplayedFrame(frame.samples())) return;
   const int tolerance = format->getPixelPacking() == CImageFormat::PACKING_8_BITS ? 25 : 50;
-  setMattingBox(FindMatBox(samples.data(), format->getPixelsPerLine(), format->getLinesPerFrame(),
+  setMattingBox(FindMatBox(frame.samples(), format->getPixelsPerLine(), format->getLinesPerFrame(),
                            tolerance, format->getActivePictureRect(), isYuv(*format), color, seedX,
                            seedY));
 }

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "MediaLibrary.h"
+#include "MediaModules.h"
 #include "NullClip.h"
 #include "SequenceWriter.h"
 #include "clip/ClipWriter.h"
@@ -140,7 +140,7 @@ std::unique_ptr<IClipWriter> CreateClip(const std::string& path, IClipReader& so
   switch (ResolveOutput(path, source.info(), first, end).kind) {
     case SClipOutput::EKind::Null: return MakeNullWriter();
     case SClipOutput::EKind::Video:
-      return MediaLibrary().createVideo(path, source, first, end, options);
+      return VideoLibrary().createVideo(path, source, first, end, options);
     case SClipOutput::EKind::Sequence: break;
   }
   return CreateSequence(path, source, first, end, options);

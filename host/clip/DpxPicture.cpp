@@ -144,11 +144,23 @@ bool IsSwapped(const CDpxHeader& header) {
   return header.isLittleEndian() != (std::endian::native == std::endian::little);
 }
 
-/// Memory for the bytes of a picture, used again for the next frame on the same thread.
-std::vector<std::uint8_t>& PictureMemory(std::size_t bytes) {
-  thread_local std::vector<std::uint8_t> memory;
-  if (memory.size() < bytes) memory.resize(bytes);
-  return memory;
+/// Rows are coded in parts of this size: what the system has just copied is still in the cache, and
+/// no memory of a picture's size has to be found.
+constexpr std::size_t kPartBytes = 256u << 10;
+
+std::size_t RowsOfPart(std::size_t rowBytes) {
+  return std::max<std::size_t>(1, kPartBytes / rowBytes);
+}
+
+void ReadAll(int file, std::uint8_t* bytes, std::size_t count, std::size_t at,
+             const std::string& path) {
+  for (std::size_t done = 0; done < count;) {
+    const ssize_t read = ::pread(file, bytes + done, count - done, static_cast<off_t>(at + done));
+    if (read < 0 && errno == EINTR) continue;
+    if (read < 0) ThrowSystemError(path);
+    if (read == 0) throw CClipError(path + ": truncated, the end of the picture is missing");
+    done += static_cast<std::size_t>(read);
+  }
 }
 
 void WriteAll(int file, const std::uint8_t* bytes, std::size_t count, const std::string& name) {
@@ -171,37 +183,67 @@ bool IsPlainDpx(const CDpxHeader& header) {
          !header.hasLinePadding() && RowBytes(header) > 0;
 }
 
-void ReadDpxPicture(const std::string& path, const CDpxHeader& header, std::uint16_t* stored) {
-  const std::size_t count = PictureBytes(header), row = RowBytes(header);
-  std::vector<std::uint8_t>& bytes = PictureMemory(count);
-  const CDescriptor file(path, O_RDONLY | O_CLOEXEC);
-  if (file.value() < 0) ThrowSystemError(path);
-  for (std::size_t done = 0; done < count;) {
-    const ssize_t read = ::pread(file.value(), bytes.data() + done, count - done,
-                                 static_cast<off_t>(header.pictureOffset() + done));
-    if (read < 0 && errno == EINTR) continue;
-    if (read < 0) ThrowSystemError(path);
-    if (read == 0) throw CClipError(path + ": truncated, the end of the picture is missing");
-    done += static_cast<std::size_t>(read);
+CDpxPicture::CDpxPicture(const std::string& path)
+    : path_(path), header_(path), file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+  if (file_ < 0) ThrowSystemError(path);
+}
+
+CDpxPicture::~CDpxPicture() {
+  ::close(file_);
+}
+
+void CDpxPicture::fetch() const {
+  // Best effort: without it the picture is read when it is asked for.
+  (void)::posix_fadvise(file_, static_cast<off_t>(header_.pictureOffset()),
+                        static_cast<off_t>(PictureBytes(header_)), POSIX_FADV_WILLNEED);
+}
+
+void CDpxPicture::read(std::uint16_t* stored) const {
+  const std::size_t row = RowBytes(header_), rows = RowsOfPart(row);
+  const std::size_t height = static_cast<std::size_t>(header_.height());
+  const std::size_t datums = Components(header_) * static_cast<std::size_t>(header_.width());
+  const auto decode = IsSwapped(header_) ? DecodeRow<true> : DecodeRow<false>;
+  std::vector<std::uint8_t> bytes(std::min(rows, height) * row);
+  for (std::size_t top = 0; top < height; top += rows) {
+    const std::size_t count = std::min(rows, height - top);
+    ReadAll(file_, bytes.data(), count * row, header_.pictureOffset() + top * row, path_);
+    for (std::size_t y = 0; y < count; ++y)
+      decode(bytes.data() + y * row, header_.bitSize(), datums, stored + (top + y) * datums);
   }
-  const std::size_t datums = Components(header) * static_cast<std::size_t>(header.width());
-  const auto decode = IsSwapped(header) ? DecodeRow<true> : DecodeRow<false>;
-  for (std::size_t y = 0; y < static_cast<std::size_t>(header.height()); ++y)
-    decode(bytes.data() + y * row, header.bitSize(), datums, stored + y * datums);
+}
+
+void CDpxPicture::readPart(const SRect& part, std::uint16_t* stored) const {
+  // Three components of ten bits are a word of their own; others begin at whole bytes anyway.
+  const std::size_t pixel =
+      header_.bitSize() == 10 ? 4 : 3 * static_cast<std::size_t>(header_.bitSize()) / 8;
+  const std::size_t row = RowBytes(header_);
+  const std::size_t width = static_cast<std::size_t>(part.right - part.left + 1);
+  const auto decode = IsSwapped(header_) ? DecodeRow<true> : DecodeRow<false>;
+  std::vector<std::uint8_t> bytes(width * pixel);
+  std::size_t at = header_.pictureOffset() + static_cast<std::size_t>(part.top) * row +
+                   static_cast<std::size_t>(part.left) * pixel;
+  for (int y = part.top; y <= part.bottom; ++y, at += row, stored += 3 * width) {
+    ReadAll(file_, bytes.data(), bytes.size(), at, path_);
+    decode(bytes.data(), header_.bitSize(), 3 * width, stored);
+  }
 }
 
 void WriteDpxFile(const std::string& path, const std::string& name, const CDpxHeader& header,
                   const std::uint16_t* stored) {
-  const std::size_t count = PictureBytes(header), row = RowBytes(header);
+  const std::size_t row = RowBytes(header), rows = RowsOfPart(row);
+  const std::size_t height = static_cast<std::size_t>(header.height());
   const std::size_t datums = Components(header) * static_cast<std::size_t>(header.width());
-  std::vector<std::uint8_t>& bytes = PictureMemory(count);
   const auto encode = IsSwapped(header) ? EncodeRow<true> : EncodeRow<false>;
-  for (std::size_t y = 0; y < static_cast<std::size_t>(header.height()); ++y)
-    encode(stored + y * datums, header.bitSize(), datums, bytes.data() + y * row);
   CDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC);
   if (file.value() < 0) ThrowSystemError(name);
   WriteAll(file.value(), header.bytes().data(), header.bytes().size(), name);
-  WriteAll(file.value(), bytes.data(), count, name);
+  std::vector<std::uint8_t> bytes(std::min(rows, height) * row);
+  for (std::size_t top = 0; top < height; top += rows) {
+    const std::size_t count = std::min(rows, height - top);
+    for (std::size_t y = 0; y < count; ++y)
+      encode(stored + (top + y) * datums, header.bitSize(), datums, bytes.data() + y * row);
+    WriteAll(file.value(), bytes.data(), count * row, name);
+  }
   WriteAll(file.value(), header.trailer().data(), header.trailer().size(), name);
   if (!file.close()) ThrowSystemError(name);
 }

@@ -5,10 +5,9 @@
 #include <vector>
 
 #include "CodeValues.h"
-#include "DpxHeader.h"
 #include "DpxPicture.h"
 #include "FrameRates.h"
-#include "MediaLibrary.h"
+#include "MediaModules.h"
 #include "SequencePattern.h"
 #include "TemporaryFile.h"
 #include "WholeFile.h"
@@ -121,28 +120,32 @@ void AddTiming(const CDpxHeader& header, SImageTraits& traits) {
 SImageTraits ReadImageTraits(const std::string& path) {
   if (const std::optional<CDpxHeader> header = PlainDpxHeader(path)) return TraitsOf(*header);
   RequireWholeFile(path, ExtensionOf(path));
-  return MediaLibrary().readTraits(path);
+  return ImageLibrary().readTraits(path);
 }
 
 std::map<std::string, std::string> ReadImageMetadata(const std::string& path) {
-  return MediaLibrary().readMetadata(path);
+  return ImageLibrary().readMetadata(path);
+}
+
+std::unique_ptr<CDpxPicture> OpenPlainPicture(const std::string& path,
+                                              const SImageTraits& expected) {
+  if (expected.extension != "dpx") return nullptr;
+  auto picture = std::make_unique<CDpxPicture>(path);
+  if (!IsPlainDpx(picture->header())) return nullptr;
+  RequireKind(TraitsOf(picture->header()), expected, path);
+  return picture;
 }
 
 void ReadImage(const std::string& path, const SImageTraits& expected, int threads,
                std::uint16_t* samples) {
-  const std::optional<CDpxHeader> plain =
-      expected.extension == "dpx" ? PlainDpxHeader(path) : std::nullopt;
-  if (plain) {
-    RequireKind(TraitsOf(*plain), expected, path);
-  } else {
-    RequireWholeFile(path, expected.extension);
-  }
+  const std::unique_ptr<CDpxPicture> plain = OpenPlainPicture(path, expected);
+  if (!plain) RequireWholeFile(path, expected.extension);
   const bool spread = expected.channels != 3;
   std::uint16_t* stored = spread ? Scratch<std::uint16_t>(expected.storedCount()).data() : samples;
   if (plain) {
-    ReadDpxPicture(path, *plain, stored);
+    plain->read(stored);
   } else {
-    MediaLibrary().readStored(path, expected, threads, stored);
+    ImageLibrary().readStored(path, expected, threads, stored);
   }
   if (spread)
     SpreadChannels(stored, expected, expected.isFloat ? kOpaqueHalf : 65535, path, samples);
@@ -163,7 +166,7 @@ void WriteImage(const std::string& path, const SImageTarget& target, int threads
   if (plain) {
     WriteDpxFile(temporary.path(), path, *plain, stored);
   } else {
-    MediaLibrary().writeStored(path, temporary.path(), target, threads, stored);
+    ImageLibrary().writeStored(path, temporary.path(), target, threads, stored);
   }
   temporary.commit();
 }

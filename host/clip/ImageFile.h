@@ -2,10 +2,11 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
-#include "DpxHeader.h"
+#include "DpxPicture.h"
 #include "clip/ClipInfo.h"
 
 /// One image file of a sequence. Alpha: the system carries three components, so a file with alpha
@@ -43,6 +44,11 @@ SImageTraits ReadImageTraits(const std::string& path);
 std::map<std::string, std::string> ReadImageMetadata(const std::string& path);
 /// Frame rate and timecode of a DPX header.
 void AddTiming(const CDpxHeader& header, SImageTraits& traits);
+
+/// The file's picture, opened; null when its layout needs the library. Throws when it is not of the
+/// expected kind, or not whole.
+std::unique_ptr<CDpxPicture> OpenPlainPicture(const std::string& path,
+                                              const SImageTraits& expected);
 
 /// Reads the whole file as 16-bit RGB, width * height * 3 samples. Throws when it is not of the
 /// expected kind, is truncated or damaged, or cannot be carried.

@@ -1,6 +1,6 @@
 #include <filesystem>
 
-#include "MediaLibrary.h"
+#include "MediaModules.h"
 #include "SequencePattern.h"
 #include "SequenceReader.h"
 #include "clip/ClipReader.h"
@@ -14,7 +14,7 @@ std::unique_ptr<IClipReader> OpenClip(const std::string& path, int threads) {
   // Opening a pipe would wait for whoever writes into it, perhaps for ever.
   if (std::filesystem::is_other(status)) throw CClipError(path + ": neither a file nor a folder");
   if (isFile && !IsImageExtension(ExtensionOf(path)))
-    return MediaLibrary().openVideo(path, threads);
+    return VideoLibrary().openVideo(path, threads);
   if (!isFile && HasFramePlaceholder(path) && !IsImageExtension(ExtensionOf(path)))
     throw CClipError(path + ": image sequences are DPX, TIFF, PNG or EXR files");
   return std::make_unique<CSequenceReader>(path, threads);

@@ -1,8 +1,10 @@
 #include "SequenceReader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "CodeValues.h"
+#include "DpxPicture.h"
 
 namespace {
 
@@ -27,6 +29,34 @@ CImageFormat FormatOf(const SImageTraits& traits) {
   if (traits.isFloat) format.setBlackWhite({0, 0, 0}, {one, one, one});
   return format;
 }
+
+/// A frame that lies in its file as it is.
+class CPlainFrame : public IClipFrame {
+ public:
+  CPlainFrame(std::unique_ptr<CDpxPicture> picture, int frame)
+      : picture_(std::move(picture)), frame_(frame) {}
+  void read(std::uint16_t* samples) const override {
+    named([&] { picture_->read(samples); });
+  }
+  void readPart(const SRect& part, std::uint16_t* samples) const override {
+    named([&] { picture_->readPart(part, samples); });
+  }
+  void fetch() const override { picture_->fetch(); }
+  std::size_t bytes() const override { return 0; }
+
+ private:
+  template <typename Read>
+  void named(Read read) const {
+    try {
+      read();
+    } catch (const CClipError& error) {
+      throw CClipError(FrameText(frame_) + error.what());
+    }
+  }
+
+  const std::unique_ptr<const CDpxPicture> picture_;
+  const int frame_;
+};
 
 }  // namespace
 
@@ -57,12 +87,29 @@ std::map<std::string, std::string> CSequenceReader::metadata() const {
   return ReadImageMetadata(sourceFile(info_.firstFrame));
 }
 
-void CSequenceReader::readFrame(int frame, std::uint16_t* samples) {
+void CSequenceReader::requireFrame(int frame) const {
   if (frame < info_.firstFrame || frame >= info_.endFrame)
     throw CClipError(FrameText(frame) + info_.path + ": outside the clip");
+}
+
+void CSequenceReader::readFrame(int frame, std::uint16_t* samples) {
+  requireFrame(frame);
   try {
     ReadImage(sourceFile(frame), traits_, threads_, samples);
   } catch (const CClipError& error) {
     throw CClipError(FrameText(frame) + error.what());
   }
+}
+
+std::unique_ptr<IClipFrame> CSequenceReader::openFrame(int frame, CBufferPool& pool) {
+  requireFrame(frame);
+  std::unique_ptr<CDpxPicture> picture;
+  try {
+    // Alpha is looked at everywhere or not at all: such pictures are read whole.
+    if (traits_.channels == 3) picture = OpenPlainPicture(sourceFile(frame), traits_);
+  } catch (const CClipError& error) {
+    throw CClipError(FrameText(frame) + error.what());
+  }
+  if (!picture) return IClipReader::openFrame(frame, pool);
+  return std::make_unique<CPlainFrame>(std::move(picture), frame);
 }

@@ -11,12 +11,14 @@ class CSequenceReader : public IClipReader {
   CSequenceReader(const std::string& path, int threads);
   const SClipInfo& info() const override { return info_; }
   void readFrame(int frame, std::uint16_t* samples) override;
+  std::unique_ptr<IClipFrame> openFrame(int frame, CBufferPool& pool) override;
   bool isParallel() const override { return true; }
-  bool isCheap() const override { return traits_.isPlain; }
   std::string sourceFile(int frame) const override { return sequence_.pattern.filePath(frame); }
   std::map<std::string, std::string> metadata() const override;
 
  private:
+  void requireFrame(int frame) const;
+
   SSequence sequence_;
   SImageTraits traits_;
   SClipInfo info_;

@@ -1,11 +1,12 @@
 #include "frames/FrameStore.h"
 
 #include <algorithm>
+#include <utility>
 
 CFrameStore::CFrameStore(IClipReader& reader, const SFrameStoreSettings& settings)
     : reader_(reader), settings_(settings), pool_(reader.info().format.getBytesPerField(), 0) {
-  const int threads = reader.isParallel() ? std::max(1, settings.threads) : 1;
-  for (int i = 0; i < threads; ++i) threads_.emplace_back([this] { readerThread(); });
+  for (int i = 0; i < std::max(1, settings.threads); ++i)
+    threads_.emplace_back([this] { readerThread(); });
 }
 
 CFrameStore::~CFrameStore() {
@@ -17,9 +18,10 @@ CFrameStore::~CFrameStore() {
   for (std::thread& thread : threads_) thread.join();
 }
 
-void CFrameStore::start(int first, int end) {
+void CFrameStore::start(int first, int end, EFrameForm form) {
   {
     std::lock_guard<std::mutex> lock(mutex_);
+    form_ = form;
     restartLocked(first, end);
   }
   changed_.notify_all();
@@ -39,7 +41,13 @@ void CFrameStore::restartLocked(int first, int end) {
   end_ = end;
 }
 
-CToolFrameBuffer* CFrameStore::takeLocked(int frame) {
+/// The frame's slot once it is ready; null, and reading goes on there, while it is not.
+CFrameStore::SSlot* CFrameStore::findLocked(int frame, EFrameForm form) {
+  if (form_ != form) {
+    form_ = form;
+    restartLocked(frame, std::max(end_, frame + 1));
+    return nullptr;
+  }
   auto found = slots_.find(frame);
   if (found == slots_.end()) {
     const bool comes = frame >= nextToRead_ && frame < end_ && mayRead();
@@ -49,8 +57,14 @@ CToolFrameBuffer* CFrameStore::takeLocked(int frame) {
   if (!found->second.ready) return nullptr;
   const std::exception_ptr error = found->second.error;
   if (error) std::rethrow_exception(error);  // stays: whoever asks again hears it again
-  CToolFrameBuffer* taken = found->second.frame.release();
-  slots_.erase(found);
+  return &found->second;
+}
+
+CToolFrameBuffer* CFrameStore::takeLocked(int frame) {
+  SSlot* const slot = findLocked(frame, EFrameForm::samples);
+  if (!slot) return nullptr;
+  CToolFrameBuffer* const taken = slot->frame.release();
+  slots_.erase(frame);
   return taken;
 }
 
@@ -77,32 +91,52 @@ CToolFrameBuffer* CFrameStore::waitFor(int frame, const std::atomic<bool>& cance
   return nullptr;
 }
 
+std::unique_ptr<IClipFrame> CFrameStore::waitForParts(int frame,
+                                                      const std::atomic<bool>& cancelled) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (!cancelled) {
+    if (SSlot* const slot = findLocked(frame, EFrameForm::parts)) {
+      std::unique_ptr<IClipFrame> parts = std::move(slot->parts);
+      slots_.erase(frame);
+      changed_.notify_all();
+      return parts;
+    }
+    changed_.notify_all();
+    changed_.wait(lock);
+  }
+  return nullptr;
+}
+
 void CFrameStore::wake() {
   // Taking the lock orders the caller's flag before the waiter's next look at it.
   { std::lock_guard<std::mutex> lock(mutex_); }
   changed_.notify_all();
 }
 
-void CFrameStore::readLocked(int frame, std::uint16_t* samples) {
-  if (reader_.isParallel()) {
-    reader_.readFrame(frame, samples);
-    return;
-  }
+std::unique_ptr<IClipFrame> CFrameStore::openNow(int frame) {
+  if (reader_.isParallel()) return reader_.openFrame(frame, pool_);
+  std::lock_guard<std::mutex> lock(readerMutex_);
+  return reader_.openFrame(frame, pool_);
+}
+
+void CFrameStore::readNow(int frame, std::uint16_t* samples) {
+  if (reader_.isParallel()) return reader_.readFrame(frame, samples);
   std::lock_guard<std::mutex> lock(readerMutex_);
   reader_.readFrame(frame, samples);
 }
 
-void CFrameStore::readNow(int frame, std::uint16_t* samples) {
-  readLocked(frame, samples);
-}
-
-std::unique_ptr<CToolFrameBuffer> CFrameStore::decode(int frame) {
+std::unique_ptr<CToolFrameBuffer> CFrameStore::freshBuffer(int frame) {
   auto buffer = std::make_unique<CToolFrameBuffer>(&reader_.info().format, &pool_);
   buffer->setFrameIndex(frame);
   if (!buffer->ensureSamples())
-    throw CClipError(info().path + ": frame " + std::to_string(frame) +
+    throw CClipError(reader_.info().path + ": frame " + std::to_string(frame) +
                      ": no memory for the frame");
-  readLocked(frame, buffer->samples());
+  return buffer;
+}
+
+std::unique_ptr<CToolFrameBuffer> CFrameStore::decode(int frame, const IClipFrame& parts) {
+  std::unique_ptr<CToolFrameBuffer> buffer = freshBuffer(frame);
+  parts.read(buffer->samples());
   return buffer;
 }
 
@@ -112,43 +146,84 @@ bool CFrameStore::mayRead() const {
   return nextToRead_ < end_ && static_cast<int>(slots_.size()) < std::max(2, settings_.readAhead);
 }
 
-void CFrameStore::keep(std::unique_ptr<CToolFrameBuffer> frame) {
-  const std::size_t bytes = info().format.getBytesPerField();
+void CFrameStore::keep(int frame, std::unique_ptr<IClipFrame> parts) {
+  const std::size_t bytes = parts->bytes();
   std::lock_guard<std::mutex> lock(mutex_);
-  if ((kept_.size() + 1) * bytes > settings_.keptBytes) return;
-  const int index = frame->frameIndex();
-  kept_[index] = std::move(frame);
+  // What holds no memory holds a file open.
+  if (bytes == 0 || kept_.count(frame) != 0 || keptBytes_ + bytes > settings_.keptBytes) return;
+  keptBytes_ += bytes;
+  kept_[frame] = std::move(parts);
+}
+
+/// Opens the frame of a reader that is not parallel, and lets the next thread have the reader.
+std::unique_ptr<IClipFrame> CFrameStore::openInTurn(int frame) {
+  const auto done = [this] {
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      opening_ = false;
+    }
+    changed_.notify_all();
+  };
+  try {
+    std::unique_ptr<IClipFrame> parts = openNow(frame);
+    done();
+    return parts;
+  } catch (...) {
+    done();
+    throw;
+  }
+}
+
+CFrameStore::SSlot CFrameStore::read(int frame, EFrameForm form, std::unique_ptr<IClipFrame> kept) {
+  SSlot slot;
+  slot.ready = true;
+  try {
+    std::unique_ptr<IClipFrame> parts = std::move(kept);
+    if (!parts && !reader_.isParallel()) parts = openInTurn(frame);
+    if (form == EFrameForm::samples) {
+      slot.frame = freshBuffer(frame);
+      if (parts)
+        parts->read(slot.frame->samples());
+      else
+        reader_.readFrame(frame, slot.frame->samples());
+    } else {
+      slot.parts = parts ? std::move(parts) : openNow(frame);
+      slot.parts->fetch();
+    }
+  } catch (...) {
+    slot.error = std::current_exception();
+  }
+  return slot;
 }
 
 /// The next frame, from what is kept or from the clip.
 void CFrameStore::readNext(std::unique_lock<std::mutex>& lock) {
   const int frame = nextToRead_++;
   const int generation = generation_;
-  SSlot read;
-  read.ready = true;
+  const EFrameForm form = form_;
+  slots_[frame];
+  ++decoding_;
+  std::unique_ptr<IClipFrame> kept;
   if (const auto found = kept_.find(frame); found != kept_.end()) {
-    read.frame = std::move(found->second);
+    kept = std::move(found->second);
+    keptBytes_ -= kept->bytes();
     kept_.erase(found);
-  } else {
-    slots_[frame];
-    ++decoding_;
-    lock.unlock();
-    try {
-      read.frame = decode(frame);
-    } catch (...) {
-      read.error = std::current_exception();
-    }
-    lock.lock();
-    --decoding_;
+  } else if (!reader_.isParallel()) {
+    opening_ = true;
   }
-  if (generation == generation_) slots_[frame] = std::move(read);
+  lock.unlock();
+  SSlot slot = read(frame, form, std::move(kept));
+  lock.lock();
+  --decoding_;
+  if (generation == generation_) slots_[frame] = std::move(slot);
   changed_.notify_all();
 }
 
 void CFrameStore::readerThread() {
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
-    changed_.wait(lock, [this] { return quit_ || mayRead(); });
+    // Frames of a reader that is not parallel are opened in order, each by whoever takes its turn.
+    changed_.wait(lock, [this] { return quit_ || (mayRead() && !opening_); });
     if (quit_) return;
     readNext(lock);
   }

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <memory>
+#include <utility>
+
+#include "ClipPicture.h"
 
 STrackSettings TrackSettingsOf(const SStabilizeOptions& options, const SRect& region) {
   STrackSettings track;
@@ -18,7 +22,7 @@ namespace {
 /// Indices of the features that are still there one frame later.
 std::vector<bool> stillThere(const std::vector<SFeature>& features, const STrackSettings& track,
                              const CImageFormat& format, const std::uint16_t* first,
-                             const std::uint16_t* second) {
+                             const IPicture& second) {
   std::map<int, SPoint2> points;
   for (std::size_t i = 0; i < features.size(); ++i)
     points[static_cast<int>(i)] = {features[i].x, features[i].y};
@@ -32,22 +36,24 @@ std::vector<bool> stillThere(const std::vector<SFeature>& features, const STrack
 
 }  // namespace
 
-std::vector<SFeature> FindPoints(IClipReader& reader, const SStabilizeOptions& options,
+std::vector<SFeature> FindPoints(CFrameStore& store, const SStabilizeOptions& options,
                                  const SRect& region) {
-  const CImageFormat& format = reader.info().format;
-  std::vector<std::uint16_t> first(format.getBytesPerField() / sizeof(std::uint16_t));
-  reader.readFrame(*options.in, first.data());
+  const CImageFormat& format = store.info().format;
+  const int in = *options.in;
+  std::unique_ptr<IClipFrame> opened = store.openNow(in);
+  const std::unique_ptr<CToolFrameBuffer> first = store.decode(in, *opened);
+  store.keep(in, std::move(opened));
   SFeatureSettings settings;
   settings.count = options.autoPoints + (options.autoPoints + 1) / 2;
   settings.region = region;
   settings.margin = *options.trackBox + *options.search;
   settings.window = *options.trackBox;
-  std::vector<SFeature> features = DetectFeatures(first.data(), format, settings);
-  if (*options.out - *options.in > 1 && !features.empty()) {
-    std::vector<std::uint16_t> second(first.size());
-    reader.readFrame(*options.in + 1, second.data());
-    const std::vector<bool> there =
-        stillThere(features, TrackSettingsOf(options, region), format, first.data(), second.data());
+  std::vector<SFeature> features = DetectFeatures(first->samples(), format, settings);
+  if (*options.out - in > 1 && !features.empty()) {
+    std::unique_ptr<IClipFrame> second = store.openNow(in + 1);
+    const std::vector<bool> there = stillThere(features, TrackSettingsOf(options, region), format,
+                                               first->samples(), CClipPicture(*second));
+    store.keep(in + 1, std::move(second));
     // Where nothing is found again the tracking pass shall say so, point by point.
     if (std::find(there.begin(), there.end(), true) != there.end()) {
       std::size_t kept = 0;

@@ -20,9 +20,9 @@ std::vector<SFeature> givenPoints(const SStabilizeOptions& options, const SRect&
   return features;
 }
 
-std::vector<SFeature> foundPoints(IClipReader& reader, const SStabilizeOptions& options,
+std::vector<SFeature> foundPoints(CFrameStore& store, const SStabilizeOptions& options,
                                   const SRect& region, const SJobObserver& observer) {
-  std::vector<SFeature> features = FindPoints(reader, options, region);
+  std::vector<SFeature> features = FindPoints(store, options, region);
   if (features.empty())
     throw CJobError(-1, options.input + ": frame " + std::to_string(*options.in) +
                             ": nothing in the picture can be tracked (no texture above the "
@@ -61,7 +61,7 @@ std::unique_ptr<IClipReader> OpenInput(SStabilizeOptions& options) {
 SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeOptions& options,
                           const SJobObserver& observer) {
   SPreparedShot shot;
-  const std::size_t keptBytes = CacheMemory(options, *reader);
+  const std::size_t keptBytes = CacheMemory(options);
   shot.tool = std::make_unique<CToolOnShot>(std::move(reader), options.threads, keptBytes,
                                             *options.in, *options.out, observer);
   CPDLEntry entry =
@@ -75,7 +75,7 @@ SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeO
   }
   shot.tool->session().setTrackingRegion(shot.region);
   shot.features = options.points.empty()
-                      ? foundPoints(shot.tool->session().reader(), options, shot.region, observer)
+                      ? foundPoints(shot.tool->session().store(), options, shot.region, observer)
                       : givenPoints(options, shot.region);
   CTrackingPoints& points = shot.tool->points().PointsAt(*options.in);
   int index = 0;

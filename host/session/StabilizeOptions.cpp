@@ -160,8 +160,8 @@ SSizeRange SearchRange(const SClipInfo& clip) {
   return {5 * scaleOf(clip), 50 * scaleOf(clip)};
 }
 
-std::size_t CacheMemory(const SStabilizeOptions& options, const IClipReader& reader) {
-  return options.cacheMemory.value_or(reader.isCheap() ? 0 : MachineMemory() / 4);
+std::size_t CacheMemory(const SStabilizeOptions& options) {
+  return options.cacheMemory.value_or(MachineMemory() / 4);
 }
 
 void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip) {

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "ClipPicture.h"
+
 CTrackingRun::CTrackingRun(CFrameStore& store, const STrackSettings& settings,
                            const std::map<int, SPoint2>& points, int in, int out)
     : store_(store), settings_(settings), points_(points), in_(in), out_(out) {
@@ -51,23 +53,24 @@ void CTrackingRun::body() {
   } catch (const std::exception& error) {
     failure_ = error.what();
   }
+  store_.stop();
   finished_ = true;
 }
 
 void CTrackingRun::trackShot() {
   CShotTracker tracker(store_.info().format, settings_, points_);
-  store_.start(in_, out_);
+  store_.start(in_, out_, EFrameForm::parts);
   trackFirstFrame(tracker);
   for (int frame = in_ + 1; frame < out_ && !cancelled_; ++frame)
     if (!trackFrame(tracker, frame)) break;
-  store_.stop();
   summary_ = tracker.summary();
 }
 
 void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
-  std::unique_ptr<CToolFrameBuffer> frame(store_.waitFor(in_, cancelled_));
+  std::unique_ptr<IClipFrame> frame = store_.waitForParts(in_, cancelled_);
   if (!frame) return;
-  withoutTexture_ = tracker.begin(frame->samples());
+  // Its noise is measured all over.
+  withoutTexture_ = tracker.begin(store_.decode(in_, *frame)->samples());
   SFrameResult result{in_, {}};
   for (const auto& [index, position] : points_)
     if (std::find(withoutTexture_.begin(), withoutTexture_.end(), index) == withoutTexture_.end())
@@ -76,15 +79,15 @@ void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
   if (result.points.empty())
     throw std::runtime_error("frame " + std::to_string(in_) +
                              ": none of the points lies on texture that can be tracked");
-  store_.keep(std::move(frame));
+  store_.keep(in_, std::move(frame));
   add(std::move(result));
 }
 
 bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
-  std::unique_ptr<CToolFrameBuffer> buffer(store_.waitFor(frame, cancelled_));
-  if (!buffer) return false;
-  SFrameResult result{frame, tracker.follow(buffer->samples())};
-  store_.keep(std::move(buffer));
+  std::unique_ptr<IClipFrame> parts = store_.waitForParts(frame, cancelled_);
+  if (!parts) return false;
+  SFrameResult result{frame, tracker.follow(CClipPicture(*parts))};
+  store_.keep(frame, std::move(parts));
   const bool allLost =
       std::all_of(result.points.begin(), result.points.end(),
                   [](const auto& point) { return point.second.state == EPointState::lost; });

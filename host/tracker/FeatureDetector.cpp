@@ -53,11 +53,12 @@ void GatherRow(const float* gx, const float* gy, STensor* squares, int columns) 
   }
 }
 
-SGrid GatherTensors(const std::uint16_t* samples, const CImageFormat& format, const SRect& region) {
+SGrid GatherTensors(const IPicture& picture, const SRect& region) {
   SGrid grid;
   grid.columns = (region.right - region.left + 1) / kSquare;
   grid.rows = (region.bottom - region.top + 1) / kSquare;
   grid.squares.resize(static_cast<std::size_t>(grid.columns) * static_cast<std::size_t>(grid.rows));
+  std::vector<std::uint16_t> memory;
   CPlane luma;
   CPlane scratch;
   const int width = grid.columns * kSquare;
@@ -65,10 +66,10 @@ SGrid GatherTensors(const std::uint16_t* samples, const CImageFormat& format, co
   gradients.resize(width, 2);
   for (int y = 0; y < grid.rows * kSquare; y += kStripRows) {
     const int rows = std::min(kStripRows, grid.rows * kSquare - y);
-    ExtractLuma(samples, format, region,
+    ExtractLuma(picture, region,
                 {region.left - kHalo, region.top + y - kHalo, region.left + width - 1 + kHalo,
                  region.top + y + rows - 1 + kHalo},
-                0.0F, luma);
+                0.0F, memory, luma);
     SmoothBinomial(luma, scratch);
     for (int j = 0; j < rows; ++j) {
       const float* centre = luma.row(j + kHalo) + kHalo;
@@ -233,9 +234,10 @@ std::vector<SFeature> DetectFeatures(const std::uint16_t* samples, const CImageF
   const int width = region.right - region.left + 1;
   const int height = region.bottom - region.top + 1;
   if (settings.count <= 0 || width < 3 * kSquare || height < 3 * kSquare) return {};
-  const double noise = EstimateNoise(samples, format, region);
+  const CWholePicture picture(samples, format);
+  const double noise = EstimateNoise(picture, region);
   const int reach = std::max(1, settings.window / kSquare);
-  SGrid grid = GatherTensors(samples, format, region);
+  SGrid grid = GatherTensors(picture, region);
   SumWindows(grid, reach);
   const std::vector<SFeature> peaks = FindPeaks(grid, settings, reach, noise);
   const double distance =

@@ -63,22 +63,24 @@ SPlaneView ViewOf(const CPlane& plane, int x, int y, int width, int height) {
   return {plane.row(y) + x, width, height, plane.stride()};
 }
 
-void ExtractLuma(const std::uint16_t* samples, const CImageFormat& format, const SRect& region,
-                 const SRect& area, float pivot, CPlane& luma) {
+void ExtractLuma(const IPicture& picture, const SRect& region, const SRect& area, float pivot,
+                 std::vector<std::uint16_t>& memory, CPlane& luma) {
   const int width = area.right - area.left + 1;
   const int height = area.bottom - area.top + 1;
   luma.resize(width, height);
-  const int first = std::clamp(area.left, region.left, region.right);
-  const int last = std::clamp(area.right, region.left, region.right);
-  const std::ptrdiff_t pitch = 3 * static_cast<std::ptrdiff_t>(format.getPixelsPerLine());
+  const SRect inside = {std::clamp(area.left, region.left, region.right),
+                        std::clamp(area.top, region.top, region.bottom),
+                        std::clamp(area.right, region.left, region.right),
+                        std::clamp(area.bottom, region.top, region.bottom)};
+  const SPicturePart part = picture.part(inside, memory);
+  const int count = inside.right - inside.left + 1;
   for (int y = 0; y < height; ++y) {
-    const int source = std::clamp(area.top + y, region.top, region.bottom);
+    const int source = std::clamp(area.top + y, inside.top, inside.bottom) - inside.top;
     float* row = luma.row(y);
-    float* inside = row + std::clamp(first - area.left, 0, width - 1);
-    LumaRow(samples + source * pitch + 3 * static_cast<std::ptrdiff_t>(first), last - first + 1,
-            pivot, inside);
-    std::fill(row, inside, *inside);
-    float* end = inside + (last - first + 1);
+    float* first = row + std::clamp(inside.left - area.left, 0, width - 1);
+    LumaRow(part.samples + source * part.pitch, count, pivot, first);
+    std::fill(row, first, *first);
+    float* end = first + count;
     if (end < row + width) std::fill(end, row + width, end[-1]);
   }
 }
@@ -100,11 +102,11 @@ void SmoothBinomial(CPlane& plane, CPlane& scratch) {
   }
 }
 
-double EstimateNoise(const std::uint16_t* samples, const CImageFormat& format,
-                     const SRect& region) {
+double EstimateNoise(const IPicture& picture, const SRect& region) {
   const int columns = std::min((region.right - region.left + 1) / kNoiseBlock, kNoiseBlocksPerSide);
   const int rows = std::min((region.bottom - region.top + 1) / kNoiseBlock, kNoiseBlocksPerSide);
   std::vector<double> noise;
+  std::vector<std::uint16_t> memory;
   CPlane luma;
   for (int j = 0; j < rows; ++j) {
     for (int i = 0; i < columns; ++i) {
@@ -112,7 +114,7 @@ double EstimateNoise(const std::uint16_t* samples, const CImageFormat& format,
                     (region.right - region.left + 1 - kNoiseBlock) * i / std::max(columns - 1, 1);
       const int y =
           region.top + (region.bottom - region.top + 1 - kNoiseBlock) * j / std::max(rows - 1, 1);
-      ExtractLuma(samples, format, region, {x, y, x + kNoiseBlock - 1, y + kNoiseBlock - 1}, 0.0F,
+      ExtractLuma(picture, region, {x, y, x + kNoiseBlock - 1, y + kNoiseBlock - 1}, 0.0F, memory,
                   luma);
       const double value = BlockNoise(luma);
       if (value >= 0.0) noise.push_back(value);

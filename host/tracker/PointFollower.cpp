@@ -38,10 +38,8 @@ double Rest(double correlation) {
 
 }  // namespace
 
-CPointFollower::CPointFollower(const CImageFormat& format, const STrackSettings& settings,
-                               const SPoint2& position)
-    : format_(format),
-      settings_(settings),
+CPointFollower::CPointFollower(const STrackSettings& settings, const SPoint2& position)
+    : settings_(settings),
       fraction_{position.x - Round(position.x), position.y - Round(position.y)},
       centre_{static_cast<double>(Round(position.x)), static_cast<double>(Round(position.y))},
       model_(settings.trackBoxExtentX, settings.trackBoxExtentY) {}
@@ -69,7 +67,7 @@ SRect CPointFollower::validAt(int x, int y) const {
           std::min(2 * settings_.trackBoxExtentY, region.bottom - kSupport - top)};
 }
 
-bool CPointFollower::openWindow(const std::uint16_t* samples) {
+bool CPointFollower::openWindow(const IPicture& picture) {
   const int x = Round(centre_.x);
   const int y = Round(centre_.y);
   const int reachX = settings_.trackBoxExtentX;
@@ -83,12 +81,12 @@ bool CPointFollower::openWindow(const std::uint16_t* samples) {
   constexpr int kGuard = CPatchModel::kGuard;
   const SRect area = {range_.left - reachX - kGuard, range_.top - reachY - kGuard,
                       range_.right + reachX + kGuard, range_.bottom + reachY + kGuard};
-  ExtractLuma(samples, format_, region, area, pivot_, window_);
+  ExtractLuma(picture, region, area, pivot_, part_, window_);
   SmoothBinomial(window_, scratch_);
   return true;
 }
 
-bool CPointFollower::begin(const std::uint16_t* samples, double noise) {
+bool CPointFollower::begin(const IPicture& picture, double noise) {
   const int x = Round(centre_.x);
   const int y = Round(centre_.y);
   const int reachX = settings_.trackBoxExtentX;
@@ -96,9 +94,9 @@ bool CPointFollower::begin(const std::uint16_t* samples, double noise) {
   constexpr int kGuard = CPatchModel::kGuard;
   const SRect area = {x - reachX - kGuard, y - reachY - kGuard, x + reachX + kGuard,
                       y + reachY + kGuard};
-  ExtractLuma(samples, format_, settings_.region, area, 0.0F, window_);
+  ExtractLuma(picture, settings_.region, area, 0.0F, part_, window_);
   pivot_ = window_.row(window_.height() / 2)[window_.width() / 2];
-  ExtractLuma(samples, format_, settings_.region, area, pivot_, window_);
+  ExtractLuma(picture, settings_.region, area, pivot_, part_, window_);
   SmoothBinomial(window_, scratch_);
   model_.take(window_, kGuard, kGuard, validAt(x, y));
   const double gradientNoise = kGradientNoiseGain * noise * noise;
@@ -141,10 +139,10 @@ bool CPointFollower::hasRival(const SPatchFit& fit, const std::vector<SPeak>& pe
   return attempt_.rivalDistance > 0.0;
 }
 
-const SAttempt& CPointFollower::search(const std::uint16_t* samples) {
+const SAttempt& CPointFollower::search(const IPicture& picture) {
   attempt_ = {};
   attempt_.reason = ELossReason::noMatch;
-  if (!openWindow(samples)) {
+  if (!openWindow(picture)) {
     attempt_.reason = ELossReason::leftPicture;
     return attempt_;
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "PatchModel.h"
 #include "tracker/PatchSearch.h"
@@ -27,15 +28,14 @@ struct SAttempt {
 /// THREAD: one at a time per object; different objects at once.
 class CPointFollower {
  public:
-  CPointFollower(const CImageFormat& format, const STrackSettings& settings,
-                 const SPoint2& position);
+  CPointFollower(const STrackSettings& settings, const SPoint2& position);
 
   /// Cuts the patch out of the first frame. False when it has no texture above `noise` (standard
   /// deviation, code range 0 to 1).
-  bool begin(const std::uint16_t* samples, double noise);
+  bool begin(const IPicture& picture, double noise);
 
   /// Searches the whole range around the last position.
-  const SAttempt& search(const std::uint16_t* samples);
+  const SAttempt& search(const IPicture& picture);
   /// Settles an ambiguous search of the same frame: the place next to `predicted` when one fits
   /// there about as well as the best, and no other is as close.
   const SAttempt& settle(const SPoint2& predicted);
@@ -58,7 +58,7 @@ class CPointFollower {
     double residual = 0.0;  ///< mean square residual, usual
   };
 
-  bool openWindow(const std::uint16_t* samples);
+  bool openWindow(const IPicture& picture);
   SRect validAt(int x, int y) const;
   SPatchFit refineAt(const SPeak& peak);
   SPoint2 centreOf(const SPatchFit& fit) const;
@@ -66,7 +66,6 @@ class CPointFollower {
   bool hasRival(const SPatchFit& fit, const std::vector<SPeak>& peaks, std::size_t chosen);
   EDoubt doubtOf(const SPatchFit& fit) const;
 
-  const CImageFormat& format_;
   const STrackSettings& settings_;
   SPoint2 fraction_;  ///< point minus centre of the patch
   SPoint2 centre_;
@@ -77,6 +76,7 @@ class CPointFollower {
 
   // Of the frame that is being searched.
   SRect range_;  ///< centres that are tried, inclusive
+  std::vector<std::uint16_t> part_;
   CPlane window_;
   CPlane scratch_;
   SAttempt attempt_;

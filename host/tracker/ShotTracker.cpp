@@ -51,8 +51,7 @@ struct SDrift {
 };
 
 struct SPoint {
-  SPoint(const CImageFormat& format, const STrackSettings& settings, const SPoint2& position)
-      : follower(format, settings, position) {}
+  SPoint(const STrackSettings& settings, const SPoint2& position) : follower(settings, position) {}
 
   bool isSearched() const { return !left && state != EPointState::lost; }
 
@@ -85,7 +84,7 @@ struct CShotTracker::SImpl {
       : format(f), settings(s), pool(s.threads) {
     for (const auto& [index, position] : p) {
       indices.push_back(index);
-      points.push_back(std::make_unique<SPoint>(format, settings, position));
+      points.push_back(std::make_unique<SPoint>(settings, position));
     }
   }
 
@@ -252,13 +251,13 @@ bool CShotTracker::canTrack(const SPoint2& position, const STrackSettings& setti
          y + settings.trackBoxExtentY <= settings.region.bottom;
 }
 
-std::vector<int> CShotTracker::begin(const std::uint16_t* samples) {
+std::vector<int> CShotTracker::begin(const IPicture& picture) {
   SImpl& impl = *impl_;
-  const double noise = EstimateNoise(samples, impl.format, impl.settings.region);
+  const double noise = EstimateNoise(picture, impl.settings.region);
   std::vector<char> textured(impl.points.size());
   impl.pool.run(impl.count(), [&](int i) {
     const auto at = static_cast<std::size_t>(i);
-    textured[at] = impl.points[at]->follower.begin(samples, noise) ? 1 : 0;
+    textured[at] = impl.points[at]->follower.begin(picture, noise) ? 1 : 0;
   });
   std::vector<int> dropped;
   std::vector<int> indices;
@@ -278,10 +277,10 @@ std::vector<int> CShotTracker::begin(const std::uint16_t* samples) {
   return dropped;
 }
 
-std::map<int, STrackedPoint> CShotTracker::follow(const std::uint16_t* samples) {
+std::map<int, STrackedPoint> CShotTracker::follow(const IPicture& picture) {
   SImpl& impl = *impl_;
-  impl.forEach([samples](SPoint& point) {
-    point.passed = point.isSearched() && point.follower.search(samples).reason == ELossReason::none;
+  impl.forEach([&picture](SPoint& point) {
+    point.passed = point.isSearched() && point.follower.search(picture).reason == ELossReason::none;
   });
   impl.findConsensus();
   impl.settleAmbiguous();
@@ -309,6 +308,14 @@ std::map<int, STrackedPoint> CShotTracker::follow(const std::uint16_t* samples) 
   }
   ++impl.frames;
   return named;
+}
+
+std::vector<int> CShotTracker::begin(const std::uint16_t* samples) {
+  return begin(CWholePicture(samples, impl_->format));
+}
+
+std::map<int, STrackedPoint> CShotTracker::follow(const std::uint16_t* samples) {
+  return follow(CWholePicture(samples, impl_->format));
 }
 
 std::map<int, SPointSummary> CShotTracker::summary() const {

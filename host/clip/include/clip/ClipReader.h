@@ -6,7 +6,9 @@
 #include <stdexcept>
 #include <string>
 
+#include "clip/ClipFrame.h"
 #include "clip/ClipInfo.h"
+#include "support/Memory.h"
 
 /// A clip that cannot be read or written as asked. The message names file and frame.
 class CClipError : public std::runtime_error {
@@ -31,10 +33,12 @@ class IClipReader {
   /// REQUIRES: firstFrame <= frame < endFrame. Throws CClipError naming file and frame; the reader
   /// stays usable. Sequential reading is fast everywhere; any order is correct everywhere.
   virtual void readFrame(int frame, std::uint16_t* samples) = 0;
-  /// True: readFrame may be called from several threads at once.
+  /// Opens a frame, whose picture is then read whole or in parts. REQUIRES and throws as readFrame.
+  /// `pool`: buffers of a frame's size, for sources that must decode all of it; it must outlive the
+  /// frame.
+  virtual std::unique_ptr<IClipFrame> openFrame(int frame, CBufferPool& pool);
+  /// True: readFrame and openFrame may be called from several threads at once.
   virtual bool isParallel() const { return false; }
-  /// True: to read a frame again costs no more than to keep it in memory that is fresh.
-  virtual bool isCheap() const { return false; }
   /// The file that holds this frame alone and whose header a writer carries over; empty when
   /// frames have no files of their own.
   virtual std::string sourceFile(int /*frame*/) const { return {}; }

@@ -15,12 +15,18 @@
 #include "support/Memory.h"
 
 struct SFrameStoreSettings {
-  int readAhead = 4;  ///< decoded frames that may wait, at least 2; bounds the store's memory
-  int threads = 1;    ///< reading threads; more than one only helps where the reader is parallel
+  int readAhead = 4;  ///< frames that may wait, at least 2; bounds the store's memory
+  int threads = 1;    ///< reading threads; a reader that is not parallel opens one frame at a time
   std::size_t keptBytes = 0;  ///< that frames given back with `keep` may fill
 };
 
-/// Hands out a clip's frames in order and decodes ahead of whoever takes them. Memory is bounded by
+/// What a pass wants of its frames.
+enum class EFrameForm {
+  samples,  ///< all of them, decoded: `take`, `waitFor`
+  parts     ///< some of each: `waitForParts`
+};
+
+/// Hands out a clip's frames in order and reads ahead of whoever takes them. Memory is bounded by
 /// `readAhead` frames, `keptBytes` and what the takers hold, whatever the length of the clip.
 ///
 /// THREAD: any for every operation; one taker at a time. The reader must outlive the store, and the
@@ -35,7 +41,7 @@ class CFrameStore {
   const SClipInfo& info() const { return reader_.info(); }
 
   /// Forgets what was read and reads [first, end) from now on.
-  void start(int first, int end);
+  void start(int first, int end, EFrameForm form = EFrameForm::samples);
   /// Forgets what was read and ends reading; returns when no frame is being decoded any more.
   void stop();
 
@@ -45,28 +51,37 @@ class CFrameStore {
   CToolFrameBuffer* take(int frame);
   /// Waits for the frame; null when `cancelled` became true (see wake).
   CToolFrameBuffer* waitFor(int frame, const std::atomic<bool>& cancelled);
+  /// As waitFor, the frame opened and not more. Whoever asks for the other form than what was
+  /// started restarts reading there.
+  std::unique_ptr<IClipFrame> waitForParts(int frame, const std::atomic<bool>& cancelled);
   /// Lets waiting takers look at their cancel flag.
   void wake();
 
-  /// Gives a frame back as it was taken, for the next pass: it is not decoded again, if there is
-  /// room for it now. Whoever takes it next has the kept one.
-  void keep(std::unique_ptr<CToolFrameBuffer> frame);
+  /// Gives an opened frame back for the next pass: it is not opened again, if there is room for it
+  /// now. Whoever takes it next has the kept one.
+  void keep(int frame, std::unique_ptr<IClipFrame> parts);
 
-  /// Decodes one frame at once, beside whatever is being read ahead. Throws CClipError.
+  /// Each at once, beside whatever is being read ahead. Throws CClipError.
   void readNow(int frame, std::uint16_t* samples);
+  std::unique_ptr<IClipFrame> openNow(int frame);
+  /// All samples of an opened frame, in memory of the store's. Throws CClipError.
+  std::unique_ptr<CToolFrameBuffer> decode(int frame, const IClipFrame& parts);
 
  private:
   struct SSlot {
-    std::unique_ptr<CToolFrameBuffer> frame;  // null while being decoded
+    std::unique_ptr<CToolFrameBuffer> frame;  // null while being read, and where parts are wanted
+    std::unique_ptr<IClipFrame> parts;        // null while being read, and where samples are wanted
     std::exception_ptr error;
     bool ready = false;
   };
 
   void readerThread();
   bool mayRead() const;  // REQUIRES: mutex_ held
-  std::unique_ptr<CToolFrameBuffer> decode(int frame);
+  std::unique_ptr<CToolFrameBuffer> freshBuffer(int frame);
+  SSlot read(int frame, EFrameForm form, std::unique_ptr<IClipFrame> kept);
   void readNext(std::unique_lock<std::mutex>& lock);
-  void readLocked(int frame, std::uint16_t* samples);
+  std::unique_ptr<IClipFrame> openInTurn(int frame);
+  SSlot* findLocked(int frame, EFrameForm form);
   CToolFrameBuffer* takeLocked(int frame);
   void restartLocked(int first, int end);
 
@@ -78,8 +93,11 @@ class CFrameStore {
   std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;
   std::map<int, SSlot> slots_;
-  std::map<int, std::unique_ptr<CToolFrameBuffer>> kept_;
-  int generation_ = 0;  // a decode that began before a restart is thrown away
+  std::map<int, std::unique_ptr<IClipFrame>> kept_;
+  std::size_t keptBytes_ = 0;
+  EFrameForm form_ = EFrameForm::samples;
+  bool opening_ = false;  // a reading thread has the reader, which is not parallel
+  int generation_ = 0;    // a decode that began before a restart is thrown away
   int nextToRead_ = 0;
   int end_ = 0;
   int decoding_ = 0;

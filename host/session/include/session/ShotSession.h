@@ -79,6 +79,7 @@ class CShotSession : public CNavSystemInterface {
   /// Where render passes write; not owned; null: nowhere, and renders are refused.
   void setWriter(IClipWriter* writer);
   IClipReader& reader() { return *shot_->reader; }
+  CFrameStore& store() { return shot_->store; }
   const SClipInfo& info() const { return shot_->reader->info(); }
   CTrackingPointsEditor* editor() const { return editor_; }
 

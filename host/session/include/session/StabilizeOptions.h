@@ -75,10 +75,9 @@ struct SStabilizeOptions {
   std::optional<std::size_t> cacheMemory;  ///< default: see CacheMemory
 };
 
-/// Bytes that decoded frames may fill between tracking and rendering. When nobody says how many:
-/// none where the clip is cheap to read again, else a quarter of the machine's memory, so that four
-/// runs side by side fit.
-std::size_t CacheMemory(const SStabilizeOptions& options, const IClipReader& reader);
+/// Bytes that decoded frames may fill between tracking and rendering; when nobody says how many, a
+/// quarter of the machine's memory, so that four runs side by side fit.
+std::size_t CacheMemory(const SStabilizeOptions& options);
 
 struct SSizeRange {
   int low;

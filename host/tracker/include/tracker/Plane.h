@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/ImageFormat.h"
 #include "support/Rect.h"
+#include "tracker/Picture.h"
 
 /// One component of a part of a picture. Row-major; row y begins at data() + y * stride(). Behind
 /// the last sample stand `kSlack` more readable ones, so that a kernel may load whole vectors. A
@@ -39,12 +39,12 @@ struct SPlaneView {
 };
 SPlaneView ViewOf(const CPlane& plane, int x, int y, int width, int height);
 
-/// Cuts `area` (inclusive, may reach beyond `region`) out of a frame of interleaved 16-bit samples
-/// as luma (R + 2 G + B) / 4 minus `pivot`, code range 0 to 1. Nothing outside `region`
-/// (inclusive, inside the frame) is read: its edge samples are repeated.
+/// Cuts `area` (inclusive, may reach beyond `region`) out of a picture as luma (R + 2 G + B) / 4
+/// minus `pivot`, code range 0 to 1. Nothing outside `region` (inclusive, inside the frame) is
+/// read: its edge samples are repeated. `memory` is overwritten. Throws what the picture throws.
 /// REQUIRES: pivot in code range 0 to 1; area not empty.
-void ExtractLuma(const std::uint16_t* samples, const CImageFormat& format, const SRect& region,
-                 const SRect& area, float pivot, CPlane& luma);
+void ExtractLuma(const IPicture& picture, const SRect& region, const SRect& area, float pivot,
+                 std::vector<std::uint16_t>& memory, CPlane& luma);
 
 /// Smooths with [1 2 1] / 4 in both directions; edge samples are repeated. `scratch` is
 /// overwritten.
@@ -56,4 +56,4 @@ inline constexpr double kBinomialNoiseGain = 0.140625;
 /// Standard deviation of the picture's noise, code range 0 to 1: the lower decile over blocks of
 /// the response to the twice-differenced mask of Immerkaer (1996), which is blind to edges and
 /// ramps. Blocks that are clipped at black or white are left out; 0 when none is left.
-double EstimateNoise(const std::uint16_t* samples, const CImageFormat& format, const SRect& region);
+double EstimateNoise(const IPicture& picture, const SRect& region);

@@ -8,6 +8,7 @@
 
 #include "support/ImageFormat.h"
 #include "support/Rect.h"
+#include "tracker/Picture.h"
 
 struct STrackSettings {
   int trackBoxExtentX = 10;  ///< half width of the compared patch, pixels
@@ -98,11 +99,15 @@ class CShotTracker {
   /// True when a point at `position` can be tracked from its first frame.
   static bool canTrack(const SPoint2& position, const STrackSettings& settings);
 
-  /// Takes the templates from the first frame. `samples` is only read during the call. Returns the
-  /// points whose patch has no texture to track (by index); they are left out.
-  std::vector<int> begin(const std::uint16_t* samples);
+  /// Takes the templates from the first frame. Returns the points whose patch has no texture to
+  /// track (by index); they are left out. Pictures are only looked at during the calls; what they
+  /// throw is passed on.
+  std::vector<int> begin(const IPicture& picture);
   /// Follows every point into the next frame; keyed by point index, one entry for every point that
-  /// `begin` kept. `samples` is only read during the call.
+  /// `begin` kept.
+  std::map<int, STrackedPoint> follow(const IPicture& picture);
+  /// The same with a whole frame in memory, interleaved 16-bit samples.
+  std::vector<int> begin(const std::uint16_t* samples);
   std::map<int, STrackedPoint> follow(const std::uint16_t* samples);
   /// What became of each point so far; a point that is still lost, or was bridged too long, is not
   /// usable.

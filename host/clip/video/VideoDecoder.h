@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "PictureMemory.h"
 #include "VideoLibrary.h"
 
 /// Decodes one video stream forward from where it stands. THREAD: one at a time.
@@ -33,6 +34,7 @@ class CVideoDecoder {
   int threads_ = 1;
   int stream_ = -1;
   InputFile file_;
+  CPictureMemory memory_;  ///< before its user
   Codec codec_;
   Packet packet_;
   Picture picture_;

@@ -5,7 +5,7 @@
 
 #include "ImageFile.h"
 
-/// Image files by way of the image library; see IMediaLibrary for the contracts.
+/// Image files by way of the image library; see IImageLibrary for the contracts.
 void ReadStoredImage(const std::string& path, const SImageTraits& expected, int threads,
                      std::uint16_t* stored);
 void WriteStoredImage(const std::string& path, const std::string& temporary,

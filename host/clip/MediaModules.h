@@ -7,12 +7,14 @@
 #include "clip/ClipReader.h"
 #include "clip/ClipWriter.h"
 
-/// What image and video libraries do for clips. With all that they need themselves they take longer
-/// to load than a frame takes to render, so they come as a module, when they are needed: neither a
-/// help text nor a plain DPX sequence needs them. THREAD: any; one file per call.
-class IMediaLibrary {
+// What image and video libraries do for clips. With all that they need themselves they take longer
+// to load than many frames take to render, the image library ten times as long as the video
+// library, so each comes as a module of its own, when it is needed: neither a help text nor a plain
+// DPX sequence needs one, and a video needs no image library. THREAD: any; one file per call.
+
+class IImageLibrary {
  public:
-  virtual ~IMediaLibrary() = default;
+  virtual ~IImageLibrary() = default;
 
   virtual SImageTraits readTraits(const std::string& path) const = 0;
   virtual std::map<std::string, std::string> readMetadata(const std::string& path) const = 0;
@@ -23,6 +25,11 @@ class IMediaLibrary {
   virtual void writeStored(const std::string& path, const std::string& temporary,
                            const SImageTarget& target, int threads,
                            const std::uint16_t* stored) const = 0;
+};
+
+class IVideoLibrary {
+ public:
+  virtual ~IVideoLibrary() = default;
 
   virtual std::unique_ptr<IClipReader> openVideo(const std::string& path, int threads) const = 0;
   /// Writer of one video file. CheckOutput has been asked before. Frames keep the source's rate, or
@@ -33,9 +40,12 @@ class IMediaLibrary {
                                                    const SWriteOptions& options) const = 0;
 };
 
-/// The module's one entry point.
-using MediaLibraryEntry = const IMediaLibrary& (*)();
-constexpr const char* MEDIA_LIBRARY_ENTRY = "StabilizeMediaLibrary";
+/// The modules' entry points.
+using ImageLibraryEntry = const IImageLibrary& (*)();
+using VideoLibraryEntry = const IVideoLibrary& (*)();
+constexpr const char* IMAGE_LIBRARY_ENTRY = "StabilizeImageLibrary";
+constexpr const char* VIDEO_LIBRARY_ENTRY = "StabilizeVideoLibrary";
 
-/// Loads the module with the first call. Throws CClipError when it is not there.
-const IMediaLibrary& MediaLibrary();
+/// Each loads its module with the first call. Throws CClipError when it is not there.
+const IImageLibrary& ImageLibrary();
+const IVideoLibrary& VideoLibrary();

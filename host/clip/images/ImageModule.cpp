@@ -1,14 +1,12 @@
 #include "ImageLibrary.h"
 #include "ImageTraits.h"
-#include "MediaLibrary.h"
-#include "VideoReader.h"
-#include "VideoWriter.h"
+#include "MediaModules.h"
 
 // The module's entry point, and what it stands for.
 
 namespace {
 
-class CMediaLibrary final : public IMediaLibrary {
+class CImageLibrary final : public IImageLibrary {
  public:
   SImageTraits readTraits(const std::string& path) const override {
     return TraitsOf(*OpenImage(path), path);
@@ -25,18 +23,11 @@ class CMediaLibrary final : public IMediaLibrary {
                    const std::uint16_t* stored) const override {
     WriteStoredImage(path, temporary, target, threads, stored);
   }
-  std::unique_ptr<IClipReader> openVideo(const std::string& path, int threads) const override {
-    return OpenVideo(path, threads);
-  }
-  std::unique_ptr<IClipWriter> createVideo(const std::string& path, IClipReader& source, int first,
-                                           int end, const SWriteOptions& options) const override {
-    return CreateVideo(path, source, first, end, options);
-  }
 };
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) const IMediaLibrary& StabilizeMediaLibrary() {
-  static const CMediaLibrary library;
+extern "C" __attribute__((visibility("default"))) const IImageLibrary& StabilizeImageLibrary() {
+  static const CImageLibrary library;
   return library;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "VideoDecoder.h"
+#include "VideoFrame.h"
 #include "VideoIndex.h"
 #include "VideoPixels.h"
 #include "clip/ClipReader.h"
@@ -19,6 +20,7 @@ class CVideoReader : public IClipReader {
   CVideoReader(const std::string& path, int threads);
   const SClipInfo& info() const override { return info_; }
   void readFrame(int frame, std::uint16_t* samples) override;
+  std::unique_ptr<IClipFrame> openFrame(int frame, CBufferPool& pool) override;
   std::map<std::string, std::string> metadata() const override { return metadata_; }
 
   const CVideoIndex& index() const { return *index_; }
@@ -31,11 +33,14 @@ class CVideoReader : public IClipReader {
   /// Makes the decoder's next picture one at or before `frame`.
   void positionFor(int frame);
   const AVFrame& decode(int frame);
+  /// As decode, for a picture that is whole and of the clip's size.
+  const AVFrame& decodeSound(int frame);
 
   std::string path_;
   CVideoDecoder decoder_;
   std::optional<CVideoIndex> index_;
   CVideoPixels pixels_;
+  CPixelsPool framePixels_;
   SClipInfo info_;
   std::map<std::string, std::string> metadata_;
   Picture current_;        ///< the picture decoded last

@@ -27,6 +27,7 @@ void CVideoDecoder::open() {
   int code = avcodec_parameters_to_context(codec_.get(), stream().codecpar);
   codec_->thread_count = threads_;
   codec_->pkt_timebase = stream().time_base;
+  memory_.serve(*codec_);
   if (code >= 0) code = avcodec_open2(codec_.get(), decoder, nullptr);
   if (code < 0) ThrowVideoError(path_, "cannot be decoded: ", code);
   drained_ = packetWaits_ = false;

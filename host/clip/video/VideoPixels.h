@@ -21,8 +21,11 @@ class CVideoPixels {
 
  private:
   SwsContext* scaler(const AVFrame& picture, bool reading);
+  /// Memory for the picture's planes, kept for the next one of its size.
+  AVFrame& planesFor(const AVFrame& picture);
   const int threads_;
   Scaler scaler_;
+  Picture planes_;
   int key_[6] = {};
 };
 

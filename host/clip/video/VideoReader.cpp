@@ -135,20 +135,31 @@ const AVFrame& CVideoReader::decode(int frame) {
   throw CClipError(path_ + ": the picture is missing or damaged");
 }
 
+const AVFrame& CVideoReader::decodeSound(int frame) {
+  if (frame < 0 || frame >= info_.endFrame) throw CClipError(path_ + ": outside the clip");
+  const AVFrame& picture = decode(frame);
+  if ((picture.flags & AV_FRAME_FLAG_CORRUPT) != 0 || picture.decode_error_flags != 0)
+    throw CClipError(path_ + ": the picture is damaged");
+  if (picture.width != info_.format.getPixelsPerLine() ||
+      picture.height != info_.format.getLinesPerFrame())
+    throw CClipError(path_ + ": is " + std::to_string(picture.width) + " x " +
+                     std::to_string(picture.height) + ", unlike the first");
+  return picture;
+}
+
 void CVideoReader::readFrame(int frame, std::uint16_t* samples) {
-  const std::string where = "frame " + std::to_string(frame) + ": ";
-  if (frame < 0 || frame >= info_.endFrame) throw CClipError(where + path_ + ": outside the clip");
   try {
-    const AVFrame& picture = decode(frame);
-    if ((picture.flags & AV_FRAME_FLAG_CORRUPT) != 0 || picture.decode_error_flags != 0)
-      throw CClipError(path_ + ": the picture is damaged");
-    if (picture.width != info_.format.getPixelsPerLine() ||
-        picture.height != info_.format.getLinesPerFrame())
-      throw CClipError(path_ + ": is " + std::to_string(picture.width) + " x " +
-                       std::to_string(picture.height) + ", unlike the first");
-    pixels_.toSamples(picture, samples);
+    pixels_.toSamples(decodeSound(frame), samples);
   } catch (const CClipError& error) {
-    throw CClipError(where + error.what());
+    throw CClipError("frame " + std::to_string(frame) + ": " + error.what());
+  }
+}
+
+std::unique_ptr<IClipFrame> CVideoReader::openFrame(int frame, CBufferPool&) {
+  try {
+    return MakeVideoFrame(decodeSound(frame), framePixels_, path_, frame);
+  } catch (const CClipError& error) {
+    throw CClipError("frame " + std::to_string(frame) + ": " + error.what());
   }
 }
 

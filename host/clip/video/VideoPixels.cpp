@@ -5,8 +5,16 @@
 
 #include "CodeValues.h"
 #include "clip/ClipReader.h"
+#include "support/TargetClones.h"
 
 namespace {
+
+/// The library converts to and from planes in vectors, to and from pixels one by one; the values
+/// are the same.
+constexpr AVPixelFormat kPlanes = AV_PIX_FMT_GBRP16;
+constexpr int kGreen = 0;
+constexpr int kBlue = 1;
+constexpr int kRed = 2;
 
 constexpr int kAccurate = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP;
 
@@ -80,14 +88,9 @@ SwsContext* CVideoPixels::scaler(const AVFrame& picture, bool reading) {
   scaler_.reset(sws_alloc_context());
   if (!scaler_) throw CClipError("no memory to convert pictures");
   const std::pair<const char*, std::int64_t> settings[] = {
-      {"srcw", picture.width},
-      {"srch", picture.height},
-      {"src_format", reading ? kind : AV_PIX_FMT_RGB48},
-      {"dstw", picture.width},
-      {"dsth", picture.height},
-      {"dst_format", reading ? AV_PIX_FMT_RGB48 : kind},
-      {"sws_flags", kAccurate},
-      {"threads", threads_}};
+      {"srcw", picture.width},  {"srch", picture.height}, {"src_format", reading ? kind : kPlanes},
+      {"dstw", picture.width},  {"dsth", picture.height}, {"dst_format", reading ? kPlanes : kind},
+      {"sws_flags", kAccurate}, {"threads", threads_}};
   for (const auto& [name, value] : settings) av_opt_set_int(scaler_.get(), name, value, 0);
   if (sws_init_context(scaler_.get(), nullptr, nullptr) < 0) {
     scaler_.reset();
@@ -103,20 +106,30 @@ SwsContext* CVideoPixels::scaler(const AVFrame& picture, bool reading) {
 
 namespace {
 
-/// Our samples as a picture of the library's, which owns nothing.
-Picture SamplesAsPicture(std::uint16_t* samples, int width, int height) {
-  Picture picture = MakePicture();
-  picture->format = AV_PIX_FMT_RGB48;
-  picture->width = width;
-  picture->height = height;
-  picture->linesize[0] = width * 6;
-  picture->data[0] = reinterpret_cast<std::uint8_t*>(samples);
-  const auto keep = [](void*, std::uint8_t*) {};
-  picture->buf[0] = av_buffer_create(
-      picture->data[0], static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 6,
-      keep, nullptr, 0);
-  if (picture->buf[0] == nullptr) throw CClipError("no memory to convert pictures");
-  return picture;
+STAB_CLONES void Interleave(const std::uint16_t* __restrict red,
+                            const std::uint16_t* __restrict green,
+                            const std::uint16_t* __restrict blue, std::size_t count,
+                            std::uint16_t* __restrict samples) {
+  for (std::size_t i = 0; i < count; ++i) {
+    samples[3 * i] = red[i];
+    samples[3 * i + 1] = green[i];
+    samples[3 * i + 2] = blue[i];
+  }
+}
+
+STAB_CLONES void Separate(const std::uint16_t* __restrict samples, std::size_t count,
+                          std::uint16_t* __restrict red, std::uint16_t* __restrict green,
+                          std::uint16_t* __restrict blue) {
+  for (std::size_t i = 0; i < count; ++i) {
+    red[i] = samples[3 * i];
+    green[i] = samples[3 * i + 1];
+    blue[i] = samples[3 * i + 2];
+  }
+}
+
+std::uint16_t* RowOf(const AVFrame& planes, int plane, int y) {
+  return reinterpret_cast<std::uint16_t*>(planes.data[plane] +
+                                          static_cast<std::ptrdiff_t>(y) * planes.linesize[plane]);
 }
 
 void Convert(SwsContext* scaler, AVFrame& to, const AVFrame& from) {
@@ -125,18 +138,38 @@ void Convert(SwsContext* scaler, AVFrame& to, const AVFrame& from) {
 
 }  // namespace
 
+AVFrame& CVideoPixels::planesFor(const AVFrame& picture) {
+  if (planes_ && planes_->width == picture.width && planes_->height == picture.height)
+    return *planes_;
+  planes_ = MakePicture();
+  planes_->format = kPlanes;
+  planes_->width = picture.width;
+  planes_->height = picture.height;
+  if (av_frame_get_buffer(planes_.get(), 0) < 0) {
+    planes_.reset();
+    throw CClipError("no memory to convert pictures");
+  }
+  return *planes_;
+}
+
 void CVideoPixels::toSamples(const AVFrame& picture, std::uint16_t* samples) {
   const AVPixFmtDescriptor& kind = KindOf(picture);
   if (IsPlainRgb(kind)) return ReadPlainRgb(picture, kind, samples);
-  const Picture to = SamplesAsPicture(samples, picture.width, picture.height);
-  Convert(scaler(picture, true), *to, picture);
+  AVFrame& planes = planesFor(picture);
+  Convert(scaler(picture, true), planes, picture);
+  const auto width = static_cast<std::size_t>(picture.width);
+  for (int y = 0; y < picture.height; ++y, samples += 3 * width)
+    Interleave(RowOf(planes, kRed, y), RowOf(planes, kGreen, y), RowOf(planes, kBlue, y), width,
+               samples);
 }
 
 void CVideoPixels::fromSamples(const std::uint16_t* samples, AVFrame& picture) {
   const AVPixFmtDescriptor& kind = KindOf(picture);
   if (IsPlainRgb(kind)) return WritePlainRgb(samples, kind, picture);
-  // The library only reads what it converts from; its pictures do not say so.
-  const Picture from =
-      SamplesAsPicture(const_cast<std::uint16_t*>(samples), picture.width, picture.height);
-  Convert(scaler(picture, false), picture, *from);
+  const AVFrame& planes = planesFor(picture);
+  const auto width = static_cast<std::size_t>(picture.width);
+  for (int y = 0; y < picture.height; ++y, samples += 3 * width)
+    Separate(samples, width, RowOf(planes, kRed, y), RowOf(planes, kGreen, y),
+             RowOf(planes, kBlue, y));
+  Convert(scaler(picture, false), picture, planes);
 }
