@@ -1,12 +1,14 @@
-// The whole command against the least that any tool must do with the same libraries: read the
-// sequence twice (once to track, once to render) and write it once, or read it once where its
-// frames may be kept. Rounds alternate; every output is checked to be complete and steady before
-// its time counts. Last, how long the help text takes.
+// The whole command against the least that any tool must do with the same libraries and threads:
+// read the sequence twice (once to track, once to render) and write it once, and read it once, for
+// a tool that keeps what it has read. Rounds alternate; every output is checked to be complete and
+// steady before its time counts. Last, how long the help text takes.
 //
 //   command_bench [FRAMES [WIDTH HEIGHT]]      default: 240 frames of 2048 x 1556, DPX 10 bit
 //
-// Files lie under TMPDIR: on a disk that is slower than the work, only the disk is measured.
+// In memory (/dev/shm) nothing hides the work. On the disk (the folder for temporary files) the
+// clip comes from the disk each time, and the time ends when the output lies there.
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,6 +32,33 @@ namespace fs = std::filesystem;
 
 constexpr int ROUNDS = 3;
 
+/// Where the files of a comparison lie.
+struct SPlace {
+  const char* name;
+  fs::path folder;
+  bool isDisk = false;
+
+  std::string scan() const { return (folder / "scan.####.dpx").string(); }
+  /// Before a run: nothing of the clip is in memory.
+  void forget() const {
+    if (!isDisk) return;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      const int file = open(entry.path().c_str(), O_RDONLY | O_CLOEXEC);
+      if (file < 0) continue;
+      fdatasync(file);
+      posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED);
+      close(file);
+    }
+  }
+  /// After a run: everything lies on the disk.
+  void settle() const {
+    if (!isDisk) return;
+    const int file = open(folder.c_str(), O_RDONLY | O_CLOEXEC);
+    syncfs(file);
+    close(file);
+  }
+};
+
 /// Calls `work(frame, samples)` for every frame on `threads` threads.
 template <typename Work>
 void onThreads(const IClipReader& reader, int threads, Work work) {
@@ -44,13 +73,14 @@ void onThreads(const IClipReader& reader, int threads, Work work) {
   for (std::thread& worker : workers) worker.join();
 }
 
-/// Reads the clip `reads` times, the last time copying it.
-double copyClip(const fs::path& folder, int reads, int threads) {
+/// Reads the clip `reads` times, the last time copying it. Seconds.
+double copyClip(const SPlace& place, int reads, int threads) {
+  place.forget();
   CHRTimer timer;
-  const auto reader = OpenClip((folder / "scan.####.dpx").string(), threads);
+  const auto reader = OpenClip(place.scan(), threads);
   const SClipInfo& info = reader->info();
-  const auto writer = CreateClip((folder / "plain.####.dpx").string(), *reader, info.firstFrame,
-                                 info.endFrame, {true, threads});
+  const auto writer = CreateClip((place.folder / "plain.####.dpx").string(), *reader,
+                                 info.firstFrame, info.endFrame, {true, threads});
   for (int i = 1; i < reads; ++i)
     onThreads(*reader, threads,
               [&](int frame, std::uint16_t* to) { reader->readFrame(frame, to); });
@@ -59,6 +89,7 @@ double copyClip(const fs::path& folder, int reads, int threads) {
     writer->writeFrame(frame, to);
   });
   writer->finish();
+  place.settle();
   return timer.Read() * 0.001;
 }
 
@@ -86,20 +117,22 @@ SCommandRun runProgram(const char* program, std::vector<std::string> arguments) 
           WIFEXITED(status) && WEXITSTATUS(status) == 0};
 }
 
-SCommandRun runCommand(const fs::path& folder, const char* axes, int threads, bool keeps) {
-  const std::string in = (folder / "scan.####.dpx").string();
-  const std::string out = (folder / "steady.####.dpx").string();
-  std::vector<std::string> arguments = {"stabilize",   in,   "-o",        out,
-                                        "--stabilize", axes, "--threads", std::to_string(threads),
-                                        "--overwrite", "-q"};
-  if (keeps) arguments.insert(arguments.end(), {"--cache-memory", "64GB"});
-  return runProgram(STAB_PROGRAM, arguments);
+SCommandRun runCommand(const SPlace& place, const char* axes, int threads) {
+  place.forget();
+  CHRTimer timer;
+  SCommandRun run =
+      runProgram(STAB_PROGRAM,
+                 {"stabilize", place.scan(), "-o", (place.folder / "steady.####.dpx").string(),
+                  "--stabilize", axes, "--threads", std::to_string(threads), "--overwrite", "-q"});
+  place.settle();
+  run.seconds = timer.Read() * 0.001;
+  return run;
 }
 
 /// The command's own verification on the output, once; it fails above a twentieth of a pixel.
-bool isSteady(const fs::path& folder) {
-  const std::string line = "'" STAB_PROGRAM "' '" + (folder / "scan.####.dpx").string() + "' -o '" +
-                           (folder / "steady.####.dpx").string() +
+bool isSteady(const SPlace& place) {
+  const std::string line = "'" STAB_PROGRAM "' '" + place.scan() + "' -o '" +
+                           (place.folder / "steady.####.dpx").string() +
                            "' --stabilize rotation --overwrite -q --max-residual 0.05";
   return std::system(line.c_str()) == 0;
 }
@@ -109,23 +142,49 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-bool compare(const fs::path& folder, int frames, const char* axes, int threads, bool keeps) {
-  std::vector<double> plain;
+bool compare(const SPlace& place, int frames, const char* axes, int threads) {
+  std::vector<double> twice;
+  std::vector<double> once;
   std::vector<double> command;
   double peak = 0.0;
-  for (int round = 0; round < ROUNDS; ++round) {
-    plain.push_back(copyClip(folder, keeps ? 1 : 2, threads));
-    const SCommandRun run = runCommand(folder, axes, threads, keeps);
-    if (!run.good) return false;
-    command.push_back(run.seconds);
-    peak = std::max(peak, run.peakMiB);
-  }
-  std::printf(
-      "%-9s %d threads  %-11s  plain %7.1f frames/s   command %7.1f frames/s   ratio %.2f   peak "
-      "%.0f MiB\n",
-      axes, threads, keeps ? "read once" : "read twice", frames / median(plain),
-      frames / median(command), median(command) / median(plain), peak);
+  for (int round = 0; round < ROUNDS; ++round)
+    for (std::vector<double>* plain : {&twice, &once}) {
+      plain->push_back(copyClip(place, plain == &twice ? 2 : 1, threads));
+      const SCommandRun run = runCommand(place, axes, threads);
+      if (!run.good) return false;
+      command.push_back(run.seconds);
+      peak = std::max(peak, run.peakMiB);
+    }
+  std::printf("%-6s  %-8s  %d  %7.1f  %7.1f  %7.1f  %5.2f  %5.2f  %6.0f\n", place.name, axes,
+              threads, frames / median(twice), frames / median(once), frames / median(command),
+              median(command) / median(twice), median(command) / median(once), peak);
   return true;
+}
+
+/// The clip that all runs of a place read; false when it cannot be made there.
+bool makeClip(SPlace& place, const fs::path& parent, const STestShotSettings& shot) {
+  std::string pattern = (parent / "stabilize-bench-XXXXXX").string();
+  if (!mkdtemp(pattern.data())) return false;
+  place.folder = pattern;
+  const auto reader = MakeTestShotReader(shot);
+  const auto writer = CreateClip(place.scan(), *reader, reader->info().firstFrame,
+                                 reader->info().endFrame, {false, 1});
+  onThreads(*reader, 2, [&](int frame, std::uint16_t* samples) {
+    reader->readFrame(frame, samples);
+    writer->writeFrame(frame, samples);
+  });
+  writer->finish();
+  return true;
+}
+
+bool comparePlace(SPlace place, const fs::path& parent, const STestShotSettings& shot) {
+  bool good = makeClip(place, parent, shot) && isSteady(place);
+  // A disk is slower than the work of one thread: two say what can be hidden behind it.
+  for (const char* axes : {"both", "rotation"})
+    for (int threads = place.isDisk ? 2 : 1; threads <= 2; ++threads)
+      good = good && compare(place, shot.frames, axes, threads);
+  fs::remove_all(place.folder);
+  return good;
 }
 
 void measureHelp() {
@@ -143,26 +202,14 @@ int main(int argc, char** argv) {
   shot.frames = argc > 1 ? std::atoi(argv[1]) : 240;
   shot.width = argc > 3 ? std::atoi(argv[2]) : 2048;
   shot.height = argc > 3 ? std::atoi(argv[3]) : 1556;
-  std::string pattern = (fs::temp_directory_path() / "stabilize-bench-XXXXXX").string();
-  if (shot.frames < 3 || !mkdtemp(pattern.data())) return 1;
-  const fs::path folder = pattern;
-  std::printf("%d frames of %d x %d, DPX 10 bit; ratio: command / (read and write the same)\n",
-              shot.frames, shot.width, shot.height);
-  const auto reader = MakeTestShotReader(shot);
-  const auto writer = CreateClip((folder / "scan.####.dpx").string(), *reader,
-                                 reader->info().firstFrame, reader->info().endFrame, {false, 1});
-  onThreads(*reader, 2, [&](int frame, std::uint16_t* samples) {
-    reader->readFrame(frame, samples);
-    writer->writeFrame(frame, samples);
-  });
-  writer->finish();
-  bool good = isSteady(folder);
-  for (const char* axes : {"both", "rotation"})
-    for (int threads : {1, 2})
-      for (bool keeps : {false, true})
-        good = good && compare(folder, shot.frames, axes, threads, keeps);
+  if (shot.frames < 3) return 1;
+  std::printf(
+      "%d frames of %d x %d, DPX 10 bit; frames a second, ratios of the times, MiB\n"
+      "where   axes      threads  twice     once  command  /twice /once   peak\n",
+      shot.frames, shot.width, shot.height);
+  const bool good = comparePlace({"memory", {}, false}, "/dev/shm", shot) &&
+                    comparePlace({"disk", {}, true}, fs::temp_directory_path(), shot);
   measureHelp();
-  fs::remove_all(folder);
   if (!good) std::printf("the command failed, or its output is not steady: nothing here counts\n");
   return good ? 0 : 1;
 }

@@ -210,7 +210,7 @@ void AddCacheOption(CLI::App& command, std::optional<std::size_t>& bytes) {
   command
       .add_option("--cache-memory", bytes,
                   "Memory for frames that are kept from tracking for rendering, as 4GB or 500MB "
-                  "[a quarter of the machine's; none for uncompressed DPX]")
+                  "[a quarter of the machine's]")
       ->transform(CLI::AsSizeValue(false).description(""))
       ->type_name("SIZE");
 }

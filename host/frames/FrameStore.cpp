@@ -42,9 +42,9 @@ void CFrameStore::restartLocked(int first, int end) {
 }
 
 /// The frame's slot once it is ready; null, and reading goes on there, while it is not.
-CFrameStore::SSlot* CFrameStore::findLocked(int frame, EFrameForm form) {
-  if (form_ != form) {
-    form_ = form;
+CFrameStore::SSlot* CFrameStore::findLocked(int frame, bool opened) {
+  if ((form_ != EFrameForm::samples) != opened) {
+    form_ = opened ? EFrameForm::opened : EFrameForm::samples;
     restartLocked(frame, std::max(end_, frame + 1));
     return nullptr;
   }
@@ -61,9 +61,9 @@ CFrameStore::SSlot* CFrameStore::findLocked(int frame, EFrameForm form) {
 }
 
 CToolFrameBuffer* CFrameStore::takeLocked(int frame) {
-  SSlot* const slot = findLocked(frame, EFrameForm::samples);
+  SSlot* const slot = findLocked(frame, false);
   if (!slot) return nullptr;
-  CToolFrameBuffer* const taken = slot->frame.release();
+  CToolFrameBuffer* const taken = slot->frame.samples.release();
   slots_.erase(frame);
   return taken;
 }
@@ -91,20 +91,19 @@ CToolFrameBuffer* CFrameStore::waitFor(int frame, const std::atomic<bool>& cance
   return nullptr;
 }
 
-std::unique_ptr<IClipFrame> CFrameStore::waitForParts(int frame,
-                                                      const std::atomic<bool>& cancelled) {
+SOpenedFrame CFrameStore::waitForOpened(int frame, const std::atomic<bool>& cancelled) {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!cancelled) {
-    if (SSlot* const slot = findLocked(frame, EFrameForm::parts)) {
-      std::unique_ptr<IClipFrame> parts = std::move(slot->parts);
+    if (SSlot* const slot = findLocked(frame, true)) {
+      SOpenedFrame opened = std::move(slot->frame);
       slots_.erase(frame);
       changed_.notify_all();
-      return parts;
+      return opened;
     }
     changed_.notify_all();
     changed_.wait(lock);
   }
-  return nullptr;
+  return {};
 }
 
 void CFrameStore::wake() {
@@ -125,18 +124,21 @@ void CFrameStore::readNow(int frame, std::uint16_t* samples) {
   reader_.readFrame(frame, samples);
 }
 
-std::unique_ptr<CToolFrameBuffer> CFrameStore::freshBuffer(int frame) {
+std::unique_ptr<CToolFrameBuffer> CFrameStore::decode(int frame, const IClipFrame& opened) {
+  return samplesOf(frame, &opened);
+}
+
+/// `opened`: null where the reader decodes at once, which only a parallel one may do here.
+std::unique_ptr<CToolFrameBuffer> CFrameStore::samplesOf(int frame, const IClipFrame* opened) {
   auto buffer = std::make_unique<CToolFrameBuffer>(&reader_.info().format, &pool_);
   buffer->setFrameIndex(frame);
   if (!buffer->ensureSamples())
     throw CClipError(reader_.info().path + ": frame " + std::to_string(frame) +
                      ": no memory for the frame");
-  return buffer;
-}
-
-std::unique_ptr<CToolFrameBuffer> CFrameStore::decode(int frame, const IClipFrame& parts) {
-  std::unique_ptr<CToolFrameBuffer> buffer = freshBuffer(frame);
-  parts.read(buffer->samples());
+  if (opened)
+    opened->read(buffer->samples());
+  else
+    reader_.readFrame(frame, buffer->samples());
   return buffer;
 }
 
@@ -146,13 +148,13 @@ bool CFrameStore::mayRead() const {
   return nextToRead_ < end_ && static_cast<int>(slots_.size()) < std::max(2, settings_.readAhead);
 }
 
-void CFrameStore::keep(int frame, std::unique_ptr<IClipFrame> parts) {
-  const std::size_t bytes = parts->bytes();
+void CFrameStore::keep(int frame, std::unique_ptr<IClipFrame> opened) {
+  const std::size_t bytes = opened->bytes();
   std::lock_guard<std::mutex> lock(mutex_);
   // What holds no memory holds a file open.
   if (bytes == 0 || kept_.count(frame) != 0 || keptBytes_ + bytes > settings_.keptBytes) return;
   keptBytes_ += bytes;
-  kept_[frame] = std::move(parts);
+  kept_[frame] = std::move(opened);
 }
 
 /// Opens the frame of a reader that is not parallel, and lets the next thread have the reader.
@@ -165,9 +167,9 @@ std::unique_ptr<IClipFrame> CFrameStore::openInTurn(int frame) {
     changed_.notify_all();
   };
   try {
-    std::unique_ptr<IClipFrame> parts = openNow(frame);
+    std::unique_ptr<IClipFrame> opened = openNow(frame);
     done();
-    return parts;
+    return opened;
   } catch (...) {
     done();
     throw;
@@ -178,18 +180,12 @@ CFrameStore::SSlot CFrameStore::read(int frame, EFrameForm form, std::unique_ptr
   SSlot slot;
   slot.ready = true;
   try {
-    std::unique_ptr<IClipFrame> parts = std::move(kept);
-    if (!parts && !reader_.isParallel()) parts = openInTurn(frame);
-    if (form == EFrameForm::samples) {
-      slot.frame = freshBuffer(frame);
-      if (parts)
-        parts->read(slot.frame->samples());
-      else
-        reader_.readFrame(frame, slot.frame->samples());
-    } else {
-      slot.parts = parts ? std::move(parts) : openNow(frame);
-      slot.parts->fetch();
-    }
+    std::unique_ptr<IClipFrame> opened = std::move(kept);
+    if (!opened && !reader_.isParallel()) opened = openInTurn(frame);
+    if (!opened && form != EFrameForm::samples) opened = openNow(frame);
+    if (form == EFrameForm::opened) opened->fetch();
+    if (form != EFrameForm::opened) slot.frame.samples = samplesOf(frame, opened.get());
+    if (form != EFrameForm::samples) slot.frame.clipFrame = std::move(opened);
   } catch (...) {
     slot.error = std::current_exception();
   }

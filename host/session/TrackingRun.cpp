@@ -59,18 +59,33 @@ void CTrackingRun::body() {
 
 void CTrackingRun::trackShot() {
   CShotTracker tracker(store_.info().format, settings_, points_);
-  store_.start(in_, out_, EFrameForm::parts);
+  store_.start(in_, out_, form());
   trackFirstFrame(tracker);
   for (int frame = in_ + 1; frame < out_ && !cancelled_; ++frame)
     if (!trackFrame(tracker, frame)) break;
   summary_ = tracker.summary();
 }
 
+/// Small parts are read one by one, at several times the cost of a pixel of the whole picture; many
+/// large ones, which lie over each other, take longer than the picture.
+EFrameForm CTrackingRun::form() const {
+  constexpr double COST = 4.0;
+  constexpr int AROUND = 40;  // pixels that a part is larger by, both sides together
+  const int width = 2 * settings_.trackBoxExtentX + settings_.searchLeft + settings_.searchRight;
+  const int height = 2 * settings_.trackBoxExtentY + settings_.searchUp + settings_.searchDown;
+  const double part = static_cast<double>(width + AROUND) * (height + AROUND);
+  const CImageFormat& format = store_.info().format;
+  const double picture = static_cast<double>(format.getPixelsPerLine()) * format.getLinesPerFrame();
+  const bool few = COST * part * static_cast<double>(points_.size()) < picture;
+  return few ? EFrameForm::opened : EFrameForm::both;
+}
+
 void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
-  std::unique_ptr<IClipFrame> frame = store_.waitForParts(in_, cancelled_);
+  SOpenedFrame frame = store_.waitForOpened(in_, cancelled_);
   if (!frame) return;
   // Its noise is measured all over.
-  withoutTexture_ = tracker.begin(store_.decode(in_, *frame)->samples());
+  if (!frame.samples) frame.samples = store_.decode(in_, *frame.clipFrame);
+  withoutTexture_ = tracker.begin(frame.samples->samples());
   SFrameResult result{in_, {}};
   for (const auto& [index, position] : points_)
     if (std::find(withoutTexture_.begin(), withoutTexture_.end(), index) == withoutTexture_.end())
@@ -79,15 +94,16 @@ void CTrackingRun::trackFirstFrame(CShotTracker& tracker) {
   if (result.points.empty())
     throw std::runtime_error("frame " + std::to_string(in_) +
                              ": none of the points lies on texture that can be tracked");
-  store_.keep(in_, std::move(frame));
+  store_.keep(in_, std::move(frame.clipFrame));
   add(std::move(result));
 }
 
 bool CTrackingRun::trackFrame(CShotTracker& tracker, int frame) {
-  std::unique_ptr<IClipFrame> parts = store_.waitForParts(frame, cancelled_);
-  if (!parts) return false;
-  SFrameResult result{frame, tracker.follow(CClipPicture(*parts))};
-  store_.keep(frame, std::move(parts));
+  SOpenedFrame opened = store_.waitForOpened(frame, cancelled_);
+  if (!opened) return false;
+  SFrameResult result{frame, opened.samples ? tracker.follow(opened.samples->samples())
+                                            : tracker.follow(CClipPicture(*opened.clipFrame))};
+  store_.keep(frame, std::move(opened.clipFrame));
   const bool allLost =
       std::all_of(result.points.begin(), result.points.end(),
                   [](const auto& point) { return point.second.state == EPointState::lost; });

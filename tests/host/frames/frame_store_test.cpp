@@ -27,7 +27,48 @@ TEST_P(FrameStore, HandsOutEveryFrameWithItsOwnSamples) {
   EXPECT_EQ(reader.reads, 50) << "each frame is decoded once";
 }
 
-TEST_P(FrameStore, WhatIsKeptIsNotDecodedAgainWhileThereIsRoom) {
+TEST_P(FrameStore, OpenedFramesComeInOrderWithWhatIsWanted) {
+  for (const EFrameForm form : {EFrameForm::opened, EFrameForm::both}) {
+    CScriptedReader reader(10, 60, GetParam());
+    CFrameStore store(reader, {4, 3});
+    store.start(10, 60, form);
+    for (int frame = 10; frame < 60; ++frame) {
+      const SOpenedFrame opened = store.waitForOpened(frame, cancelled_);
+      ASSERT_TRUE(opened);
+      std::uint16_t pixel[3] = {};
+      opened.clipFrame->readPart({5, 2, 5, 2}, pixel);
+      EXPECT_EQ(pixel[1], frame);
+      ASSERT_EQ(opened.samples != nullptr, form == EFrameForm::both);
+      if (opened.samples) {
+        EXPECT_EQ(opened.samples->samples()[5], frame);
+      }
+    }
+    EXPECT_EQ(reader.reads, 50) << "each frame is opened once";
+  }
+}
+
+/// Going back costs a video everything between two key frames.
+TEST(FrameStoreOrder, AReaderThatTakesOneCallAtATimeIsAskedInOrder) {
+  CScriptedReader reader(0, 200);
+  CFrameStore store(reader, {6, 4});
+  const std::atomic<bool> never{false};
+  std::vector<int> rising;
+  for (const EFrameForm form : {EFrameForm::samples, EFrameForm::opened}) {
+    store.start(0, 200, form);
+    for (int frame = 0; frame < 200; ++frame) {
+      rising.push_back(frame);
+      if (form == EFrameForm::opened) {
+        store.waitForOpened(frame, never);
+      } else {
+        const std::unique_ptr<CToolFrameBuffer> taken(store.waitFor(frame, never));
+      }
+    }
+    store.stop();
+  }
+  EXPECT_EQ(reader.order(), rising);
+}
+
+TEST_P(FrameStore, WhatIsKeptIsNotReadAgainWhileThereIsRoom) {
   CScriptedReader reader(10, 30, GetParam());
   const std::size_t frameBytes = reader.info().format.getBytesPerField();
   const struct {
@@ -37,19 +78,29 @@ TEST_P(FrameStore, WhatIsKeptIsNotDecodedAgainWhileThereIsRoom) {
   for (const auto& c : cases) {
     CFrameStore store(reader, {4, 3, c.bytes});
     reader.reads = 0;
-    for (int pass = 0; pass < 2; ++pass) {
-      store.start(10, 30);
-      for (int frame = 10; frame < 30; ++frame) {
-        auto buffer = wait(store, frame);
-        ASSERT_TRUE(buffer);
-        EXPECT_EQ(buffer->frameIndex(), frame);
-        EXPECT_EQ(buffer->samples()[5], frame);
-        if (pass == 0) store.keep(std::move(buffer));
-      }
-      store.stop();
+    store.start(10, 30, EFrameForm::opened);
+    for (int frame = 10; frame < 30; ++frame)
+      store.keep(frame, store.waitForOpened(frame, cancelled_).clipFrame);
+    store.stop();
+    store.start(10, 30);
+    for (int frame = 10; frame < 30; ++frame) {
+      const auto buffer = wait(store, frame);
+      ASSERT_TRUE(buffer);
+      EXPECT_EQ(buffer->frameIndex(), frame);
+      EXPECT_EQ(buffer->samples()[5], frame);
     }
+    store.stop();
     EXPECT_EQ(reader.reads, 40 - c.kept) << c.bytes;
   }
+}
+
+TEST_P(FrameStore, WhoeverAsksForTheOtherFormGetsIt) {
+  CScriptedReader reader(0, 30, GetParam());
+  CFrameStore store(reader, {4, 3});
+  store.start(0, 30, EFrameForm::opened);
+  ASSERT_TRUE(store.waitForOpened(0, cancelled_));
+  EXPECT_EQ(wait(store, 1)->samples()[0], 1);
+  ASSERT_TRUE(store.waitForOpened(2, cancelled_));
 }
 
 TEST_P(FrameStore, ReadsNoFurtherAheadThanItMay) {

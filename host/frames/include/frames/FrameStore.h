@@ -22,8 +22,17 @@ struct SFrameStoreSettings {
 
 /// What a pass wants of its frames.
 enum class EFrameForm {
-  samples,  ///< all of them, decoded: `take`, `waitFor`
-  parts     ///< some of each: `waitForParts`
+  samples,  ///< decoded, for `take` and `waitFor`
+  opened,   ///< for `waitForOpened`: some parts of each will be read
+  both      ///< for `waitForOpened`: most of each will be read
+};
+
+/// A frame that can be given back for the next pass. The store must outlive it.
+struct SOpenedFrame {
+  std::unique_ptr<IClipFrame> clipFrame;
+  std::unique_ptr<CToolFrameBuffer> samples;  ///< null where only parts were wanted
+
+  explicit operator bool() const { return clipFrame != nullptr; }
 };
 
 /// Hands out a clip's frames in order and reads ahead of whoever takes them. Memory is bounded by
@@ -51,37 +60,36 @@ class CFrameStore {
   CToolFrameBuffer* take(int frame);
   /// Waits for the frame; null when `cancelled` became true (see wake).
   CToolFrameBuffer* waitFor(int frame, const std::atomic<bool>& cancelled);
-  /// As waitFor, the frame opened and not more. Whoever asks for the other form than what was
-  /// started restarts reading there.
-  std::unique_ptr<IClipFrame> waitForParts(int frame, const std::atomic<bool>& cancelled);
+  /// As waitFor, for a pass that was started for opened frames. Whoever asks for another form than
+  /// what was started restarts reading there.
+  SOpenedFrame waitForOpened(int frame, const std::atomic<bool>& cancelled);
   /// Lets waiting takers look at their cancel flag.
   void wake();
 
   /// Gives an opened frame back for the next pass: it is not opened again, if there is room for it
   /// now. Whoever takes it next has the kept one.
-  void keep(int frame, std::unique_ptr<IClipFrame> parts);
+  void keep(int frame, std::unique_ptr<IClipFrame> opened);
 
   /// Each at once, beside whatever is being read ahead. Throws CClipError.
   void readNow(int frame, std::uint16_t* samples);
   std::unique_ptr<IClipFrame> openNow(int frame);
   /// All samples of an opened frame, in memory of the store's. Throws CClipError.
-  std::unique_ptr<CToolFrameBuffer> decode(int frame, const IClipFrame& parts);
+  std::unique_ptr<CToolFrameBuffer> decode(int frame, const IClipFrame& opened);
 
  private:
   struct SSlot {
-    std::unique_ptr<CToolFrameBuffer> frame;  // null while being read, and where parts are wanted
-    std::unique_ptr<IClipFrame> parts;        // null while being read, and where samples are wanted
+    SOpenedFrame frame;  // holds what the pass wants, once it is ready
     std::exception_ptr error;
     bool ready = false;
   };
 
   void readerThread();
   bool mayRead() const;  // REQUIRES: mutex_ held
-  std::unique_ptr<CToolFrameBuffer> freshBuffer(int frame);
+  std::unique_ptr<CToolFrameBuffer> samplesOf(int frame, const IClipFrame* opened);
   SSlot read(int frame, EFrameForm form, std::unique_ptr<IClipFrame> kept);
   void readNext(std::unique_lock<std::mutex>& lock);
   std::unique_ptr<IClipFrame> openInTurn(int frame);
-  SSlot* findLocked(int frame, EFrameForm form);
+  SSlot* findLocked(int frame, bool opened);
   CToolFrameBuffer* takeLocked(int frame);
   void restartLocked(int first, int end);
 

@@ -45,6 +45,7 @@ class CTrackingRun {
  private:
   void body();
   void trackShot();
+  EFrameForm form() const;
   void trackFirstFrame(CShotTracker& tracker);
   bool trackFrame(CShotTracker& tracker, int frame);
   void add(SFrameResult result);

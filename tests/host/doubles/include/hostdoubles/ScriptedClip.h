@@ -22,10 +22,20 @@ class CScriptedReader : public IClipReader {
   bool isParallel() const override { return parallel_; }
   void readFrame(int frame, std::uint16_t* samples) override {
     ++reads;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      order_.push_back(frame);
+    }
     if (frame == failingFrame)
       throw CClipError(info_.path + ": frame " + std::to_string(frame) + " is broken");
     std::fill(samples, samples + info_.format.getBytesPerField() / 2,
               static_cast<std::uint16_t>(frame));
+  }
+
+  /// Frames in the order in which they were asked for.
+  std::vector<int> order() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return order_;
   }
 
   int failingFrame = -1;
@@ -34,6 +44,8 @@ class CScriptedReader : public IClipReader {
  private:
   SClipInfo info_;
   const bool parallel_;
+  mutable std::mutex mutex_;
+  std::vector<int> order_;
 };
 
 /// Remembers the first sample of every frame it got.
