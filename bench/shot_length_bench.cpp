@@ -3,16 +3,15 @@
 // pictures, so that the road is what is measured; the writer checks the pictures and keeps none.
 //   shot_length_bench
 // Every length runs in a process of its own, which leaves its peak memory behind. Each point's path
-// must be the pictures' known motion, every frame must arrive, once and steady. Fails when a
-// frame's processor time grows with the length of the shot, or its memory beyond what points and
-// paths take.
+// must be the pictures' known motion, every frame must arrive, once and steady. Fails when the
+// processor time or the memory of a further frame grows with the length of the shot, or the memory
+// beyond what points and paths take. Time by the clock is printed, too, and decides nothing: a
+// processor rests for a millisecond after each frame, and other work on the machine counts in it.
 
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -20,6 +19,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -37,9 +37,10 @@ constexpr int WIDTH = 160;
 constexpr int HEIGHT = 120;
 constexpr int PICTURES = 16;
 constexpr double MOST_ERROR = 0.05;  // pixels, of a point's path in any frame
-constexpr int MOST_UNSTEADY = 1200;  // code values of 65,535: bilinear blending of this texture
-constexpr double MOST_GROWTH = 1.5;  // of a frame's processor time, from one length to the next
-constexpr double MOST_BYTES = 2048;  // for each frame: points, paths, moves, results
+constexpr int MOST_UNSTEADY = 400;   // of 65,535: blending takes some 200, a pixel off is thousands
+constexpr double MOST_GROWTH = 1.5;  // of what a further frame costs, from one length to the next
+constexpr double MOST_BYTES = 4096;  // of a further frame: its points and their copies, two
+                                     // triangles, moves, and all that as a process-list entry
 
 /// Where the picture lies in a frame: a loop, so that a shot may have any length.
 SPoint2 MoveOf(int frame) {
@@ -50,6 +51,10 @@ SPoint2 MoveOf(int frame) {
 double TextureAt(double x, double y) {
   return 0.5 + 0.10 * std::sin(0.31 * x + 0.12 * y) + 0.09 * std::sin(0.09 * x - 0.35 * y + 1.0) +
          0.08 * std::sin(0.21 * x + 0.27 * y + 2.0) + 0.07 * std::sin(0.17 * x - 0.14 * y + 3.0);
+}
+
+std::uint16_t CodeAt(double x, double y) {
+  return static_cast<std::uint16_t>(std::lround(65535.0 * TextureAt(x, y)));
 }
 
 /// Known motion in a few pictures, shown again and again.
@@ -77,9 +82,7 @@ class CLoopReader : public IClipReader {
     Samples samples;
     for (int y = 0; y < HEIGHT; ++y)
       for (int x = 0; x < WIDTH; ++x)
-        samples.insert(
-            samples.end(), 3,
-            static_cast<std::uint16_t>(std::lround(65535.0 * TextureAt(x - move.x, y - move.y))));
+        samples.insert(samples.end(), 3, CodeAt(x - move.x, y - move.y));
     return samples;
   }
 
@@ -87,24 +90,29 @@ class CLoopReader : public IClipReader {
   std::vector<Samples> pictures_;
 };
 
-/// Counts the frames and compares the middle of each with that of the first.
+/// Counts the frames and compares a line of each with where it was put.
 class CSteadyWriter : public IClipWriter {
  public:
+  CSteadyWriter() {
+    for (int x = 0; x < WIDTH; ++x) meant_.push_back(CodeAt(x, LINE));
+  }
   void writeFrame(int frame, const std::uint16_t* samples) override {
-    constexpr int LEFT = 40;
-    constexpr int RIGHT = 120;
+    constexpr int EDGE = 40;  // may show fill
     if (frame != written) throw CClipError("frame " + std::to_string(frame) + " out of turn");
     ++written;
-    for (int x = LEFT; x < RIGHT; ++x) {
-      const auto seen = samples[3 * (HEIGHT / 2 * WIDTH + x)];
-      const auto meant = static_cast<int>(std::lround(65535.0 * TextureAt(x, HEIGHT / 2)));
-      unsteady = std::max(unsteady, std::abs(seen - meant));
+    for (int x = EDGE; x < WIDTH - EDGE; ++x) {
+      const int off = samples[3 * (LINE * WIDTH + x)] - meant_[static_cast<std::size_t>(x)];
+      unsteady = std::max(unsteady, std::abs(off));
     }
   }
   void finish() override {}
 
   int written = 0;
   int unsteady = 0;  ///< largest difference, code values
+
+ private:
+  static constexpr int LINE = HEIGHT / 2;
+  std::vector<int> meant_;
 };
 
 SStabilizeOptions OptionsFor(const SClipInfo& clip) {
@@ -222,54 +230,62 @@ bool Measure(const std::string& program, const std::string& folder, SFigures& fi
   return pclose(child) == 0 && read == 4;
 }
 
-/// Of the frames that `longer` has more: what starting costs is in both.
-double PerFrame(double longer, double shorter, const SFigures& a, const SFigures& b) {
-  return (longer - shorter) / (b.frames - a.frames);
-}
+/// What each frame costs that the longer shot has more: what starting costs is in both.
+struct SFurther {
+  SFurther(const SFigures& shorter, const SFigures& longer)
+      : micros(1e6 * (longer.processor - shorter.processor) / (longer.frames - shorter.frames)),
+        bytes(1024.0 * (longer.kilobytes - shorter.kilobytes) / (longer.frames - shorter.frames)) {}
+  double micros;
+  double bytes;
+
+  bool hasGrownFrom(const SFurther& before) const {
+    return micros > MOST_GROWTH * before.micros || bytes > MOST_GROWTH * before.bytes ||
+           bytes > MOST_BYTES;
+  }
+};
 
 int CompareLengths(const std::string& program, const std::string& folder) {
   std::printf("a shot of %d x %d, 4 points, %d threads: the whole road\n", WIDTH, HEIGHT,
               AvailableProcessorCoreCount());
-  std::printf("%8s %10s %13s %9s %14s %12s %9s\n", "frames", "us/frame", "CPU us/frame", "peak MB",
-              "CPU us/further", "B/further", "error px");
+  std::printf("%8s  %10s  %13s  %9s  %15s  %9s  %9s\n", "frames", "us/frame", "CPU us/frame",
+              "peak MB", "CPU us, further", "B/further", "error px");
   std::vector<SFigures> all;
-  double cost = 0.0;
+  std::vector<SFurther> furthers;
   for (const int frames : {100, 1000, 10000, 100000}) {
     SFigures now{frames};
     if (!Measure(program, folder, now)) return std::printf("%d frames failed\n", frames), 1;
-    std::printf("%8d %10.1f %13.1f %9.1f", frames, 1e6 * now.wall / frames,
+    std::printf("%8d  %10.1f  %13.1f  %9.1f", frames, 1e6 * now.wall / frames,
                 1e6 * now.processor / frames, now.kilobytes / 1024);
-    double further = 0.0;
-    double bytes = 0.0;
-    if (!all.empty()) {
-      const SFigures& last = all.back();
-      further = PerFrame(1e6 * now.processor, 1e6 * last.processor, last, now);
-      bytes = PerFrame(1024 * now.kilobytes, 1024 * last.kilobytes, last, now);
-      std::printf(" %14.1f %12.0f", further, bytes);
+    if (all.empty()) {
+      std::printf("  %15s  %9s", "", "");
     } else {
-      std::printf(" %14s %12s", "", "");
+      furthers.emplace_back(all.back(), now);
+      std::printf("  %15.1f  %9.0f", furthers.back().micros, furthers.back().bytes);
     }
-    std::printf(" %9.4f\n", now.error);
-    // The first thousand still fill pools and buffers.
-    if (all.size() > 1 && further > MOST_GROWTH * cost)
-      return std::printf("the cost of a frame grows\n"), 1;
-    if (all.size() > 1 && bytes > MOST_BYTES)
-      return std::printf("the memory of a frame grows\n"), 1;
-    cost = further;
+    std::printf("  %9.4f\n", now.error);
+    std::fflush(stdout);
     all.push_back(now);
   }
+  for (std::size_t i = 1; i < furthers.size(); ++i)
+    if (furthers[i].hasGrownFrom(furthers[i - 1]))
+      return std::printf("what a frame costs grows with the length of the shot\n"), 1;
   return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 2) return RunShot(std::atoi(argv[1]), argv[2]);
-  const fs::path folder =
-      fs::temp_directory_path() / ("shot_length_bench." + std::to_string(getpid()));
-  fs::create_directories(folder);
-  const int status = CompareLengths(fs::read_symlink("/proc/self/exe").string(), folder.string());
-  std::error_code ignored;
-  fs::remove_all(folder, ignored);
-  return status;
+  try {
+    if (argc > 2) return RunShot(std::atoi(argv[1]), argv[2]);
+    const fs::path folder =
+        fs::temp_directory_path() / ("shot_length_bench." + std::to_string(getpid()));
+    fs::create_directories(folder);
+    const int status = CompareLengths(fs::read_symlink("/proc/self/exe").string(), folder.string());
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
+    return status;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "shot_length_bench: %s\n", error.what());
+    return 1;
+  }
 }
