@@ -38,9 +38,13 @@ constexpr int HEIGHT = 120;
 constexpr int PICTURES = 16;
 constexpr double MOST_ERROR = 0.05;  // pixels, of a point's path in any frame
 constexpr int MOST_UNSTEADY = 400;   // of 65,535: blending takes some 200, a pixel off is thousands
-constexpr double MOST_GROWTH = 1.5;  // of what a further frame costs, from one length to the next
-constexpr double MOST_BYTES = 4096;  // of a further frame: its points and their copies, two
-                                     // triangles, moves, and all that as a process-list entry
+// Of what a further frame costs, from one length to the next. Processor time varies with what else
+// the machine does; memory does not.
+constexpr double MOST_GROWTH_OF_TIME = 2.0;
+constexpr double MOST_GROWTH_OF_MEMORY = 1.25;
+// Of a further frame: its points and their copies, two triangles, moves, and all that as a
+// process-list entry.
+constexpr double MOST_BYTES = 4096;
 
 /// Where the picture lies in a frame: a loop, so that a shot may have any length.
 SPoint2 MoveOf(int frame) {
@@ -239,8 +243,8 @@ struct SFurther {
   double bytes;
 
   bool hasGrownFrom(const SFurther& before) const {
-    return micros > MOST_GROWTH * before.micros || bytes > MOST_GROWTH * before.bytes ||
-           bytes > MOST_BYTES;
+    return micros > MOST_GROWTH_OF_TIME * before.micros ||
+           bytes > MOST_GROWTH_OF_MEMORY * before.bytes || bytes > MOST_BYTES;
   }
 };
 
