@@ -44,7 +44,7 @@ constexpr double MOST_GROWTH_OF_TIME = 2.0;
 constexpr double MOST_GROWTH_OF_MEMORY = 1.25;
 // Of a further frame: its points and their copies, two triangles, moves, and all that as a
 // process-list entry.
-constexpr double MOST_BYTES = 4096;
+constexpr double MOST_BYTES = 2048;
 
 /// Where the picture lies in a frame: a loop, so that a shot may have any length.
 SPoint2 MoveOf(int frame) {
@@ -155,15 +155,15 @@ struct SCollected {
   CTrackingArray points;
 };
 
-SCollected Collect(CToolOnShot& shot, const SRect& region) {
+SCollected Collect(CToolOnShot& shot, const SMoveSettings& settings, const SRect& region) {
   const CTrackingPointsEditor& editor = *shot.session().editor();
   const SPoint2 centre = CentreOf(shot.session().info().format);
   SCollected result;
   result.measured = MotionOfTriangles(*editor.originalMotion(), centre);
   result.intended = MotionOfTriangles(*editor.smoothedMotion(), centre);
   result.asShot = FitMotion(*editor.trackingArray(), centre);
-  result.moves = PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(),
-                              MoveSettingsOf(shot.capture()), {editor.zoomSource(), region});
+  result.moves = PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(), settings,
+                              {editor.zoomSource(), region});
   result.points = *editor.trackingArray();
   return result;
 }
@@ -199,7 +199,7 @@ int RunShot(int frames, const std::string& folder) {
   const double before = ProcessorSeconds();
   SPreparedShot shot = PrepareShot(std::move(reader), options, observer);
   const int written = shot.tool->render(writer);
-  const SCollected collected = Collect(*shot.tool, shot.region);
+  const SCollected collected = Collect(*shot.tool, shot.moveSettings, shot.region);
   const double processor = ProcessorSeconds() - before;
   const double wall =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

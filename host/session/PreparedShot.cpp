@@ -68,6 +68,8 @@ SPreparedShot PrepareShot(std::unique_ptr<IClipReader> reader, const SStabilizeO
       options.entry ? CPDLEntry::CopyOf(options.entry->FirstElement()) : MakeEntry(options);
   shot.tool->apply(entry);
   shot.tool->points().frames.clear();  // what a captured entry had tracked before
+  // Now: an entry carries the points along, which will have paths.
+  shot.moveSettings = MoveSettingsOf(shot.tool->capture());
   shot.region = regionOf(*shot.tool, options);
   if (options.filePoints) {
     LoadPoints(shot, options, observer);

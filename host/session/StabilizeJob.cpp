@@ -78,6 +78,7 @@ void CStabilizeJob::openShot() {
   result_.region = prepared.region;
   result_.features = std::move(prepared.features);
   tracked_ = prepared.tracked;
+  moveSettings_ = prepared.moveSettings;
 }
 
 /// Before the render, so that nothing that ends it costs the points.
@@ -111,8 +112,8 @@ void CStabilizeJob::collectMotion() {
                        ? result_.measured
                        : FitMotion(*editor.trackingArray(), centre);
   const SZoom zoom{editor.zoomSource(), result_.region};
-  result_.moves = PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(),
-                               MoveSettingsOf(shot_->capture()), zoom);
+  result_.moves =
+      PictureMoves(*editor.originalMotion(), *editor.smoothedMotion(), moveSettings_, zoom);
   result_.points = *editor.trackingArray();
   result_.zoom = zoom.factor();
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "session/PictureMove.h"
 #include "session/StabilizeOptions.h"
 #include "session/ToolOnShot.h"
 #include "tracker/FeatureDetector.h"
@@ -19,7 +20,8 @@ struct SPreparedShot {
   std::unique_ptr<CToolOnShot> tool;
   SRect region;                    ///< processing region, inclusive
   std::vector<SFeature> features;  ///< the points, by index; as found, or as given (strength 0)
-  bool tracked = false;            ///< the points came with their paths over the marks
+  SMoveSettings moveSettings;
+  bool tracked = false;  ///< the points came with their paths over the marks
 };
 
 /// REQUIRES: options completed for this clip. The observer outlives the result. Throws CUsageError

@@ -72,6 +72,7 @@ class CStabilizeJob {
   const SJobObserver observer_;
   SStabilizeResult result_;
   std::unique_ptr<CToolOnShot> shot_;
+  SMoveSettings moveSettings_;
   bool tracked_ = false;
 };
 
