@@ -144,7 +144,8 @@ struct CZoomFractional::SImpl {
   bool accepts(const SRectD& from, const SRect& to) const;
   void setUp(const SRectD& newSource, const SRect& newTarget);
   const std::uint16_t* copyOf(const std::uint16_t* frame);
-  void convertRows(int first, int last, const std::uint16_t* input, std::uint16_t* output) const;
+  void convertRows(int first, int last, const std::uint16_t* input, std::uint16_t* output,
+                   std::uint16_t* kept) const;
 };
 
 namespace {
@@ -246,7 +247,7 @@ const std::uint16_t* CZoomFractional::SImpl::copyOf(const std::uint16_t* frame) 
 }
 
 void CZoomFractional::SImpl::convertRows(int first, int last, const std::uint16_t* input,
-                                         std::uint16_t* output) const {
+                                         std::uint16_t* output, std::uint16_t* kept) const {
   const int count = target.right - target.left + 1;
   const int taps = vertical.taps;
   CFilteredLines filtered(input, pixelsPerLine, horizontal, taps, count, reach.left, reach.right);
@@ -254,9 +255,10 @@ void CZoomFractional::SImpl::convertRows(int first, int last, const std::uint16_
   for (int y = std::max(first, target.top); y <= std::min(last, target.bottom); ++y) {
     const std::size_t row = static_cast<std::size_t>(y - target.top) * taps;
     for (int t = 0; t < taps; ++t) lines[t] = filtered.line(vertical.samples[row + t]);
-    const std::size_t at = static_cast<std::size_t>(y) * pixelsPerLine + target.left;
+    const std::size_t at = (static_cast<std::size_t>(y) * pixelsPerLine + target.left) * COMPONENTS;
     combineLines(lines.data(), vertical.weights.data() + row, taps, count * COMPONENTS,
-                 output + at * COMPONENTS);
+                 output + at);
+    if (kept) std::copy_n(output + at, count * COMPONENTS, kept + at);
   }
 }
 
@@ -264,7 +266,7 @@ void CZoomFractional::convert(const SRectD& source, const SRect& target, const s
                               std::uint16_t* output) {
   if (!prepare(source, target)) return;
   const std::uint16_t* frame = input == output ? impl_->copyOf(input) : input;
-  impl_->convertRows(target.top, target.bottom, frame, output);
+  impl_->convertRows(target.top, target.bottom, frame, output, nullptr);
 }
 
 bool CZoomFractional::prepare(const SRectD& source, const SRect& target) {
@@ -277,6 +279,6 @@ bool CZoomFractional::prepare(const SRectD& source, const SRect& target) {
 }
 
 void CZoomFractional::convertRows(int firstRow, int lastRow, const std::uint16_t* input,
-                                  std::uint16_t* output) const {
-  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, input, output);
+                                  std::uint16_t* output, std::uint16_t* kept) const {
+  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, input, output, kept);
 }
