@@ -2,12 +2,14 @@
 // and against cv::warpAffine, all in one process. Rounds are interleaved, so that the ratios hold
 // on a machine that others use too:
 //   resample_bench [ROUNDS]        default: 15
-// prints one table: median times, medians of the ratios within a round. Each kernel's result is
+// prints one table: median times (of one thread: processor time), medians of the ratios within a
+// round. Each kernel's result is
 // compared with the scalar formula first; one wrong sample ends the bench.
+
+#include <time.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -84,11 +86,18 @@ void inHalves(int threads, const std::function<void(int first, int last)>& work)
   second.join();
 }
 
-double milliseconds(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
+/// Of one thread what the processor spent on it, which leaves out when others had the processor.
+double now(int threads) {
+  timespec time{};
+  if (clock_gettime(threads == 1 ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC, &time) != 0)
+    std::abort();
+  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+double milliseconds(int threads, const std::function<void()>& work) {
+  const double start = now(threads);
   work();
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-      .count();
+  return now(threads) - start;
 }
 
 double median(std::vector<double> values) {
@@ -136,7 +145,7 @@ void measure(const SFrames& frames, const std::vector<SResampler>& resamplers,
     const std::size_t count = static_cast<std::size_t>(last - first + 1) * ROW_SAMPLES;
     std::memcpy(frames.output + from, frames.source + from, count * sizeof(std::uint16_t));
   };
-  const auto copyTime = [&] { return milliseconds([&] { inHalves(threads, copy); }); };
+  const auto copyTime = [&] { return milliseconds(threads, [&] { inHalves(threads, copy); }); };
   const cv::Mat in(HEIGHT, WIDTH, CV_16UC3, frames.source);
   cv::Mat out(HEIGHT, WIDTH, CV_16UC3, frames.output);
   const cv::Matx23d matrix(motion.map.wx[1], motion.map.wx[2], motion.map.wx[0], motion.map.wy[1],
@@ -147,7 +156,7 @@ void measure(const SFrames& frames, const std::vector<SResampler>& resamplers,
   std::vector<STimes> ours(resamplers.size());
   for (int round = 0; round < rounds; ++round) {
     const double copied = copyTime();
-    const double peerTime = milliseconds([&] {
+    const double peerTime = milliseconds(threads, [&] {
       cv::warpAffine(in, out, matrix, out.size(), cv::INTER_LINEAR | cv::WARP_INVERSE_MAP);
     });
     peer.own.push_back(peerTime);
@@ -156,8 +165,9 @@ void measure(const SFrames& frames, const std::vector<SResampler>& resamplers,
     for (std::size_t i = 0; i < resamplers.size(); ++i) {
       const SResampleJob job = frames.job(motion.map, frames.output);
       const double before = copyTime();
-      const double time = milliseconds(
-          [&] { inHalves(threads, [&](int a, int b) { resamplers[i].resampleRows(job, a, b); }); });
+      const double time = milliseconds(threads, [&] {
+        inHalves(threads, [&](int a, int b) { resamplers[i].resampleRows(job, a, b); });
+      });
       ours[i].own.push_back(time);
       ours[i].perCopy.push_back(time / before);
       ours[i].perPeer.push_back(peerTime / time);
