@@ -115,7 +115,8 @@ constexpr int SECOND_FROM = 8;
 /// Both weights of a fraction, negative: -2^15 has a place in 16 bits, 2^15 has none.
 STAB_INLINE int pairOfFirst(float fraction) {
   const int next = static_cast<int>(fraction * -(1 << FIRST_BITS));
-  return ((-(1 << FIRST_BITS) - next) & 0xFFFF) | next * (1 << 16);
+  const auto own = static_cast<std::uint32_t>(-(1 << FIRST_BITS) - next);
+  return static_cast<int>((own & 0xFFFF) | static_cast<std::uint32_t>(next) << 16);
 }
 
 STAB_INLINE int ofSecond(float fraction) {
