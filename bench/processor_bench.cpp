@@ -1,6 +1,8 @@
-// A whole frame of CStabilizerProc - its input fetched, warped, filled, handed on - against a plain
-// copy of the same frame by as many threads, in alternating rounds of one process:
+// A whole frame of CStabilizerProc - from its input's arrival to its output's departure: warped,
+// filled, handed on - against a plain copy of the same frame by as many threads, in alternating
+// rounds of one process:
 //   processor_bench [WIDTH HEIGHT]        default: 4096 x 2160
+// The last column is what a frame of the whole pass takes: the loop rests a millisecond after each.
 // What is timed is compared first: the moved picture with the scalar formula, every fill with what
 // one thread makes of it. One wrong sample ends the bench.
 
@@ -29,10 +31,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using Samples = std::vector<std::uint16_t>;
+using Moments = std::map<int, Clock::time_point>;
 
 constexpr int FRAMES = 24;
 constexpr int ROUNDS = 5;
 constexpr int CHECKED_FRAME = 9;
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
 
 /// The same picture as every frame. It stands in the pool's buffers after their first use, so that
 /// fetching a frame costs nothing.
@@ -42,17 +50,17 @@ class CStillEdge : public CToolEdge {
       : picture_(picture), pool_(format.getBytesPerField(), 0) {
     setImageFormat(format);
   }
-  std::vector<Clock::time_point> fetched;
+  Moments fetched;  ///< by frame
 
  protected:
   CToolFrameBuffer* requestFrame(int frame) override {
     if (frame < 0 || frame >= FRAMES) return nullptr;
-    fetched.push_back(Clock::now());
     auto buffer = std::make_unique<CToolFrameBuffer>(imageFormat(), &pool_);
     buffer->setFrameIndex(frame);
     if (!buffer->ensureSamples()) std::abort();
     if (filled_.insert(buffer->samples()).second)
       std::copy(picture_.begin(), picture_.end(), buffer->samples());
+    fetched[frame] = Clock::now();
     return buffer.release();
   }
 
@@ -60,6 +68,15 @@ class CStillEdge : public CToolEdge {
   const Samples& picture_;
   CBufferPool pool_;
   std::set<const std::uint16_t*> filled_;
+};
+
+/// Frames leave here in the order of the range.
+class CResultEdge : public CToolEdge {
+ public:
+  std::vector<Clock::time_point> arrived;
+
+ protected:
+  void onFramePut() override { arrived.push_back(Clock::now()); }
 };
 
 struct SCase {
@@ -96,10 +113,15 @@ class CPass {
       }
   }
 
-  /// Milliseconds a frame, the first ones (anchors, cold buffers) left out.
-  double run(int threads, Samples* checked) {
+  /// Medians over the frames, in milliseconds, the first ones (anchors, cold buffers) left out.
+  struct SFrameTime {
+    double processing;  // from the input's arrival to the output's departure
+    double pass;        // from one output to the next
+  };
+
+  SFrameTime run(int threads, Samples* checked) {
     CAbortFlag abort{0};
-    CToolEdge results;
+    CResultEdge results;
     edge_.fetched.clear();
     CStabilizerProc processor(20, "Stabilize", &host_, &abort, &monitor_);
     processor.node().connectInput(0, &edge_);
@@ -117,10 +139,15 @@ class CPass {
     processor.commandQueue().Add({CAutotoolCommand::EXIT, nullptr});
     waitFor(processor, CAutotoolStatus::THREAD_ENDED, results, checked);
     BThreadWaitForAll();
-    constexpr std::size_t COLD = 4;
-    const std::chrono::duration<double, std::milli> took =
-        edge_.fetched.back() - edge_.fetched[COLD];
-    return took.count() / static_cast<double>(edge_.fetched.size() - 1 - COLD);
+    constexpr int COLD = 4;
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    std::vector<double> processing, pass;
+    for (int frame = COLD; frame < FRAMES; ++frame) {
+      const auto i = static_cast<std::size_t>(frame);
+      processing.push_back(Milliseconds(results.arrived[i] - edge_.fetched[frame]).count());
+      pass.push_back(Milliseconds(results.arrived[i] - results.arrived[i - 1]).count());
+    }
+    return {median(processing), median(pass)};
   }
 
   SWarpMap mapOf(int frame) {
@@ -151,19 +178,52 @@ class CPass {
   CRecordingProgressMonitor monitor_;
 };
 
-/// Milliseconds that `threads` threads take to copy the picture.
-double copyTime(const Samples& from, Samples& to, int threads) {
-  const auto start = Clock::now();
-  std::vector<std::thread> others;
-  const std::size_t part = from.size() / static_cast<std::size_t>(threads);
-  for (int i = 0; i < threads; ++i) {
-    const std::size_t at = part * static_cast<std::size_t>(i);
-    others.emplace_back(
-        [&, at] { std::memcpy(to.data() + at, from.data() + at, part * sizeof from[0]); });
+/// A plain copy, between buffers of the kind that the frames have.
+class CCopy {
+ public:
+  explicit CCopy(const Samples& picture)
+      : bytes_(picture.size() * sizeof picture[0]), pool_(bytes_, 0) {
+    if (!from_ || !to_) std::abort();
+    std::memcpy(from_, picture.data(), bytes_);
   }
-  for (std::thread& other : others) other.join();
-  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
+  CCopy(const CCopy&) = delete;
+  CCopy& operator=(const CCopy&) = delete;
+  ~CCopy() {
+    pool_.freeBuffer(from_);
+    pool_.freeBuffer(to_);
+  }
+
+  /// Milliseconds that `threads` threads take. The first time is left out: a pass gives back
+  /// memory, and the first to touch memory again pays for that.
+  double time(int threads) {
+    constexpr int TIMES = 5;
+    std::vector<double> times;
+    run(threads);
+    for (int i = 0; i < TIMES; ++i) {
+      const auto start = Clock::now();
+      run(threads);
+      times.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+    }
+    return median(times);
+  }
+
+ private:
+  void run(int threads) {
+    const std::size_t part = bytes_ / static_cast<std::size_t>(threads);
+    std::vector<std::thread> others;
+    for (int i = 1; i < threads; ++i) {
+      const std::size_t at = part * static_cast<std::size_t>(i);
+      others.emplace_back([this, at, part] { std::memcpy(to_ + at, from_ + at, part); });
+    }
+    std::memcpy(to_, from_, part);
+    for (std::thread& other : others) other.join();
+  }
+
+  std::size_t bytes_;
+  CBufferPool pool_;
+  char* from_ = static_cast<char*>(pool_.allocateBuffer());
+  char* to_ = static_cast<char*>(pool_.allocateBuffer());
+};
 
 Samples expectedOf(CPass& pass, const CImageFormat& format, const Samples& picture) {
   Samples expected(picture.size());
@@ -178,12 +238,7 @@ Samples expectedOf(CPass& pass, const CImageFormat& format, const Samples& pictu
   return expected;
 }
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-bool measure(const SCase& c, const CImageFormat& format, const Samples& picture, Samples& copy) {
+bool measure(const SCase& c, const CImageFormat& format, const Samples& picture, CCopy& copy) {
   CPass pass(format, picture, c);
   Samples alone;
   Samples together;
@@ -196,17 +251,21 @@ bool measure(const SCase& c, const CImageFormat& format, const Samples& picture,
     return false;
   }
   std::map<int, std::vector<double>> times;
+  std::map<int, std::vector<double>> passes;
   std::map<int, std::vector<double>> ratios;
   for (int round = 0; round < ROUNDS; ++round)
     for (const int threads : {1, 2}) {
-      const double copying = copyTime(picture, copy, threads);
-      times[threads].push_back(pass.run(threads, nullptr));
-      ratios[threads].push_back(times[threads].back() / copying);
+      const double copying = copy.time(threads);
+      const CPass::SFrameTime frame = pass.run(threads, nullptr);
+      times[threads].push_back(frame.processing);
+      passes[threads].push_back(frame.pass);
+      ratios[threads].push_back(frame.processing / copying);
     }
   std::printf(
-      "%-28s  1 thread %6.2f ms %5.2f x copy   2 threads %6.2f ms %5.2f x copy   gain %.2f\n",
+      "%-28s  1 thread %6.2f ms %5.2f x copy   2 threads %6.2f ms %5.2f x copy   gain %.2f   "
+      "pass %6.2f ms\n",
       c.name, median(times[1]), median(ratios[1]), median(times[2]), median(ratios[2]),
-      median(times[1]) / median(times[2]));
+      median(times[1]) / median(times[2]), median(passes[2]));
   return true;
 }
 
@@ -221,7 +280,7 @@ int main(int argc, char** argv) {
   Samples picture(format.getBytesPerField() / 2);
   std::mt19937 random(1);
   for (std::uint16_t& sample : picture) sample = static_cast<std::uint16_t>(random());
-  Samples copy(picture.size());
+  CCopy copy(picture);
   std::printf("a frame of %d x %d through CStabilizerProc, kernel %s\n", width, height,
               TheResampler() ? TheResampler()->kernel : "none");
   bool good = TheResampler() != nullptr;

@@ -95,13 +95,11 @@ STAB_INLINE void blendRun(const SRun& run, const SCornerWeights& cornerWeights) 
   if (c < run.count) blend(c < run.room - N ? c : run.room - N);
 }
 
-/// The map of columns [first, first + count) of a row whose source rows differ.
+/// Weights of columns side by side whose source row is the same.
 struct STurnedColumns {
-  static constexpr int MOST = 512;  ///< so that all of it stays in the first-level cache
-  static constexpr int SLACK = 64;  ///< behind the last one, read in whole blocks
-  alignas(64) int sourceRow[MOST + SLACK] = {};
-  /// Weights of the upper and the lower row as a pair of 16 bits, their sum 2^14; or the fraction
-  /// in units of 2^-23.
+  static constexpr int MOST = 1024;  ///< so that all of it stays in the first-level cache
+  static constexpr int SLACK = 64;   ///< behind the last one: whole blocks are evaluated and read
+  /// Of the upper and the lower row as a pair of 16 bits; or the fraction in units of 2^-23.
   alignas(64) int weight[MOST + SLACK] = {};
 };
 
@@ -117,23 +115,53 @@ constexpr int SECOND_FROM = 8;
 /// Both weights of a fraction, negative: -2^15 has a place in 16 bits, 2^15 has none.
 STAB_INLINE int pairOfFirst(float fraction) {
   const int next = static_cast<int>(fraction * -(1 << FIRST_BITS));
-  return ((-(1 << FIRST_BITS) - next) & 0xFFFF) | next * (1 << 16);
+  const auto own = static_cast<std::uint32_t>(-(1 << FIRST_BITS) - next);
+  return static_cast<int>((own & 0xFFFF) | static_cast<std::uint32_t>(next) << 16);
 }
 
 STAB_INLINE int ofSecond(float fraction) {
   return static_cast<int>(fraction * (1 << SECOND_BITS));
 }
 
+/// The weights of `count` columns from `first` on, and of some more: what is blended with those is
+/// written again, rightly.
 template <EFirst FIRST>
-STAB_INLINE void evaluate(const SWarpMap map, float rowY, int first, int count,
+STAB_INLINE void evaluate(const SWarpMap map, float rowY, int sourceRow, int first, int count,
                           STurnedColumns& columns) {
-  for (int i = 0; i < count; ++i) {
-    const float y = map.sourceY(first + i, rowY);
-    const int whole = static_cast<int>(y);
-    const float fraction = y - static_cast<float>(whole);
-    columns.sourceRow[i] = whole;
+  constexpr int STEP = 16;
+  const int whole = (count + STEP - 1) / STEP * STEP;
+  const float row = static_cast<float>(sourceRow);
+  for (int i = 0; i < whole; ++i) {
+    const float fraction = map.sourceY(first + i, rowY) - row;
     columns.weight[i] = FIRST == EFirst::rows ? pairOfFirst(fraction) : ofSecond(fraction);
   }
+}
+
+/// The end of the columns from `first` on that have the source row of `first`; at most `end`. The
+/// source never turns back along a row, so the last column that has it can be searched for.
+STAB_INLINE int endOfSourceRow(const SWarpMap map, float rowY, int sourceRow, int first, int end) {
+  const float upper = static_cast<float>(sourceRow);
+  const float lower = static_cast<float>(sourceRow + 1);
+  const auto hasIt = [&](int x) __attribute__((always_inline)) {
+    const float y = map.sourceY(x, rowY);
+    return y >= upper && y < lower;
+  };
+  if (hasIt(end - 1)) return end;
+  int last = first;
+  int behind = end - 1;
+  // The division is right to a column or two, unless the turn is tiny.
+  const float border = map.wy[1] > 0.0F ? lower : upper;
+  const float steps = (border - map.sourceY(first, rowY)) / map.wy[1];
+  const float most = static_cast<float>(behind - first);
+  const int guess = first + static_cast<int>(steps < most ? steps : most);
+  for (int x = guess; x <= guess + 1; ++x) {
+    if (x > last && x < behind) (hasIt(x) ? last : behind) = x;
+  }
+  while (behind - last > 1) {
+    const int middle = last + (behind - last) / 2;
+    (hasIt(middle) ? last : behind) = middle;
+  }
+  return behind;
 }
 
 /// COMPONENTS pixels of one source row, each with a weight of its own. `spanWeight`: the other
@@ -198,25 +226,40 @@ struct SIntegerRows {
     }
   }
 
+  /// Columns [first, end) of one span and one source row.
+  template <EFirst FIRST>
+  STAB_INLINE static void turnedRun(const SResampleJob& job, int y, int sourceRow, int first,
+                                    int end, const SColumnSpan& span, int innerEnd,
+                                    const STurnedColumns& columns) {
+    const int count = end - first;
+    if (count < N && first + N > innerEnd) {
+      GENERAL(job, y, first, end);
+      return;
+    }
+    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
+    const std::uint16_t* row = job.source + SampleOffset(job, first + span.shift, sourceRow);
+    std::uint16_t* output = job.output + SampleOffset(job, first, y);
+    const int spanWeight =
+        FIRST == EFirst::rows ? ofSecond(span.fraction) : pairOfFirst(span.fraction);
+    const auto block = [&](int i) __attribute__((always_inline)) {
+      blendTurned<LANES, FIRST>(row + i * 3, stride, output + i * 3, columns.weight + i,
+                                spanWeight);
+    };
+    int i = 0;
+    for (; i + N <= count; i += N) block(i);
+    if (i < count) block(count < N ? 0 : count - N);
+  }
+
   template <EFirst FIRST>
   STAB_INLINE static void turnedColumns(const SResampleJob& job, int y, float rowY, int first,
                                         int end, const SColumnSpan& span, int innerEnd,
                                         STurnedColumns& columns) {
-    evaluate<FIRST>(job.map, rowY, first, end - first, columns);
-    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
-    const int spanWeight =
-        FIRST == EFirst::rows ? ofSecond(span.fraction) : pairOfFirst(span.fraction);
     for (int x = first; x < end;) {
-      if (x + N > innerEnd) {
-        GENERAL(job, y, x, end);
-        return;
-      }
-      const int i = x - first;
-      const std::uint16_t* row =
-          job.source + SampleOffset(job, x + span.shift, columns.sourceRow[i]);
-      blendTurned<LANES, FIRST>(row, stride, job.output + SampleOffset(job, x, y),
-                                columns.weight + i, spanWeight);
-      x += LANES::sameAsFirst(columns.sourceRow + i);
+      const int sourceRow = static_cast<int>(job.map.sourceY(x, rowY));
+      const int runEnd = endOfSourceRow(job.map, rowY, sourceRow, x, end);
+      evaluate<FIRST>(job.map, rowY, sourceRow, x, runEnd - x, columns);
+      turnedRun<FIRST>(job, y, sourceRow, x, runEnd, span, innerEnd, columns);
+      x = runEnd;
     }
   }
 
@@ -316,6 +359,7 @@ struct SIntegerRows {
       } else {
         GENERAL(job, y, job.area.left, job.area.right + 1);
       }
+      KeepRow(job, y);
     }
   }
 };

@@ -46,16 +46,6 @@ struct SLanesAvx2 {
     low = _mm256_permutevar8x32_epi32(values, order(0));
     high = _mm256_permutevar8x32_epi32(values, order(1));
   }
-  /// How many of a block's values, from the first on, equal the first.
-  static int sameAsFirst(const int* values) {
-    const Vector first = all(values[0]);
-    const auto same = [&](int at) {
-      const Vector v = _mm256_loadu_si256(reinterpret_cast<const Vector*>(values + at));
-      return static_cast<unsigned>(
-          _mm256_movemask_ps(_mm256_castsi256_ps(_mm256_cmpeq_epi32(v, first))));
-    };
-    return __builtin_ctz(~(same(0) | same(8) << 8));
-  }
 
  private:
   static constexpr SDealOrder<COMPONENTS> ORDER{};

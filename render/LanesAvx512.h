@@ -38,12 +38,6 @@ struct SLanesAvx512 {
     low = _mm512_permutexvar_epi32(_mm512_load_si512(ORDER.order[v][0]), values);
     high = _mm512_permutexvar_epi32(_mm512_load_si512(ORDER.order[v][1]), values);
   }
-  static int sameAsFirst(const int* values) {
-    const Vector first = all(values[0]);
-    const unsigned low = _mm512_cmpeq_epi32_mask(_mm512_loadu_si512(values), first);
-    const unsigned high = _mm512_cmpeq_epi32_mask(_mm512_loadu_si512(values + 16), first);
-    return __builtin_ctzll(~(std::uint64_t{low} | std::uint64_t{high} << 16));
-  }
 
  private:
   static constexpr SDealOrder<COMPONENTS> ORDER{};

@@ -14,19 +14,19 @@ std::size_t sampleIndex(int pixelsPerLine, int x, int y) {
          SAMPLES_PER_PIXEL;
 }
 
-/// Calls visit(firstSample, sampleCount) for the contiguous parts of the frame outside `inside`.
+/// Calls visit(firstSample, sampleCount) for the contiguous parts of `rows` outside `inside`.
 template <typename Visit>
-void forEachPartOutside(int pixelsPerLine, int lines, const SRect& inside, Visit visit) {
-  const auto visitUpTo = [&](std::size_t from, std::size_t end) {
+void forEachPartOutside(int pixelsPerLine, SRows rows, const SRect& inside, Visit visit) {
+  std::size_t from = sampleIndex(pixelsPerLine, 0, rows.first);
+  const auto visitUpTo = [&](std::size_t end) {
     if (end > from) visit(from, end - from);
   };
-  visitUpTo(0, sampleIndex(pixelsPerLine, inside.left, inside.top));
-  for (int y = inside.top; y < inside.bottom; ++y) {
-    visitUpTo(sampleIndex(pixelsPerLine, inside.right + 1, y),
-              sampleIndex(pixelsPerLine, inside.left, y + 1));
+  const int last = std::min(rows.last, inside.bottom);
+  for (int y = std::max(rows.first, inside.top); y <= last; ++y) {
+    visitUpTo(sampleIndex(pixelsPerLine, inside.left, y));
+    from = sampleIndex(pixelsPerLine, inside.right + 1, y);
   }
-  visitUpTo(sampleIndex(pixelsPerLine, inside.right + 1, inside.bottom),
-            sampleIndex(pixelsPerLine, 0, lines));
+  visitUpTo(sampleIndex(pixelsPerLine, 0, rows.last + 1));
 }
 
 double heightAt(const CTrackingPoints& path, int frame) {
@@ -81,17 +81,28 @@ SRect ClampedToFrame(const SRect& rect, int pixelsPerLine, int lines) {
           std::min(rect.bottom, lines - 1)};
 }
 
-void CopyOutside(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, int lines,
+void CopyArea(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, const SRect& area,
+              SRows rows) {
+  const std::size_t count =
+      static_cast<std::size_t>(area.right - area.left + 1) * SAMPLES_PER_PIXEL;
+  const int last = std::min(rows.last, area.bottom);
+  for (int y = std::max(rows.first, area.top); y <= last; ++y) {
+    const std::size_t first = sampleIndex(pixelsPerLine, area.left, y);
+    std::memcpy(to + first, from + first, count * sizeof *to);
+  }
+}
+
+void CopyOutside(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, SRows rows,
                  const SRect& inside) {
-  forEachPartOutside(pixelsPerLine, lines, inside, [=](std::size_t first, std::size_t count) {
+  forEachPartOutside(pixelsPerLine, rows, inside, [=](std::size_t first, std::size_t count) {
     std::memcpy(to + first, from + first, count * sizeof *to);
   });
 }
 
-void PaintOutside(std::uint16_t* samples, int pixelsPerLine, int lines, const SRect& inside,
+void PaintOutside(std::uint16_t* samples, int pixelsPerLine, SRows rows, const SRect& inside,
                   const std::uint16_t color[3]) {
   const bool isGrey = color[0] == color[1] && color[1] == color[2];
-  forEachPartOutside(pixelsPerLine, lines, inside, [=](std::size_t first, std::size_t count) {
+  forEachPartOutside(pixelsPerLine, rows, inside, [=](std::size_t first, std::size_t count) {
     if (isGrey) {  // black nearly always is
       std::fill_n(samples + first, count, color[0]);
       return;
@@ -102,27 +113,24 @@ void PaintOutside(std::uint16_t* samples, int pixelsPerLine, int lines, const SR
   });
 }
 
-bool CPreviousFrame::Allocate(int pixelsPerLine, int lines) {
+bool CKeptFrame::Allocate(int pixelsPerLine, int lines) {
   if (samples_ && pixelsPerLine == pixelsPerLine_ && lines == lines_) return true;
   Release();
   const std::size_t bytes = sampleIndex(pixelsPerLine, 0, lines) * sizeof(std::uint16_t);
-  samples_.reset(static_cast<std::uint16_t*>(QTXmemalign(64, bytes)));
+  memory_ = std::make_unique<CBufferPool>(bytes, 0);
+  samples_ = static_cast<std::uint16_t*>(memory_->allocateBuffer());
   pixelsPerLine_ = pixelsPerLine;
   lines_ = lines;
   return samples_ != nullptr;
 }
 
-void CPreviousFrame::Release() {
-  samples_.reset();
+void CKeptFrame::Release() {
+  if (memory_) memory_->freeBuffer(samples_);
+  memory_.reset();
+  samples_ = nullptr;
   filled_ = false;
 }
 
-void CPreviousFrame::Take(const std::uint16_t* samples, const SRect& area, int firstRow,
-                          int lastRow) {
-  const std::size_t count =
-      static_cast<std::size_t>(area.right - area.left + 1) * SAMPLES_PER_PIXEL;
-  for (int y = firstRow; y <= lastRow; ++y) {
-    const std::size_t first = sampleIndex(pixelsPerLine_, area.left, y);
-    std::memcpy(samples_.get() + first, samples + first, count * sizeof *samples);
-  }
+void CKeptFrame::Take(const std::uint16_t* samples, const SRect& area, SRows rows) {
+  CopyArea(samples, samples_, pixelsPerLine_, area, rows);
 }

@@ -1,6 +1,7 @@
 #include "SliceThreads.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "support/Trace.h"
 
@@ -8,11 +9,11 @@ void StabilizerSliceThreadStart(void* argument, BThreadHandle self) {
   const auto thread = *static_cast<const CSliceThreads::SSliceThread*>(argument);
   if (BThreadBegin(self) != 0) {
     TraceAt(0, "StabilizerSliceThreadStart: BThreadBegin failed");
-    thread.owner->leave(thread.slice);
+    thread.owner->leave();
     return;
   }
   thread.owner->serve(thread.slice);
-  thread.owner->leave(thread.slice);
+  thread.owner->leave();
   if (BThreadEnd(self) != 0) TraceAt(0, "StabilizerSliceThreadStart: BThreadEnd failed");
 }
 
@@ -24,10 +25,9 @@ void CSliceThreads::Start(int slices) {
     {
       const std::lock_guard lock(mutex_);
       stop_ = false;
-      states_[static_cast<std::size_t>(slice)] = {true, false};
       ++threadsInside_;
     }
-    if (!BThreadSpawn(&StabilizerSliceThreadStart, &thread)) leave(slice);
+    if (!BThreadSpawn(&StabilizerSliceThreadStart, &thread)) leave();
   }
 }
 
@@ -41,21 +41,18 @@ void CSliceThreads::Stop() {
 
 bool CSliceThreads::Run(const SliceFunction& work) {
   failed_ = false;
-  sliceWait_.SetCount(slices_ - 1);
-  std::array<bool, MOST_SLICES> unserved{};
+  const int others = slices_ - 1;
+  sliceWait_.SetCount(others);
   {
     const std::lock_guard lock(mutex_);
     work_ = &work;
-    for (std::size_t i = 0; i + 1 < static_cast<std::size_t>(slices_); ++i) {
-      states_[i].pending = states_[i].served;
-      unserved[i] = !states_[i].served;
-    }
+    std::fill_n(pending_.begin(), others, true);
   }
   changed_.notify_all();
 
-  doSlice(work, slices_ - 1);
-  for (int slice = 0; slice < slices_ - 1; ++slice) {
-    if (!unserved[static_cast<std::size_t>(slice)]) continue;
+  doSlice(work, others);
+  for (int slice = 0; slice < others; ++slice) {
+    if (!takeUp(slice)) continue;
     doSlice(work, slice);
     sliceWait_.ReleaseOne();
   }
@@ -63,15 +60,20 @@ bool CSliceThreads::Run(const SliceFunction& work) {
   return !failed_;
 }
 
+bool CSliceThreads::takeUp(int slice) {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(pending_[static_cast<std::size_t>(slice)], false);
+}
+
 void CSliceThreads::serve(int slice) {
-  SState& state = states_[static_cast<std::size_t>(slice)];
+  bool& pending = pending_[static_cast<std::size_t>(slice)];
   for (;;) {
     const SliceFunction* work = nullptr;
     {
       std::unique_lock lock(mutex_);
-      changed_.wait(lock, [&] { return stop_ || state.pending; });
-      if (!state.pending) return;
-      state.pending = false;
+      changed_.wait(lock, [&] { return stop_ || pending; });
+      if (!pending) return;
+      pending = false;
       work = work_;
     }
     doSlice(*work, slice);
@@ -79,19 +81,7 @@ void CSliceThreads::serve(int slice) {
   }
 }
 
-/// A thread that goes before it took up its work fails the frame, but never blocks it.
-void CSliceThreads::leave(int slice) {
-  SState& state = states_[static_cast<std::size_t>(slice)];
-  bool wasPending = false;
-  {
-    const std::lock_guard lock(mutex_);
-    wasPending = state.pending;
-    state = {};
-  }
-  if (wasPending) {
-    failed_ = true;
-    sliceWait_.ReleaseOne();
-  }
+void CSliceThreads::leave() {
   const std::lock_guard lock(mutex_);
   --threadsInside_;
   changed_.notify_all();  // under the lock: nobody destroys this object before we are out of it

@@ -10,7 +10,9 @@
 
 /// The threads that render the horizontal bands of a frame. They are kept over a pass: starting
 /// eight threads for every frame would cost more than a small frame's work. The last band belongs
-/// to the thread that calls Run, so one band needs no thread at all.
+/// to the thread that calls Run, so one band needs no thread at all; and so does every band that no
+/// thread has taken up by the time that one is done: on a busy machine a woken thread may have to
+/// wait for longer than a band takes.
 /// THREAD: Start, Stop and Run from one thread.
 class CSliceThreads {
  public:
@@ -22,14 +24,14 @@ class CSliceThreads {
   CSliceThreads(const CSliceThreads&) = delete;
   CSliceThreads& operator=(const CSliceThreads&) = delete;
 
-  /// `slices` 1 to MOST_SLICES. A slice whose thread cannot be started is done by Run's caller.
+  /// `slices` 1 to MOST_SLICES. Threads that cannot be started are done without.
   void Start(int slices);
   /// Returns when no thread of this object is left in it.
   void Stop();
   int slices() const { return slices_; }
 
-  /// Calls work(0) to work(slices - 1), at the same time, and waits for all. False when one threw
-  /// or was never begun: the frame is not whole.
+  /// Calls work(0) to work(slices - 1), at the same time, and waits for all. False when one threw:
+  /// the frame is not whole.
   bool Run(const SliceFunction& work);
 
  private:
@@ -37,14 +39,10 @@ class CSliceThreads {
     CSliceThreads* owner = nullptr;
     int slice = 0;
   };
-  struct SState {
-    bool served = false;   // a thread serves this slice
-    bool pending = false;  // and has not yet taken up the current frame's work
-  };
-
   friend void StabilizerSliceThreadStart(void* argument, BThreadHandle self);
   void serve(int slice);
-  void leave(int slice);
+  void leave();
+  bool takeUp(int slice);
   void doSlice(const SliceFunction& work, int slice);
 
   int slices_ = 1;
@@ -53,7 +51,7 @@ class CSliceThreads {
 
   std::mutex mutex_;  // guards what follows
   std::condition_variable changed_;
-  std::array<SState, MOST_SLICES> states_;
+  std::array<bool, MOST_SLICES> pending_{};  // work that nobody has taken up yet
   const SliceFunction* work_ = nullptr;
   int threadsInside_ = 0;
   bool stop_ = false;

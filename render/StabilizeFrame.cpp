@@ -74,36 +74,44 @@ int CStabilizerProc::DoProcess(SIterationRecord& iteration) {
   output_ = output->samples();
   const int fill = parameters_.MissingDataFill;
   if (FillNeedsPreviousFrame(fill) && (isLastAnchorIn(frame) || !previous_.isFilled())) {
-    rememberFrame(source_);
+    keepSource();
   }
   const bool isAnchorIn = iteration.index < parameters_.GoodFramesIn && fill != MISSING_DATA_Zoom;
-  if (isAnchorIn || isAnchorOut(frame)) {
+  const bool isAnchor = isAnchorIn || isAnchorOut(frame);
+  if (isAnchor) {
     std::memcpy(output_, source_, format_->getBytesPerField());
   } else if (!StabilizeFrame(frame)) {
     return theError.getError() != 0 ? theError.getError() : FAILED_FRAME;
   }
   output->setRenderFlag(!isAnchorIn);
-  return isAnchorIn ? 0 : finishFrame(*output);
-}
-
-int CStabilizerProc::finishFrame(CToolFrameBuffer& output) {
-  if (parameters_.MissingDataFill == MISSING_DATA_Zoom && !zoomFrame(output.frameIndex())) {
-    return FAILED_FRAME;
+  if (isAnchorIn) return 0;
+  if (fill == MISSING_DATA_Zoom) {
+    if (!zoomFrame(frame, isAnchor ? source_ : warped_.samples())) return FAILED_FRAME;
+  } else if (fill == MISSING_DATA_Previous_Frame && isAnchor) {
+    keepSource();
   }
-  if (FillNeedsPreviousFrame(parameters_.MissingDataFill)) rememberFrame(output_);
-  output.changedRegions().Add(activePicture_, nullptr, pixelsPerLine_, lines_,
-                              format_->getComponentCountExcAlpha());
+  output->changedRegions().Add(activePicture_, nullptr, pixelsPerLine_, lines_,
+                               format_->getComponentCountExcAlpha());
   return 0;
 }
 
-/// Enlarges the output in place: what was filled from the previous frame is filled, so the memory
-/// of that frame may hold the picture that is enlarged.
-bool CStabilizerProc::zoomFrame(int frame) {
-  rememberFrame(output_);
-  if (!zoom_.prepare(*zoomSource_, area_)) return true;
-  const bool whole = sliceThreads_->Run([this](int slice) {
+void CStabilizerProc::keepSource() {
+  sliceThreads_->Run([this](int slice) { previous_.Take(source_, area_, rowsOfSlice(slice)); });
+  previous_.markFilled();
+}
+
+/// Enlarges `from` into the output. What was missing in it has been filled, so the memory of the
+/// previous frame takes the rows of this one as they get ready.
+bool CStabilizerProc::zoomFrame(int frame, const std::uint16_t* from) {
+  const bool zooms = zoom_.prepare(*zoomSource_, area_);
+  const bool whole = sliceThreads_->Run([=, this](int slice) {
     const SRows rows = rowsOfSlice(slice);
-    zoom_.convertRows(rows.first, rows.last, previous_.samples(), output_);
+    if (zooms) {
+      zoom_.convertRows(rows.first, rows.last, from, output_, previous_.samples());
+    } else {
+      CopyArea(from, output_, pixelsPerLine_, area_, rows);
+      CopyArea(from, previous_.samples(), pixelsPerLine_, area_, rows);
+    }
   });
   if (whole) return true;
   fail("CStabilizerProc::DoProcess", FAILED_FRAME,
@@ -111,20 +119,19 @@ bool CStabilizerProc::zoomFrame(int frame) {
   return false;
 }
 
-void CStabilizerProc::rememberFrame(const std::uint16_t* samples) {
-  sliceThreads_->Run([this, samples](int slice) {
-    const SRows rows = rowsOfSlice(slice);
-    previous_.Take(samples, area_, rows.first, rows.last);
-  });
-  previous_.markFilled();
-}
-
 /// Equal heights by whole division; the last band takes the rest.
-CStabilizerProc::SRows CStabilizerProc::rowsOfSlice(int slice) const {
+SRows CStabilizerProc::rowsOfSlice(int slice) const {
   const int slices = sliceThreads_->slices();
   const int height = (area_.bottom - area_.top) / slices;
   const int first = area_.top + slice * height;
   return {first, slice == slices - 1 ? area_.bottom : first + height - 1};
+}
+
+/// With the lines above and below the processing rectangle.
+SRows CStabilizerProc::linesOfSlice(int slice) const {
+  const SRows rows = rowsOfSlice(slice);
+  const bool isLast = slice == sliceThreads_->slices() - 1;
+  return {slice == 0 ? 0 : rows.first, isLast ? lines_ - 1 : rows.last};
 }
 
 bool CStabilizerProc::StabilizeFrame(int frame) {
@@ -133,11 +140,6 @@ bool CStabilizerProc::StabilizeFrame(int frame) {
   if (!frameMap(frame, map)) {
     report.set(theError.getError(), "StabilizeFrame failed:" + theError.getMessage());
     return false;
-  }
-  if (!parameters_.KeepOriginalMatValues && format_->getComponentCountExcAlpha() == 3) {
-    PaintOutside(output_, pixelsPerLine_, lines_, area_, black_);
-  } else {
-    CopyOutside(source_, output_, pixelsPerLine_, lines_, area_);
   }
   if (resampleInBands(map)) return true;
   report.set(FAILED_FRAME, "StabilizeFrame failed:A part of frame " + std::to_string(frame) +
@@ -159,19 +161,30 @@ bool CStabilizerProc::frameMap(int frame, SWarpMap& map) {
   return true;
 }
 
+void CStabilizerProc::renderOutside(SRows rows) {
+  if (!parameters_.KeepOriginalMatValues && format_->getComponentCountExcAlpha() == 3) {
+    PaintOutside(output_, pixelsPerLine_, rows, area_, black_);
+  } else {
+    CopyOutside(source_, output_, pixelsPerLine_, rows, area_);
+  }
+}
+
 bool CStabilizerProc::resampleInBands(const SWarpMap& map) {
   SResampleJob job;
   job.source = source_;
-  job.output = output_;
   job.pixelsPerLine = pixelsPerLine_;
   job.area = area_;
   job.map = map;
   const int fill = parameters_.MissingDataFill;
+  // What is enlarged is no output yet, and what is enlarged of it is remembered.
+  job.output = fill == MISSING_DATA_Zoom ? warped_.samples() : output_;
   if (FillNeedsPreviousFrame(fill)) job.previous = previous_.samples();
+  if (fill == MISSING_DATA_Previous_Frame) job.kept = previous_.samples();
   std::copy_n(fill == MISSING_DATA_Black ? black_ : white_, 3, job.fillColor);
 
   return sliceThreads_->Run([this, &job](int slice) {
     const SRows rows = rowsOfSlice(slice);
     resampler_->resampleRows(job, rows.first, rows.last);
+    renderOutside(linesOfSlice(slice));
   });
 }

@@ -83,6 +83,7 @@ int CStabilizerProc::BeginProcessing(SIterationRecord&) {
   shot_->setRunState(RUN_RENDERING);
   if (const int code = readGeometry(); code != 0) return code;
   previous_.Release();
+  warped_.Release();
   zoomSource_.reset();
   if (const int code = prepareFill(); code != 0) return code;
   sliceThreads_->Start(threadCount_);
@@ -115,10 +116,12 @@ int CStabilizerProc::readGeometry() {
 int CStabilizerProc::prepareFill() {
   if (!FillNeedsPreviousFrame(parameters_.MissingDataFill)) return 0;
   const std::string operation = "CStabilizerProc::BeginProcessing";
-  if (!previous_.Allocate(pixelsPerLine_, lines_)) {
+  const bool zooms = parameters_.MissingDataFill == MISSING_DATA_Zoom;
+  if (!previous_.Allocate(pixelsPerLine_, lines_) ||
+      (zooms && !warped_.Allocate(pixelsPerLine_, lines_))) {
     return fail(operation, FAILED_FRAME, "No memory for the previous frame");
   }
-  if (parameters_.MissingDataFill != MISSING_DATA_Zoom || zoomSource_) return 0;
+  if (!zooms || zoomSource_) return 0;
   const CTrackingArray& smoothed = shot_->syntheticSmoothedArray();
   zoomSource_ = ZoomSourceRectangle(area_, shot_->trackedArray().Trajectory(shot_->selectedPoint()),
                                     smoothed.Trajectory(0), smoothed.Trajectory(1));
@@ -133,6 +136,7 @@ int CStabilizerProc::prepareFill() {
 int CStabilizerProc::EndProcessing(SIterationRecord& iteration) {
   sliceThreads_->Stop();
   previous_.Release();
+  warped_.Release();
   const bool complete = iteration.index >= frameCount_;
   if (*LastResamplerKernel()) TraceAt(1, std::string("Resampled by ") + LastResamplerKernel());
   if (complete) shot_->setRendered();

@@ -69,9 +69,11 @@ TEST(MissingDataTest, CopyAndPaintTouchOnlyTheOutside) {
     std::vector<std::uint16_t> copied(source.size(), 99);
     std::vector<std::uint16_t> painted(source.size(), 99);
     std::vector<std::uint16_t> greyed(source.size(), 99);
-    CopyOutside(source.data(), copied.data(), WIDTH, LINES, inside);
-    PaintOutside(painted.data(), WIDTH, LINES, inside, mixed);
-    PaintOutside(greyed.data(), WIDTH, LINES, inside, grey);
+    for (const SRows rows : {SRows{0, 1}, SRows{2, 1}, SRows{2, 3}, SRows{4, LINES - 1}}) {
+      CopyOutside(source.data(), copied.data(), WIDTH, rows, inside);
+      PaintOutside(painted.data(), WIDTH, rows, inside, mixed);
+      PaintOutside(greyed.data(), WIDTH, rows, inside, grey);
+    }
     for (int i = 0; i < WIDTH * LINES * 3; ++i) {
       const int x = i / 3 % WIDTH;
       const int y = i / 3 / WIDTH;

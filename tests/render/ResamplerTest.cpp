@@ -188,6 +188,59 @@ TEST_P(EveryResampler, GivesTheScalarBitsWhereFractionsAreCoarse) {
   }
 }
 
+// A turn that is nearly none changes the source row where single precision rounds over it: anywhere
+// in the row, once, or never; and the frame may begin at any sample of a cache line.
+TEST_P(EveryResampler, GivesTheScalarBitsForTheSmallestTurnsAndAnyAlignment) {
+  constexpr int WIDTH = 1500;
+  constexpr int HEIGHT = 540;
+  std::mt19937 random(24);
+  const SPicture picture(WIDTH, HEIGHT, "random", 25);
+  Frame memory[2] = {Frame(picture.samples.size() + 64), Frame(picture.samples.size() + 64)};
+  for (const float turn : {1e-30F, 3e-9F, -3e-8F, 1e-7F, -2e-6F, 3e-5F, -0.0009F}) {
+    for (const float below : {0.0F, 0.0001F, -0.0001F, 0.49F}) {
+      SResampleJob job;
+      job.source = picture.samples.data();
+      job.pixelsPerLine = WIDTH;
+      job.area = {static_cast<int>(random() % 9), 500, WIDTH - 1 - static_cast<int>(random() % 9),
+                  530};
+      job.map = {{static_cast<float>(random() % 999) / 64.0F, 1, -turn}, {4 + below, turn, 1}};
+      const std::size_t begin = random() % 64;
+      for (std::size_t i = 0; i < 2; ++i) {
+        std::fill(memory[i].begin(), memory[i].end(), UNTOUCHED);
+        job.output = memory[i].data() + begin;
+        (i == 0 ? GetParam() : scalar()).resampleRows(job, job.area.top, job.area.bottom);
+      }
+      ASSERT_EQ(memory[0], memory[1]) << "turn " << turn << " shift " << job.map.wx[0] << " "
+                                      << job.map.wy[0] << " begin " << begin;
+    }
+  }
+}
+
+TEST_P(EveryResampler, KeepsTheSameRowsInTheFrameThatFillsWhatIsMissing) {
+  const SPicture picture(300, 40, "random", 26);
+  const SPicture before(300, 40, "random", 27);
+  const SWarpMap maps[] = {{{-7.4F, 1, 0}, {5.3F, 0, 1}},
+                           {{9.4F, 1, 0.002F}, {-6.3F, -0.002F, 1}},
+                           {{500, 1, 0}, {0, 0, 1}},
+                           {{0, 1.2F, 0}, {3, 0.2F, 1}}};
+  for (const SWarpMap& map : maps) {
+    SResampleJob job;
+    job.area = {10, 3, 280, 30};
+    job.map = map;
+    job.previous = before.samples.data();
+    const Frame expected = render(scalar(), job, picture);
+    Frame kept = before.samples;
+    job.previous = job.kept = kept.data();
+    EXPECT_EQ(render(GetParam(), job, picture), expected);
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+      const int x = static_cast<int>(i) / 3 % 300;
+      const int y = static_cast<int>(i) / 900;
+      const bool inside = x >= 10 && x <= 280 && y >= 3 && y <= 30;
+      ASSERT_EQ(kept[i], inside ? expected[i] : before.samples[i]) << i << " " << map.wx[0];
+    }
+  }
+}
+
 TEST_P(EveryResampler, KeepsAFlatPictureWhateverTheShift) {
   constexpr int WIDTH = 600;
   constexpr int HEIGHT = 300;

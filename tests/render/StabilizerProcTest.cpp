@@ -356,6 +356,65 @@ TEST(StabilizerProcTest, ZoomWarpsAndEnlargesTheAnchorsToo) {
   EXPECT_FALSE(isSource(pass, 3)) << "anchors at the end are enlarged as well";
 }
 
+/// The fills that look back, frame by frame and pixel by pixel, with whole frames copied about.
+std::map<int, Samples> lookingBack(CPass& pass, const SRect& area) {
+  const auto copyArea = [&](const Samples& from, Samples& to) {
+    CopyArea(from.data(), to.data(), pass.format.getPixelsPerLine(), area, {area.top, area.bottom});
+  };
+  CZoomFractional zoom(2);
+  zoom.initialize(pass.format, 2, 2, 128, 128, 128);
+  const bool zooms = pass.parameters.MissingDataFill == MISSING_DATA_Zoom;
+  std::map<int, Samples> outputs;
+  Samples previous = sourceFrame(pass.format, FIRST);
+  for (int frame = FIRST; frame < FIRST + pass.frames; ++frame) {
+    const Samples source = sourceFrame(pass.format, frame);
+    Samples& output = outputs[frame] = source;
+    mvector<long double> vx, vy;
+    EXPECT_TRUE(SolveWarp(pass.shot.syntheticSmoothed.PointsAt(frame),
+                          pass.shot.syntheticOriginal.PointsAt(frame), vx, vy));
+    SResampleJob job;
+    job.source = source.data();
+    job.output = output.data();
+    job.pixelsPerLine = pass.format.getPixelsPerLine();
+    job.area = area;
+    job.map = PrepareWarpMap(vx, vy, pass.parameters, area.bottom - area.top);
+    job.previous = previous.data();
+    const bool isAnchorOut = frame >= FIRST + pass.frames - pass.parameters.GoodFramesOut;
+    if (!isAnchorOut) AllResamplers().back().resampleRows(job, area.top, area.bottom);
+    if (zooms) zoom.convert(pass.shot.zoomSource, area, output.data(), output.data());
+    copyArea(output, previous);
+  }
+  return outputs;
+}
+
+TEST(StabilizerProcTest, FillsThatLookBackSeeWhatWasHandedOnLast) {
+  for (const int fill : {MISSING_DATA_Previous_Frame, MISSING_DATA_Zoom}) {
+    for (const bool keep : {true, false}) {
+      CPass pass(90, 60);
+      pass.parameters.MissingDataFill = fill;
+      pass.parameters.RMode = STABMODE_Smoothed;
+      pass.parameters.GoodFramesIn = 0;
+      pass.parameters.GoodFramesOut = 2;
+      pass.parameters.KeepOriginalMatValues = keep;
+      pass.parameters.UseMatting = true;
+      pass.shot.box = {5, 4, 80, 51};
+      pass.threads = 3;
+      pass.setMotion(-9.3, 6.4, 0.02);
+      pass.shot.addMovingPoint(2, FIRST, pass.frames, 20, 15, 0.4, 0);
+      pass.shot.selected = 2;
+      pass.run();
+      ASSERT_EQ(pass.outputs.size(), 10U);
+      auto expected = lookingBack(pass, pass.shot.box);
+      for (const auto& [frame, output] : pass.outputs) {
+        const bool painted = !keep && frame < FIRST + 8;
+        const std::uint16_t black[3] = {BLACK, BLACK, BLACK};
+        if (painted) PaintOutside(expected[frame].data(), 90, {0, 59}, pass.shot.box, black);
+        EXPECT_EQ(output.samples, expected[frame]) << "fill " << fill << " frame " << frame;
+      }
+    }
+  }
+}
+
 TEST(StabilizerProcTest, AFrameWithoutItsPointsFailsThePass) {
   CPass pass;
   pass.setMotion(5, -3);

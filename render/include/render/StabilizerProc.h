@@ -56,15 +56,12 @@ class CStabilizerProc final : public CToolProcessor {
   /// True: the frame is whole. False: its error is in `theError`.
   bool StabilizeFrame(int frame);
   bool frameMap(int frame, SWarpMap& map);
-  struct SRows {
-    int first;
-    int last;  // inclusive
-  };
   SRows rowsOfSlice(int slice) const;
+  SRows linesOfSlice(int slice) const;
   bool resampleInBands(const SWarpMap& map);
-  bool zoomFrame(int frame);
-  void rememberFrame(const std::uint16_t* samples);
-  int finishFrame(CToolFrameBuffer& output);
+  void renderOutside(SRows rows);
+  void keepSource();
+  bool zoomFrame(int frame, const std::uint16_t* from);
 
   // Set by the host before a run, or with the parameters.
   std::optional<CImageFormat> format_;
@@ -85,7 +82,8 @@ class CStabilizerProc final : public CToolProcessor {
   std::uint16_t black_[3] = {0, 0, 0};
   std::uint16_t white_[3] = {0, 0, 0};
   std::optional<SRectD> zoomSource_;
-  CPreviousFrame previous_;
+  CKeptFrame previous_;  ///< what uncovered pixels show
+  CKeptFrame warped_;    ///< what is to be enlarged
   std::unique_ptr<CSliceThreads> sliceThreads_;
 
   // Of the frame.

@@ -39,10 +39,11 @@ class CZoomFractional {
   /// target.bottom] are done, in any division and with the same result. False, and convertRows
   /// writes nothing, where convert would write nothing.
   bool prepare(const SRectD& source, const SRect& target);
-  /// Rows [firstRow, lastRow] of the target; those outside it are left out. `input` and `output` do
-  /// not overlap. THREAD: any, several at once for different rows.
-  void convertRows(int firstRow, int lastRow, const std::uint16_t* input,
-                   std::uint16_t* output) const;
+  /// Rows [firstRow, lastRow] of the target; those outside it are left out. `kept` is a second
+  /// frame that receives them, or null. The frames do not overlap. THREAD: any, several at once for
+  /// different rows.
+  void convertRows(int firstRow, int lastRow, const std::uint16_t* input, std::uint16_t* output,
+                   std::uint16_t* kept = nullptr) const;
 
  private:
   struct SImpl;
