@@ -32,11 +32,14 @@ struct STensorRow {
 
   std::vector<float> values[PARTS];
 
-  /// Zeros; `pad` of them and whole lanes more beyond either end.
-  void clear(int columns, int pad) {
+  /// `pad` more and whole lanes beyond either end; new values are 0.
+  void resize(int columns, int pad) {
     for (std::vector<float>& part : values) {
-      part.assign(static_cast<std::size_t>(RoundUpToLanes(columns) + 2 * pad + kLanes), 0.0F);
+      part.resize(static_cast<std::size_t>(RoundUpToLanes(columns) + 2 * pad + kLanes));
     }
+  }
+  void clear() {
+    for (std::vector<float>& part : values) std::ranges::fill(part, 0.0F);
   }
 };
 
@@ -71,7 +74,8 @@ class CSquareRows {
   /// Row `row`, the one after the last that was asked for; `pad` zeros before and behind it.
   void next(int row, int pad, STensorRow& tensors) {
     if (row * kSquare % kStripRows == 0) readStrip(row * kSquare);
-    tensors.clear(columns_, pad);
+    tensors.resize(columns_, pad);
+    tensors.clear();
     float* const xx = tensors.values[STensorRow::XX].data() + pad;
     float* const xy = tensors.values[STensorRow::XY].data() + pad;
     float* const yy = tensors.values[STensorRow::YY].data() + pad;
@@ -124,7 +128,8 @@ class CWindowRows {
   const STensorRow& next(int row) {
     const int last = std::min(row + reach_, squares_.rows() - 1);
     for (; ready_ <= last; ++ready_) sumAlong(ready_);
-    window_.clear(squares_.columns(), 0);
+    window_.resize(squares_.columns(), 0);
+    window_.clear();
     for (int y = std::max(row - reach_, 0); y <= last; ++y) {
       for (int part = 0; part < STensorRow::PARTS; ++part) {
         AddRow(line(y).values[part].data(), squares_.columns(), window_.values[part].data());
@@ -138,7 +143,7 @@ class CWindowRows {
 
   void sumAlong(int row) {
     squares_.next(row, reach_, square_);
-    line(row).clear(squares_.columns(), 0);
+    line(row).resize(squares_.columns(), 0);
     for (int part = 0; part < STensorRow::PARTS; ++part) {
       SumAlong(square_.values[part].data(), 2 * reach_ + 1, squares_.columns(),
                line(row).values[part].data());
@@ -168,12 +173,19 @@ void StrengthsOf(const STensorRow& windows, int count, int side, double noise, d
     strength[i] = 0.0;
     if (smaller < least) continue;
     strength[i] = smaller - floor;
-    const double carriers = trace * trace / power[i];
-    if (carriers >= fewest) continue;
+    if (trace * trace >= fewest * power[i]) continue;
     static_assert(kSpreadPower == 8);
-    const double spread = carriers / fewest;
+    const double spread = trace * trace / (fewest * power[i]);
     const double spread2 = spread * spread;
     strength[i] *= (spread2 * spread2) * (spread2 * spread2);
+  }
+}
+
+STAB_CLONES void LargestOf3(const double* a, const double* b, const double* c, int count,
+                            double* out) {
+  for (int i = 0; i < count; ++i) {
+    const double larger = a[i] > b[i] ? a[i] : b[i];
+    out[i] = larger > c[i] ? larger : c[i];
   }
 }
 
@@ -193,33 +205,30 @@ std::vector<SFeature> FindPeaks(const std::uint16_t* samples, const CImageFormat
   // Nothing is stronger than a peak beyond the picture's ends.
   std::vector<double> strengths[3];
   for (auto& row : strengths) row.assign(static_cast<std::size_t>(columns) + 2, 0.0);
-  const auto strengthsOf = [&](int row) { return strengths[(row + 3) % 3].data() + 1; };
+  const auto strengthsOf = [&](int row) { return strengths[(row + 3) % 3].data(); };
   const auto prepare = [&](int row) {
     if (row < rows) {
-      StrengthsOf(windows.next(row), columns, 2 * reach + 1, noise, strengthsOf(row));
+      StrengthsOf(windows.next(row), columns, 2 * reach + 1, noise, strengthsOf(row) + 1);
     } else {
-      std::fill_n(strengthsOf(row), columns, 0.0);
+      std::fill_n(strengthsOf(row), columns + 2, 0.0);
     }
   };
+  std::vector<double> down(strengths[0]);  // largest of the three rows
+  std::vector<double> largest(strengths[0]);
   std::vector<SFeature> peaks;
   prepare(0);
   for (int j = 0; j < rows; ++j) {
     prepare(j + 1);
-    const double* above = strengthsOf(j - 1);
-    const double* here = strengthsOf(j);
-    const double* below = strengthsOf(j + 1);
     const int y = region.top + j * kSquare + kSquare / 2;
     if (y - settings.margin < region.top || y + settings.margin > region.bottom) continue;
+    LargestOf3(strengthsOf(j - 1), strengthsOf(j), strengthsOf(j + 1), columns + 2, down.data());
+    LargestOf3(down.data(), down.data() + 1, down.data() + 2, columns, largest.data());
+    const double* here = strengthsOf(j) + 1;
     for (int i = 0; i < columns; ++i) {
-      const double value = here[i];
-      const bool isPeak = value > 0.0 && here[i - 1] <= value && here[i + 1] <= value &&
-                          above[i - 1] <= value && above[i] <= value && above[i + 1] <= value &&
-                          below[i - 1] <= value && below[i] <= value && below[i + 1] <= value;
+      if (here[i] < largest[static_cast<std::size_t>(i)] || here[i] <= 0.0) continue;
       const int x = region.left + i * kSquare + kSquare / 2;
-      if (!isPeak || x - settings.margin < region.left || x + settings.margin > region.right) {
-        continue;
-      }
-      peaks.push_back({static_cast<double>(x), static_cast<double>(y), value});
+      if (x - settings.margin < region.left || x + settings.margin > region.right) continue;
+      peaks.push_back({static_cast<double>(x), static_cast<double>(y), here[i]});
     }
   }
   std::sort(peaks.begin(), peaks.end(), Stronger);
