@@ -10,40 +10,16 @@ namespace {
 /// Code value 65535 is 1; R + 2 G + B stays an exact integer in a float.
 constexpr float kLumaScale = 1.0F / (4.0F * 65535.0F);
 
-/// Rows are cut into blocks of a fixed size, so that no rest is left to be done one by one: the
-/// last block overlaps the one before.
-constexpr int kLumaBlock = 32;
-
 STAB_CLONES void LumaRow(const std::uint16_t* rgb, int count, float pivot, float* out) {
-  if (count < kLumaBlock) {
-    for (int x = 0; x < count; ++x) {
-      const int sum = rgb[3 * x] + 2 * rgb[3 * x + 1] + rgb[3 * x + 2];
-      out[x] = static_cast<float>(sum) * kLumaScale - pivot;
-    }
-    return;
-  }
-  for (int start = 0; start < count; start += kLumaBlock) {
-    const int at = start + kLumaBlock <= count ? start : count - kLumaBlock;
-    const std::uint16_t* in = rgb + 3 * static_cast<std::ptrdiff_t>(at);
-    float* to = out + at;
-    for (int x = 0; x < kLumaBlock; ++x) {
-      const int sum = in[3 * x] + 2 * in[3 * x + 1] + in[3 * x + 2];
-      to[x] = static_cast<float>(sum) * kLumaScale - pivot;
-    }
+  for (int x = 0; x < count; ++x) {
+    const int sum = rgb[3 * x] + 2 * rgb[3 * x + 1] + rgb[3 * x + 2];
+    out[x] = static_cast<float>(sum) * kLumaScale - pivot;
   }
 }
 
-/// `out` overlaps none of the others.
 STAB_CLONES void BinomialOf3(const float* a, const float* b, const float* c, int count,
                              float* out) {
-  if (count < kLanes) {
-    for (int x = 0; x < count; ++x) out[x] = (a[x] + c[x]) * 0.25F + b[x] * 0.5F;
-    return;
-  }
-  for (int start = 0; start < count; start += kLanes) {
-    const int x = start + kLanes <= count ? start : count - kLanes;
-    STAB_STORE(out + x) = (STAB_LOAD(a + x) + STAB_LOAD(c + x)) * 0.25F + STAB_LOAD(b + x) * 0.5F;
-  }
+  for (int x = 0; x < count; ++x) out[x] = (a[x] + c[x]) * 0.25F + b[x] * 0.5F;
 }
 
 constexpr int kNoiseBlock = 16;
@@ -110,21 +86,18 @@ void ExtractLuma(const std::uint16_t* samples, const CImageFormat& format, const
 void SmoothBinomial(CPlane& plane, CPlane& scratch) {
   const int width = plane.width();
   const int height = plane.height();
-  scratch.resize(width, 2);
-  const auto smoothAlong = [&](int y) {
-    const float* in = scratch.row(y % 2);
+  scratch.resize(width, height);
+  for (int y = 0; y < height; ++y) {
+    BinomialOf3(plane.row(std::max(y - 1, 0)), plane.row(y), plane.row(std::min(y + 1, height - 1)),
+                width, scratch.row(y));
+  }
+  for (int y = 0; y < height; ++y) {
+    const float* in = scratch.row(y);
     float* out = plane.row(y);
     if (width > 2) BinomialOf3(in, in + 1, in + 2, width - 2, out + 1);
     out[0] = in[0] * 0.75F + in[std::min(1, width - 1)] * 0.25F;
     out[width - 1] = in[width - 1] * 0.75F + in[std::max(width - 2, 0)] * 0.25F;
-  };
-  // A row is overwritten as soon as the one below has been smoothed downwards.
-  for (int y = 0; y < height; ++y) {
-    BinomialOf3(plane.row(std::max(y - 1, 0)), plane.row(y), plane.row(std::min(y + 1, height - 1)),
-                width, scratch.row(y % 2));
-    if (y > 0) smoothAlong(y - 1);
   }
-  smoothAlong(height - 1);
 }
 
 double EstimateNoise(const std::uint16_t* samples, const CImageFormat& format,
