@@ -1,13 +1,13 @@
 #include "smoothing/MotionSmoother.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
 #include "SmoothingErrors.h"
 #include "support/ErrorReport.h"
+#include "support/Memory.h"
 #include "support/Numerics.h"
 #include "support/Trace.h"
 #include "toolkit/Application.h"
@@ -21,33 +21,49 @@ constexpr double SMOOTHEST_ALPHA = 1e-30;
 /// Lets whoever waits for a path go on before its thread winds up.
 constexpr int WIND_UP_MILLISECONDS = 10;
 
-struct SPath {
-  std::vector<double> x;
-  std::vector<double> y;
+/// Paths of the robust points, element 0 the first frame: x and y of each, one after the other.
+class CPaths {
+ public:
+  CPaths(int points, int frames)
+      : frames_(static_cast<std::size_t>(frames)), values_(2U * points * frames_) {}
+
+  std::span<double> x(int point) { return path(2 * point); }
+  std::span<double> y(int point) { return path(2 * point + 1); }
+
+ private:
+  std::span<double> path(int index) {
+    return std::span(values_).subspan(static_cast<std::size_t>(index) * frames_, frames_);
+  }
+
+  std::size_t frames_;
+  std::vector<double, CLargeAllocator<double>> values_;
 };
 
-/// The path of a robust point, element 0 the first frame; false when it has a hole.
-bool ReadPath(const CTrackingArray& array, int point, SPath& path) {
-  const int frameCount = array.EndFrame() - array.FirstFrame();
-  const CTrackingPoints trajectory = array.Trajectory(point);
-  for (const auto& [frame, position] : trajectory.Entries()) {
-    path.x.push_back(position.x);
-    path.y.push_back(position.y);
+/// False when a frame has no such point. REQUIRES: as many elements as frames.
+bool ReadPath(const CTrackingArray& array, int point, std::span<double> x, std::span<double> y) {
+  std::size_t i = 0;
+  for (const auto& [frame, points] : array.frames) {
+    const auto found = points.Entries().find(point);
+    if (found == points.Entries().end() || !found->second.IsValid()) return false;
+    x[i] = found->second.x;
+    y[i] = found->second.y;
+    ++i;
   }
-  return static_cast<int>(path.x.size()) == frameCount;
+  return true;
 }
 
 /// REQUIRES: the path is one that ReadPath took from this array.
-void WritePath(CTrackingArray& array, int point, const SPath& path) {
+void WritePath(CTrackingArray& array, int point, std::span<const double> x,
+               std::span<const double> y) {
   std::size_t i = 0;
   for (auto& [frame, points] : array.frames) {
-    points.Point(point) = CTrackPoint(path.x[i], path.y[i]);
+    points.Point(point) = CTrackPoint(x[i], y[i]);
     ++i;
   }
 }
 
 /// The path is smoothed on this thread when no other can be had.
-void SpawnSmoothing(SSmoothingJob& job, int mode, std::vector<double>& sequence) {
+void SpawnSmoothing(SSmoothingJob& job, int mode, std::span<double> sequence) {
   job.mode = mode;
   job.sequence = sequence;
   if (BThreadSpawn(StabilizerSmoothTrampoline, &job) != nullptr) return;
@@ -129,11 +145,14 @@ bool SmoothRobustPoints(IStabilizerShot& shot, SMotionArrays& motion, int goodFr
   if (std::int64_t{goodFramesIn} + goodFramesOut >= frameCount) {
     return Fail(SMOOTHING_RANGE_TOO_SHORT, SMOOTHING_RANGE_TOO_SHORT_TEXT);
   }
+  if (original.FrameCount() != frameCount) {
+    return Fail(SMOOTHING_POINT_MISSING, SMOOTHING_POINT_MISSING_TEXT);
+  }
   motion.smoothed = original;
 
-  std::array<SPath, 2> paths;
+  CPaths paths(count, frameCount);
   for (int point = 0; point < count; ++point) {
-    if (!ReadPath(original, point, paths[point])) {
+    if (!ReadPath(original, point, paths.x(point), paths.y(point))) {
       return Fail(SMOOTHING_POINT_MISSING, SMOOTHING_POINT_MISSING_TEXT);
     }
   }
@@ -146,11 +165,12 @@ bool SmoothRobustPoints(IStabilizerShot& shot, SMotionArrays& motion, int goodFr
   job.Alpha2 = alpha2;
   shot.smoothingWait().SetCount(2 * count);
   for (int point = 0; point < count; ++point) {
-    SpawnSmoothing(job, hMode, paths[point].x);
-    SpawnSmoothing(job, vMode, paths[point].y);
+    SpawnSmoothing(job, hMode, paths.x(point));
+    SpawnSmoothing(job, vMode, paths.y(point));
   }
   shot.smoothingWait().Wait();
-  for (int point = 0; point < count; ++point) WritePath(motion.smoothed, point, paths[point]);
+  for (int point = 0; point < count; ++point)
+    WritePath(motion.smoothed, point, paths.x(point), paths.y(point));
   return true;
 }
 

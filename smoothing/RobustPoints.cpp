@@ -41,10 +41,13 @@ struct SPair {
 std::vector<SPair> PairsOf(const CTrackingArray& tracked, int frame, int referenceFrame) {
   std::vector<SPair> pairs;
   if (!tracked.HasFrame(frame) || !tracked.HasFrame(referenceFrame)) return pairs;
-  const CTrackingPoints& reference = tracked.FindPoints(referenceFrame);
+  const auto& references = tracked.FindPoints(referenceFrame).Entries();
+  auto reference = references.begin();
   for (const auto& [index, point] : tracked.FindPoints(frame).Entries()) {
-    if (!point.IsValid() || !reference.IsValidPoint(index)) continue;
-    pairs.push_back({index, point, reference.Entries().at(index)});
+    while (reference != references.end() && reference->first < index) ++reference;
+    if (reference == references.end()) break;
+    if (!point.IsValid() || reference->first != index || !reference->second.IsValid()) continue;
+    pairs.push_back({index, point, reference->second});
   }
   return pairs;
 }

@@ -342,9 +342,8 @@ void CDesk::findPoints(int count) {
     return window_.showMessage(refusal);
   try {
     const CBusyCursor busy;
-    const std::unique_ptr<IClipReader> reader = openReader(info().path);
     const std::vector<SFeature> features =
-        FindPoints(*reader, options, session().trackSettings().region);
+        FindPoints(session().store(), options, session().trackSettings().region);
     if (features.empty())
       return window_.showMessage(
           "Nothing in the picture can be tracked: no texture above the noise");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Lanes.h"
 #include "PatchKernels.h"
 #include "tracker/Plane.h"
 
@@ -24,105 +25,213 @@ constexpr int kSpreadPower = 8;
 constexpr int kStripRows = 16 * kSquare;
 constexpr int kHalo = 4;
 
-/// Sums over squares: gradient products and the square of their trace.
-struct STensor {
-  float xx = 0.0F;
-  float xy = 0.0F;
-  float yy = 0.0F;
-  float power = 0.0F;
-};
+/// One row of squares or windows: sums of the gradient products and of the squared trace. The whole
+/// rows of a picture never exist at once.
+struct STensorRow {
+  enum EPart { XX, XY, YY, POWER, PARTS };
 
-struct SGrid {
-  int columns = 0;
-  int rows = 0;
-  std::vector<STensor> squares;
-  STensor& at(int x, int y) {
-    return squares[static_cast<std::size_t>(y) * static_cast<std::size_t>(columns) +
-                   static_cast<std::size_t>(x)];
-  }
-};
+  std::vector<float> values[PARTS];
 
-void GatherRow(const float* gx, const float* gy, STensor* squares, int columns) {
-  for (int i = 0; i < columns; ++i) {
-    STensor& s = squares[i];
-    for (int k = i * kSquare; k < (i + 1) * kSquare; ++k) {
-      s.xx += gx[k] * gx[k];
-      s.xy += gx[k] * gy[k];
-      s.yy += gy[k] * gy[k];
+  /// `pad` more and whole lanes beyond either end; new values are 0.
+  void resize(int columns, int pad) {
+    for (std::vector<float>& part : values) {
+      part.resize(static_cast<std::size_t>(RoundUpToLanes(columns) + 2 * pad + kLanes));
     }
   }
-}
-
-SGrid GatherTensors(const IPicture& picture, const SRect& region) {
-  SGrid grid;
-  grid.columns = (region.right - region.left + 1) / kSquare;
-  grid.rows = (region.bottom - region.top + 1) / kSquare;
-  grid.squares.resize(static_cast<std::size_t>(grid.columns) * static_cast<std::size_t>(grid.rows));
-  std::vector<std::uint16_t> memory;
-  CPlane luma;
-  CPlane scratch;
-  const int width = grid.columns * kSquare;
-  CPlane gradients;
-  gradients.resize(width, 2);
-  for (int y = 0; y < grid.rows * kSquare; y += kStripRows) {
-    const int rows = std::min(kStripRows, grid.rows * kSquare - y);
-    ExtractLuma(picture, region,
-                {region.left - kHalo, region.top + y - kHalo, region.left + width - 1 + kHalo,
-                 region.top + y + rows - 1 + kHalo},
-                0.0F, memory, luma);
-    SmoothBinomial(luma, scratch);
-    for (int j = 0; j < rows; ++j) {
-      const float* centre = luma.row(j + kHalo) + kHalo;
-      Derivative5(centre, 1, width, gradients.row(0));
-      Derivative5(centre, luma.stride(), width, gradients.row(1));
-      GatherRow(gradients.row(0), gradients.row(1), &grid.at(0, (y + j) / kSquare), grid.columns);
-    }
+  void clear() {
+    for (std::vector<float>& part : values) std::ranges::fill(part, 0.0F);
   }
-  for (STensor& s : grid.squares) s.power = (s.xx + s.yy) * (s.xx + s.yy);
-  return grid;
+};
+
+/// sums[i] += the three products from 3 i on.
+STAB_CLONES void AddProducts(const float* a, const float* b, int count, float* sums) {
+  static_assert(kSquare == 3);
+  for (int i = 0; i < count; ++i) {
+    sums[i] = ((sums[i] + a[3 * i] * b[3 * i]) + a[3 * i + 1] * b[3 * i + 1]) +
+              a[3 * i + 2] * b[3 * i + 2];
+  }
 }
 
-void Add(STensor& sum, const STensor& s, float sign) {
-  sum.xx += sign * s.xx;
-  sum.xy += sign * s.xy;
-  sum.yy += sign * s.yy;
-  sum.power += sign * s.power;
+STAB_CLONES void SquareOfSum(const float* a, const float* b, int count, float* out) {
+  for (int i = 0; i < count; ++i) out[i] = (a[i] + b[i]) * (a[i] + b[i]);
 }
 
-/// Every square becomes the sum over the window of 2 * reach + 1 squares a side around it; windows
-/// that reach beyond the grid are cut.
-void SumWindows(SGrid& grid, int reach) {
-  std::vector<STensor> line;
-  const auto slide = [&](int count, auto&& element) {
-    line.resize(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) line[static_cast<std::size_t>(i)] = element(i);
-    for (int i = 0; i < count; ++i) {
-      STensor sum;
-      for (int k = std::max(i - reach, 0); k <= std::min(i + reach, count - 1); ++k) {
-        Add(sum, line[static_cast<std::size_t>(k)], 1.0F);
+/// Tensors of squares, a row at a time from the top.
+class CSquareRows {
+ public:
+  CSquareRows(const IPicture& picture, const SRect& region)
+      : picture_(picture),
+        region_(region),
+        columns_((region.right - region.left + 1) / kSquare),
+        rows_((region.bottom - region.top + 1) / kSquare) {
+    gradients_.resize(columns_ * kSquare, 2);
+  }
+
+  int columns() const { return columns_; }
+  int rows() const { return rows_; }
+
+  /// Row `row`, the one after the last that was asked for; `pad` zeros before and behind it.
+  void next(int row, int pad, STensorRow& tensors) {
+    if (row * kSquare % kStripRows == 0) readStrip(row * kSquare);
+    tensors.resize(columns_, pad);
+    tensors.clear();
+    float* const xx = tensors.values[STensorRow::XX].data() + pad;
+    float* const xy = tensors.values[STensorRow::XY].data() + pad;
+    float* const yy = tensors.values[STensorRow::YY].data() + pad;
+    const float* const gx = gradients_.row(0);
+    const float* const gy = gradients_.row(1);
+    const int width = columns_ * kSquare;
+    for (int j = 0; j < kSquare; ++j) {
+      const float* centre = luma_.row(row * kSquare % kStripRows + j + kHalo) + kHalo;
+      Derivative5(centre, 1, width, gradients_.row(0));
+      Derivative5(centre, luma_.stride(), width, gradients_.row(1));
+      AddProducts(gx, gx, columns_, xx);
+      AddProducts(gx, gy, columns_, xy);
+      AddProducts(gy, gy, columns_, yy);
+    }
+    SquareOfSum(xx, yy, columns_, tensors.values[STensorRow::POWER].data() + pad);
+  }
+
+ private:
+  void readStrip(int y) {
+    const int rows = std::min(kStripRows, rows_ * kSquare - y);
+    ExtractLuma(picture_, region_,
+                {region_.left - kHalo, region_.top + y - kHalo,
+                 region_.left + columns_ * kSquare - 1 + kHalo, region_.top + y + rows - 1 + kHalo},
+                0.0F, memory_, luma_);
+    SmoothBinomial(luma_, scratch_);
+  }
+
+  const IPicture& picture_;
+  const SRect region_;
+  const int columns_;
+  const int rows_;
+  std::vector<std::uint16_t> memory_;
+  CPlane luma_;
+  CPlane scratch_;
+  CPlane gradients_;
+};
+
+STAB_CLONES void AddRow(const float* in, int count, float* sums) {
+  for (int i = 0; i < count; ++i) sums[i] += in[i];
+}
+
+/// Sums over windows of 2 * reach + 1 squares a side, a row at a time; windows that reach beyond
+/// the picture are cut.
+class CWindowRows {
+ public:
+  CWindowRows(CSquareRows& squares, int reach)
+      : squares_(squares), reach_(reach), lines_(static_cast<std::size_t>(2 * reach + 1)) {}
+
+  /// Row `row`, the one after the last that was asked for; valid until the next.
+  const STensorRow& next(int row) {
+    const int last = std::min(row + reach_, squares_.rows() - 1);
+    for (; ready_ <= last; ++ready_) sumAlong(ready_);
+    window_.resize(squares_.columns(), 0);
+    window_.clear();
+    for (int y = std::max(row - reach_, 0); y <= last; ++y) {
+      for (int part = 0; part < STensorRow::PARTS; ++part) {
+        AddRow(line(y).values[part].data(), squares_.columns(), window_.values[part].data());
       }
-      element(i) = sum;
+    }
+    return window_;
+  }
+
+ private:
+  STensorRow& line(int row) { return lines_[static_cast<std::size_t>(row) % lines_.size()]; }
+
+  void sumAlong(int row) {
+    squares_.next(row, reach_, square_);
+    line(row).resize(squares_.columns(), 0);
+    for (int part = 0; part < STensorRow::PARTS; ++part) {
+      SumAlong(square_.values[part].data(), 2 * reach_ + 1, squares_.columns(),
+               line(row).values[part].data());
+    }
+  }
+
+  CSquareRows& squares_;
+  const int reach_;
+  int ready_ = 0;
+  STensorRow square_;
+  STensorRow window_;
+  std::vector<STensorRow> lines_;  // the last ones, each at its row's place round the ring
+};
+
+void StrengthsOf(const STensorRow& windows, int count, int side, double noise, double* strength) {
+  const double inverseArea = 1.0 / (static_cast<double>(side) * side * kSquare * kSquare);
+  const double floor = kGradientNoiseGain * noise * noise;
+  const double least = kOverNoise * floor + kLeastStrength;
+  const double fewest = kLeastSpread * side * side;
+  const auto& [xx, xy, yy, power] = windows.values;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+    const double trace = xx[i] + yy[i];
+    const double difference = static_cast<double>(xx[i]) - yy[i];
+    const double mixed = 2.0 * static_cast<double>(xy[i]);
+    const double split = std::sqrt(difference * difference + mixed * mixed);
+    const double smaller = 0.5 * (trace - split) * inverseArea;
+    strength[i] = 0.0;
+    if (smaller < least) continue;
+    strength[i] = smaller - floor;
+    if (trace * trace >= fewest * power[i]) continue;
+    static_assert(kSpreadPower == 8);
+    const double spread = trace * trace / (fewest * power[i]);
+    const double spread2 = spread * spread;
+    strength[i] *= (spread2 * spread2) * (spread2 * spread2);
+  }
+}
+
+STAB_CLONES void LargestOf3(const double* a, const double* b, const double* c, int count,
+                            double* out) {
+  for (int i = 0; i < count; ++i) {
+    const double larger = a[i] > b[i] ? a[i] : b[i];
+    out[i] = larger > c[i] ? larger : c[i];
+  }
+}
+
+bool Stronger(const SFeature& a, const SFeature& b) {
+  if (a.strength != b.strength) return a.strength > b.strength;
+  return a.y != b.y ? a.y < b.y : a.x < b.x;
+}
+
+/// Local maxima of strength inside the margin, strongest first.
+std::vector<SFeature> FindPeaks(const IPicture& picture, const SFeatureSettings& settings,
+                                int reach, double noise) {
+  const SRect& region = settings.region;
+  CSquareRows squares(picture, region);
+  CWindowRows windows(squares, reach);
+  const int columns = squares.columns();
+  const int rows = squares.rows();
+  // Nothing is stronger than a peak beyond the picture's ends.
+  std::vector<double> strengths[3];
+  for (auto& row : strengths) row.assign(static_cast<std::size_t>(columns) + 2, 0.0);
+  const auto strengthsOf = [&](int row) { return strengths[(row + 3) % 3].data(); };
+  const auto prepare = [&](int row) {
+    if (row < rows) {
+      StrengthsOf(windows.next(row), columns, 2 * reach + 1, noise, strengthsOf(row) + 1);
+    } else {
+      std::fill_n(strengthsOf(row), columns + 2, 0.0);
     }
   };
-  for (int y = 0; y < grid.rows; ++y) {
-    slide(grid.columns, [&](int i) -> STensor& { return grid.at(i, y); });
+  std::vector<double> down(strengths[0]);  // largest of the three rows
+  std::vector<double> largest(strengths[0]);
+  std::vector<SFeature> peaks;
+  prepare(0);
+  for (int j = 0; j < rows; ++j) {
+    prepare(j + 1);
+    const int y = region.top + j * kSquare + kSquare / 2;
+    if (y - settings.margin < region.top || y + settings.margin > region.bottom) continue;
+    LargestOf3(strengthsOf(j - 1), strengthsOf(j), strengthsOf(j + 1), columns + 2, down.data());
+    LargestOf3(down.data(), down.data() + 1, down.data() + 2, columns, largest.data());
+    const double* here = strengthsOf(j) + 1;
+    for (int i = 0; i < columns; ++i) {
+      if (here[i] < largest[static_cast<std::size_t>(i)] || here[i] <= 0.0) continue;
+      const int x = region.left + i * kSquare + kSquare / 2;
+      if (x - settings.margin < region.left || x + settings.margin > region.right) continue;
+      peaks.push_back({static_cast<double>(x), static_cast<double>(y), here[i]});
+    }
   }
-  for (int x = 0; x < grid.columns; ++x) {
-    slide(grid.rows, [&](int i) -> STensor& { return grid.at(x, i); });
-  }
-}
-
-double StrengthOf(const STensor& s, int side, double noise) {
-  const double area = static_cast<double>(side) * side * kSquare * kSquare;
-  const double trace = s.xx + s.yy;
-  const double split =
-      std::hypot(static_cast<double>(s.xx) - s.yy, 2.0 * static_cast<double>(s.xy));
-  const double smaller = 0.5 * (trace - split) / area;
-  const double floor = kGradientNoiseGain * noise * noise;
-  if (smaller < kOverNoise * floor + kLeastStrength) return 0.0;
-  const double carriers = trace * trace / s.power;
-  const double spread = std::min(1.0, carriers / (kLeastSpread * side * side));
-  return (smaller - floor) * std::pow(spread, kSpreadPower);
+  std::sort(peaks.begin(), peaks.end(), Stronger);
+  return peaks;
 }
 
 struct SCells {
@@ -150,11 +259,6 @@ struct SCells {
   double left = 0.0;
   double top = 0.0;
 };
-
-bool Stronger(const SFeature& a, const SFeature& b) {
-  if (a.strength != b.strength) return a.strength > b.strength;
-  return a.y != b.y ? a.y < b.y : a.x < b.x;
-}
 
 /// Strongest first; each cell gives one a round.
 std::vector<SFeature> Spread(const std::vector<SFeature>& sorted, const SRect& region, int count,
@@ -190,42 +294,6 @@ std::vector<SFeature> Spread(const std::vector<SFeature>& sorted, const SRect& r
   return chosen;
 }
 
-/// Local maxima of strength inside the margin, strongest first.
-std::vector<SFeature> FindPeaks(SGrid& grid, const SFeatureSettings& settings, int reach,
-                                double noise) {
-  const SRect& region = settings.region;
-  std::vector<double> strength(grid.squares.size());
-  for (std::size_t i = 0; i < strength.size(); ++i) {
-    strength[i] = StrengthOf(grid.squares[i], 2 * reach + 1, noise);
-  }
-  const auto at = [&](int x, int y) {
-    return strength[static_cast<std::size_t>(y) * static_cast<std::size_t>(grid.columns) +
-                    static_cast<std::size_t>(x)];
-  };
-  std::vector<SFeature> peaks;
-  for (int j = 0; j < grid.rows; ++j) {
-    for (int i = 0; i < grid.columns; ++i) {
-      const double value = at(i, j);
-      if (value <= 0.0) continue;
-      const int x = region.left + i * kSquare + kSquare / 2;
-      const int y = region.top + j * kSquare + kSquare / 2;
-      if (x - settings.margin < region.left || x + settings.margin > region.right ||
-          y - settings.margin < region.top || y + settings.margin > region.bottom) {
-        continue;
-      }
-      bool isPeak = true;
-      for (int b = std::max(j - 1, 0); b <= std::min(j + 1, grid.rows - 1) && isPeak; ++b) {
-        for (int a = std::max(i - 1, 0); a <= std::min(i + 1, grid.columns - 1); ++a) {
-          if (at(a, b) > value) isPeak = false;
-        }
-      }
-      if (isPeak) peaks.push_back({static_cast<double>(x), static_cast<double>(y), value});
-    }
-  }
-  std::sort(peaks.begin(), peaks.end(), Stronger);
-  return peaks;
-}
-
 }  // namespace
 
 std::vector<SFeature> DetectFeatures(const std::uint16_t* samples, const CImageFormat& format,
@@ -237,9 +305,7 @@ std::vector<SFeature> DetectFeatures(const std::uint16_t* samples, const CImageF
   const CWholePicture picture(samples, format);
   const double noise = EstimateNoise(picture, region);
   const int reach = std::max(1, settings.window / kSquare);
-  SGrid grid = GatherTensors(picture, region);
-  SumWindows(grid, reach);
-  const std::vector<SFeature> peaks = FindPeaks(grid, settings, reach, noise);
+  const std::vector<SFeature> peaks = FindPeaks(picture, settings, reach, noise);
   const double distance =
       settings.minDistance > 0.0
           ? settings.minDistance

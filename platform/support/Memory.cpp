@@ -33,14 +33,6 @@ bool isPreallocPool(int pool) {
   return pool >= 0 && pool < kPreallocPools;
 }
 
-void* newFrameMemory(std::size_t bytes) {
-  if (bytes < kHugePage) return QTXmemalign(kCacheLine, bytes);
-  void* const memory = QTXmemalign(kHugePage, bytes);
-  // Best effort: without huge pages the buffer works as well, with 512 times the page faults.
-  if (memory != nullptr) (void)madvise(memory, bytes, MADV_HUGEPAGE);
-  return memory;
-}
-
 }  // namespace
 
 void* QTXmalloc(std::size_t bytes) {
@@ -57,6 +49,16 @@ void* QTXmemalign(std::size_t alignment, std::size_t bytes) {
   const int failed =
       posix_memalign(&memory, std::max(alignment, sizeof(void*)), std::max<std::size_t>(bytes, 1));
   return failed == 0 ? memory : nullptr;
+}
+
+void* QTXmallocLarge(std::size_t bytes) {
+  if (bytes < kHugePage) return QTXmemalign(kCacheLine, bytes);
+  if (bytes > static_cast<std::size_t>(-1) - kHugePage) return nullptr;
+  const std::size_t whole = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+  void* const memory = QTXmemalign(kHugePage, whole);
+  // Best effort: without huge pages the memory works as well, with 512 times the page faults.
+  if (memory != nullptr) (void)madvise(memory, whole, MADV_HUGEPAGE);
+  return memory;
 }
 
 char* QTXstrdup(const char* text) {
@@ -118,7 +120,7 @@ void* CBufferPool::allocateBuffer() {
       return buffer;
     }
   }
-  void* const buffer = newFrameMemory(bytesPerBuffer_);
+  void* const buffer = QTXmallocLarge(bytesPerBuffer_);
   if (buffer == nullptr) {
     std::lock_guard lock(mutex_);
     --inUse_;

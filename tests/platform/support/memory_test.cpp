@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <numeric>
 #include <set>
 #include <string>
 #include <thread>
@@ -106,6 +107,15 @@ TEST(CBufferPool, BuffersStartOnACacheLineAndLargeOnesOnAHugePage) {
       pool.freeBuffer(buffer);
     }
   }
+}
+
+TEST(CLargeAllocator, HoldsElementsAndThrowsWithoutMemory) {
+  std::vector<double, CLargeAllocator<double>> values(300000, 2.5);
+  EXPECT_EQ(offsetFrom(2u << 20, values.data()), 0u);
+  EXPECT_EQ(std::accumulate(values.begin(), values.end(), 0.0), 750000.0);
+  EXPECT_THROW(static_cast<void>(CLargeAllocator<double>().allocate(std::size_t{1} << 61)),
+               std::bad_alloc);
+  EXPECT_EQ(QTXmallocLarge(~std::size_t{0}), nullptr);
 }
 
 TEST(CBufferPool, NoMemoryIsNullAndCountsNothing) {

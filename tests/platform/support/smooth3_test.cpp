@@ -76,6 +76,21 @@ TEST(Smooth3, MinimisesThePenalisedSquares) {
   }
 }
 
+// Long enough for the rotations to repeat: each alone, in cycles of a few, and of dozens; the
+// anchors at the end break into the cycle.
+TEST(Smooth3, MinimisesWhereTheRotationsRepeat) {
+  const Path path = weavingPan(180);
+  for (const auto& [in, out] : {std::pair{0, 0}, {2, 3}}) {
+    for (const double alpha : {500.0, 50.0, 1.0, 0.02, 0.01, 1e-3}) {
+      const Path expected = denseSolution(path, in, out, alpha);
+      const Path actual = smoothed(path, in, out, alpha);
+      for (std::size_t i = 0; i < path.size(); ++i)
+        ASSERT_NEAR(actual[i], expected[i], 1e-9)
+            << "anchors " << in << "+" << out << ", alpha " << alpha << ", element " << i;
+    }
+  }
+}
+
 TEST(Smooth3, AnchorsKeepTheirValuesExactly) {
   const Path path = weavingPan(200);
   for (const double alpha : {1.0, 1e-4, 1e-30}) {

@@ -6,6 +6,7 @@
 #include "support/PDLElement.h"
 #include "support/Rect.h"
 #include "tracking/Entries.h"
+#include "tracking/NodePool.h"
 
 /// The tracking data of one shot: where every point lies in every frame of the marked range. Plain
 /// values on ordered maps. Frame indices are absolute clip frames; point indices name a point
@@ -123,7 +124,7 @@ class CTrackingAttributes : public std::map<int, CTrackAttribute> {
 
 class CTrackingArray {
  public:
-  using TrackingArrayType = std::map<int, CTrackingPoints>;
+  using TrackingArrayType = CPooledMap<int, CTrackingPoints>;
 
   TrackingArrayType frames;
   CTrackingAttributes attributes;

@@ -12,6 +12,10 @@ void* QTXmalloc(std::size_t bytes);
 void QTXfree(void* memory);
 /// `alignment` is a power of two. Freed with QTXfree.
 void* QTXmemalign(std::size_t alignment, std::size_t bytes);
+/// Memory for data of megabytes: a block of 2 MB and more starts on a 2 MB boundary and asks for
+/// huge pages, smaller ones start on a cache line. Fresh memory costs a page fault for each page
+/// that is touched, often more than the work that is done in it. Freed with QTXfree.
+void* QTXmallocLarge(std::size_t bytes);
 /// Heap copy of a text, freed with QTXfree; null for null.
 char* QTXstrdup(const char* text);
 
@@ -35,6 +39,27 @@ void QTXdeleteArray(T* objects) {
   delete[] objects;
 }
 
+/// QTXmallocLarge for containers.
+template <typename T>
+class CLargeAllocator {
+ public:
+  using value_type = T;
+
+  CLargeAllocator() = default;
+  template <typename TOther>
+  explicit(false) CLargeAllocator(const CLargeAllocator<TOther>&) noexcept {}
+
+  T* allocate(std::size_t count) {
+    if (count > static_cast<std::size_t>(-1) / sizeof(T)) throw std::bad_array_new_length();
+    void* const memory = QTXmallocLarge(count * sizeof(T));
+    if (memory == nullptr) throw std::bad_alloc();
+    return static_cast<T*>(memory);
+  }
+  void deallocate(T* memory, std::size_t) noexcept { QTXfree(memory); }
+
+  friend bool operator==(const CLargeAllocator&, const CLargeAllocator&) { return true; }
+};
+
 /// Numbered pools, 0 to 3, that a tool locks while it is active. They reserve no bytes here: frame
 /// samples are recycled by CBufferPool and the small holders are well served by the heap, so only
 /// the locks are kept. THREAD: any.
@@ -54,8 +79,8 @@ std::size_t MachineMemory();
 
 /// Recycling pool of equally sized, 64-byte aligned frame buffers. A buffer is taken from the
 /// system once and reused until the pool dies, the last one given back first: a fresh 50 MB buffer
-/// costs far more in page faults than the work done in it. Buffers of 2 MB and more start on a 2 MB
-/// boundary and ask for huge pages. At most `limit` buffers are handed out at a time.
+/// costs far more in page faults than the work done in it. Buffers are QTXmallocLarge's. At most
+/// `limit` buffers are handed out at a time.
 /// THREAD: any. The pool must outlive its buffers' use.
 class CBufferPool {
  public:
