@@ -77,7 +77,6 @@ class CLoopReader : public IClipReader {
     std::copy(picture.begin(), picture.end(), samples);
   }
   bool isParallel() const override { return true; }
-  bool isCheap() const override { return true; }
 
  private:
   using Samples = std::vector<std::uint16_t>;

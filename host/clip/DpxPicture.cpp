@@ -1,6 +1,7 @@
 #include "DpxPicture.h"
 
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -192,10 +193,28 @@ CDpxPicture::~CDpxPicture() {
   ::close(file_);
 }
 
+namespace {
+
+/// True when the byte is in the system's cache; systems that cannot tell say so of every byte.
+bool IsCached(int file, std::size_t at) {
+  std::uint8_t byte = 0;
+  iovec into{&byte, 1};
+  return ::preadv2(file, &into, 1, static_cast<off_t>(at), RWF_NOWAIT) >= 0 || errno != EAGAIN;
+}
+
+}  // namespace
+
 void CDpxPicture::fetch() const {
-  // Best effort: without it the picture is read when it is asked for.
-  (void)::posix_fadvise(file_, static_cast<off_t>(header_.pictureOffset()),
-                        static_cast<off_t>(PictureBytes(header_)), POSIX_FADV_WILLNEED);
+  const std::size_t begin = header_.pictureOffset(), count = PictureBytes(header_);
+  bool cached = true;
+  for (const std::size_t part : {0, 1, 2, 3, 4})
+    cached = cached && IsCached(file_, begin + (count - 1) / 4 * part);
+  if (cached) return;
+  // Read, and not announced to be needed (POSIX_FADV_WILLNEED): the system then fetches it in large
+  // pieces, several times as fast.
+  std::vector<std::uint8_t> bytes(std::min(kPartBytes, count));
+  for (std::size_t done = 0; done < count; done += bytes.size())
+    ReadAll(file_, bytes.data(), std::min(bytes.size(), count - done), begin + done, path_);
 }
 
 void CDpxPicture::read(std::uint16_t* stored) const {

@@ -26,7 +26,8 @@ class CDpxPicture {
   CDpxPicture& operator=(const CDpxPicture&) = delete;
 
   const CDpxHeader& header() const { return header_; }
-  /// Has the system fetch the picture from its disk; returns at once.
+  /// Brings the file's picture from its disk into the system's cache, where it is not there yet.
+  /// Throws as read.
   void fetch() const;
   /// Components as stored: width * height * components. REQUIRES: IsPlainDpx(header()). Throws
   /// CClipError naming the file.

@@ -41,7 +41,9 @@ class CPlainFrame : public IClipFrame {
   void readPart(const SRect& part, std::uint16_t* samples) const override {
     named([&] { picture_->readPart(part, samples); });
   }
-  void fetch() const override { picture_->fetch(); }
+  void fetch() const override {
+    named([&] { picture_->fetch(); });
+  }
   std::size_t bytes() const override { return 0; }
 
  private:

@@ -19,7 +19,8 @@ class IClipFrame {
   /// same values that `read` puts there. REQUIRES: the part lies in the frame and is not empty.
   /// Throws as `read` does.
   virtual void readPart(const SRect& part, std::uint16_t* samples) const = 0;
-  /// Has what is not in memory fetched from its disk, where that helps; returns at once.
+  /// Fetches what is not in memory from its disk, where parts of it would be slow to read. Throws
+  /// as `read` does.
   virtual void fetch() const {}
   /// Memory that the frame holds; 0: nothing but a name, opening it again costs as little.
   virtual std::size_t bytes() const = 0;
