@@ -52,6 +52,6 @@ void* CNodePool::take(std::size_t bytes) {
 }
 
 void CNodePool::giveBack(void* piece) noexcept {
-  free_ = std::construct_at(static_cast<SFree*>(piece), free_);
+  free_ = ::new (piece) SFree{free_};
   if (--taken_ == 0) release();
 }

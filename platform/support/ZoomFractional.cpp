@@ -107,7 +107,7 @@ class CFilteredLines {
 
  private:
   void filterLine(const std::uint16_t* samples, float* filtered) {
-#if defined(__x86_64__)
+#if defined(STAB_ZOOM_AVX512)
     if (!blocks_.first.empty()) {
       FilterZoomLineAvx512(samples, blocks_, filtered);
       return;
@@ -120,7 +120,7 @@ class CFilteredLines {
   const std::uint16_t* firstPixel_;
   std::ptrdiff_t frameStride_;
   const SZoomAxis& horizontal_;
-  const SZoomBlocks& blocks_;
+  [[maybe_unused]] const SZoomBlocks& blocks_;  // by machines without vectors of their size
   int taps_;
   int firstColumn_;
   int samplesRead_;

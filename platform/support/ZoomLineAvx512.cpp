@@ -1,6 +1,6 @@
-#if defined(__x86_64__)
-
 #include "ZoomLine.h"
+
+#if defined(STAB_ZOOM_AVX512)
 
 // What is above is compiled for every machine; nothing of it may be compiled anew below.
 #pragma GCC target("avx512f,avx512bw,avx512dq,avx512vl")

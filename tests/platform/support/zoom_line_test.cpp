@@ -16,7 +16,7 @@ std::vector<float> line(const std::vector<std::uint16_t>& samples, const SZoomAx
   const auto values = static_cast<std::size_t>(pixels) * ZOOM_COMPONENTS;
   std::vector<float> filtered(values + ZOOM_LINE_PADDING, -1.0F);
   if (blocks) {
-#if defined(__x86_64__)
+#if defined(STAB_ZOOM_AVX512)
     FilterZoomLineAvx512(samples.data(), *blocks, filtered.data());
 #endif
   } else {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -102,7 +103,7 @@ class CEntries {
     value_type* const entry = data() + place;
     for (value_type* moved = data() + size_; moved != entry; --moved) *moved = moved[-1];
     ++size_;
-    return std::construct_at(entry, index, TValue())->second;
+    return (::new (entry) value_type{index, TValue()})->second;
   }
   void assign(const CEntries& other) {
     size_ = 0;
