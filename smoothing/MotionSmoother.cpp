@@ -145,11 +145,11 @@ bool SmoothRobustPoints(IStabilizerShot& shot, SMotionArrays& motion, int goodFr
   if (std::int64_t{goodFramesIn} + goodFramesOut >= frameCount) {
     return Fail(SMOOTHING_RANGE_TOO_SHORT, SMOOTHING_RANGE_TOO_SHORT_TEXT);
   }
+  motion.smoothed = original;
+
   if (original.FrameCount() != frameCount) {
     return Fail(SMOOTHING_POINT_MISSING, SMOOTHING_POINT_MISSING_TEXT);
   }
-  motion.smoothed = original;
-
   CPaths paths(count, frameCount);
   for (int point = 0; point < count; ++point) {
     if (!ReadPath(original, point, paths.x(point), paths.y(point))) {

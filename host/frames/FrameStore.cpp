@@ -183,8 +183,10 @@ CFrameStore::SSlot CFrameStore::read(int frame, EFrameForm form, std::unique_ptr
     std::unique_ptr<IClipFrame> opened = std::move(kept);
     if (!opened && !reader_.isParallel()) opened = openInTurn(frame);
     if (!opened && form != EFrameForm::samples) opened = openNow(frame);
-    if (form == EFrameForm::opened) opened->fetch();
-    if (form != EFrameForm::opened) slot.frame.samples = samplesOf(frame, opened.get());
+    if (form == EFrameForm::opened && opened->givesParts())
+      opened->fetch();
+    else
+      slot.frame.samples = samplesOf(frame, opened.get());
     if (form != EFrameForm::samples) slot.frame.clipFrame = std::move(opened);
   } catch (...) {
     slot.error = std::current_exception();

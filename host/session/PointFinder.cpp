@@ -51,8 +51,17 @@ std::vector<SFeature> FindPoints(CFrameStore& store, const SStabilizeOptions& op
   std::vector<SFeature> features = DetectFeatures(first->samples(), format, settings);
   if (*options.out - in > 1 && !features.empty()) {
     std::unique_ptr<IClipFrame> second = store.openNow(in + 1);
-    const std::vector<bool> there = stillThere(features, TrackSettingsOf(options, region), format,
-                                               first->samples(), CClipPicture(*second));
+    std::unique_ptr<CToolFrameBuffer> whole;
+    if (second->givesParts())
+      second->fetch();
+    else
+      whole = store.decode(in + 1, *second);
+    const auto found = [&](const IPicture& picture) {
+      return stillThere(features, TrackSettingsOf(options, region), format, first->samples(),
+                        picture);
+    };
+    const std::vector<bool> there =
+        whole ? found(CWholePicture(whole->samples(), format)) : found(CClipPicture(*second));
     store.keep(in + 1, std::move(second));
     // Where nothing is found again the tracking pass shall say so, point by point.
     if (std::find(there.begin(), there.end(), true) != there.end()) {

@@ -70,7 +70,7 @@ class CVideoFrame : public IClipFrame {
   void read(std::uint16_t* samples) const override { convert(*picture_, samples); }
 
   void readPart(const SRect& part, std::uint16_t* samples) const override {
-    const bool cut = kind_ != nullptr && CanBeCut(*picture_, *kind_);
+    const bool cut = givesParts();
     const SStretch x =
         cut ? Widened(part.left, part.right, picture_->width) : SStretch{0, picture_->width};
     const SStretch y =
@@ -85,6 +85,8 @@ class CVideoFrame : public IClipFrame {
     for (int line = part.top; line <= part.bottom; ++line, row += pitch)
       samples = std::copy_n(row, count, samples);
   }
+
+  bool givesParts() const override { return kind_ != nullptr && CanBeCut(*picture_, *kind_); }
 
   std::size_t bytes() const override {
     std::size_t sum = 0;

@@ -47,6 +47,42 @@ TEST_P(FrameStore, OpenedFramesComeInOrderWithWhatIsWanted) {
   }
 }
 
+/// Frames whose parts cost as much as all of them.
+class CReaderOfWholes : public CScriptedReader {
+ public:
+  using CScriptedReader::CScriptedReader;
+  std::unique_ptr<IClipFrame> openFrame(int frame, CBufferPool& pool) override {
+    return std::make_unique<CWhole>(CScriptedReader::openFrame(frame, pool));
+  }
+
+ private:
+  class CWhole : public IClipFrame {
+   public:
+    explicit CWhole(std::unique_ptr<IClipFrame> frame) : frame_(std::move(frame)) {}
+    void read(std::uint16_t* samples) const override { frame_->read(samples); }
+    void readPart(const SRect& part, std::uint16_t* samples) const override {
+      frame_->readPart(part, samples);
+    }
+    bool givesParts() const override { return false; }
+    std::size_t bytes() const override { return frame_->bytes(); }
+
+   private:
+    std::unique_ptr<IClipFrame> frame_;
+  };
+};
+
+TEST(FrameStoreWholes, FramesThatGiveNoPartsComeDecoded) {
+  CReaderOfWholes reader(0, 10);
+  CFrameStore store(reader, {4, 2});
+  const std::atomic<bool> never{false};
+  store.start(0, 10, EFrameForm::opened);
+  for (int frame = 0; frame < 10; ++frame) {
+    const SOpenedFrame opened = store.waitForOpened(frame, never);
+    ASSERT_TRUE(opened.samples);
+    EXPECT_EQ(opened.samples->samples()[5], frame);
+  }
+}
+
 /// Going back costs a video everything between two key frames.
 TEST(FrameStoreOrder, AReaderThatTakesOneCallAtATimeIsAskedInOrder) {
   CScriptedReader reader(0, 200);

@@ -19,6 +19,8 @@ class IClipFrame {
   /// same values that `read` puts there. REQUIRES: the part lies in the frame and is not empty.
   /// Throws as `read` does.
   virtual void readPart(const SRect& part, std::uint16_t* samples) const = 0;
+  /// False: a part takes as long as the whole frame, so whoever wants several reads that instead.
+  virtual bool givesParts() const { return true; }
   /// Fetches what is not in memory from its disk, where parts of it would be slow to read. Throws
   /// as `read` does.
   virtual void fetch() const {}

@@ -30,7 +30,8 @@ enum class EFrameForm {
 /// A frame that can be given back for the next pass. The store must outlive it.
 struct SOpenedFrame {
   std::unique_ptr<IClipFrame> clipFrame;
-  std::unique_ptr<CToolFrameBuffer> samples;  ///< null where only parts were wanted
+  /// Null where only parts were wanted, and the frame gives parts.
+  std::unique_ptr<CToolFrameBuffer> samples;
 
   explicit operator bool() const { return clipFrame != nullptr; }
 };
