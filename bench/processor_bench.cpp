@@ -102,6 +102,9 @@ class CPass {
     parameters_.UFunction = U_Fcn_Euclidean;
     parameters_.RMode = STABMODE_Flat;
     const double corners[3][2] = {{300, 400}, {3000, 400}, {300, 1500}};
+    // What a zoom must hide: the path that the operator's point takes.
+    shot_.addMovingPoint(0, 0, FRAMES, corners[0][0], corners[0][1], 0.37, -0.29);
+    shot_.selected = 0;
     for (int frame = 0; frame < FRAMES; ++frame)
       for (int k = 0; k < 3; ++k) {
         const double x = corners[k][0];

@@ -10,7 +10,6 @@ constexpr int HIGH_BITS = 15;
 constexpr int MIDDLE_BITS_OF_TWO = 14;
 constexpr int MIDDLE_BITS_OF_THREE = 13;
 constexpr int MOST_EXACT_BITS = 35;
-constexpr int FINEST = 30;  ///< a finer fraction alone is too fine, whatever the other one is
 
 /// numerator / 2^bits, in lowest terms.
 struct SFraction {
@@ -20,10 +19,12 @@ struct SFraction {
   std::int64_t rest() const { return (std::int64_t{1} << bits) - numerator; }
 };
 
+/// A fraction of more than MOST_EXACT_BITS is cut off behind one bit more: it is too fine, whatever
+/// the other one is.
 SFraction fractionOf(float value) {
   SFraction fraction;
   float scaled = value;
-  while (scaled != std::floor(scaled) && fraction.bits <= FINEST) {
+  while (scaled != std::floor(scaled) && fraction.bits <= MOST_EXACT_BITS) {
     scaled *= 2.0F;
     ++fraction.bits;
   }

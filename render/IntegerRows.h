@@ -18,7 +18,8 @@
 //
 // A row is done from left to right in whole vectors. The last vector of a span may reach into the
 // columns behind it, which are then written again, rightly; it never reaches past the row's last
-// span.
+// span. It reads with its own span's shift, which is at most that of the spans behind it: so it
+// reads nothing that they would not read.
 
 #define STAB_INLINE inline __attribute__((always_inline))
 
@@ -211,7 +212,7 @@ struct SIntegerRows {
     run.row = job.source + SampleOffset(job, span.first + span.shift, sourceRow);
     run.stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
     run.below = run.row + run.stride;
-    run.output = job.output + SampleOffset(job, span.first, y);
+    run.output = OutputAt(job, span.first, y);
     run.count = (span.end - span.first) * 3;
     run.room = (innerEnd - span.first) * 3;
     using EForm = SCornerWeights::EForm;
@@ -238,7 +239,7 @@ struct SIntegerRows {
     }
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
     const std::uint16_t* row = job.source + SampleOffset(job, first + span.shift, sourceRow);
-    std::uint16_t* output = job.output + SampleOffset(job, first, y);
+    std::uint16_t* output = OutputAt(job, first, y);
     const int spanWeight =
         FIRST == EFirst::rows ? ofSecond(span.fraction) : pairOfFirst(span.fraction);
     const auto block = [&](int i) __attribute__((always_inline)) {

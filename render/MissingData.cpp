@@ -124,6 +124,14 @@ bool CKeptFrame::Allocate(int pixelsPerLine, int lines) {
   return samples_ != nullptr;
 }
 
+void CKeptFrame::swap(CKeptFrame& other) noexcept {
+  std::swap(memory_, other.memory_);
+  std::swap(samples_, other.samples_);
+  std::swap(pixelsPerLine_, other.pixelsPerLine_);
+  std::swap(lines_, other.lines_);
+  std::swap(filled_, other.filled_);
+}
+
 void CKeptFrame::Release() {
   if (memory_) memory_->freeBuffer(samples_);
   memory_.reset();

@@ -13,7 +13,7 @@
 struct SColumnSpan {
   int first;
   int end;
-  int shift;
+  int shift;       ///< never less than that of the span before: rounding gets coarser along a row
   float fraction;  ///< in [0, 1), of at most 23 bits
 };
 

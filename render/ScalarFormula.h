@@ -14,6 +14,10 @@ inline std::ptrdiff_t SampleOffset(const SResampleJob& job, int x, int y) {
   return (static_cast<std::ptrdiff_t>(y) * job.pixelsPerLine + x) * 3;
 }
 
+inline std::uint16_t* OutputAt(const SResampleJob& job, int x, int y) {
+  return job.output + SampleOffset(job, x, y - job.outputTop);
+}
+
 /// Truncates toward zero. A position up to one pixel before the frame's first column or row counts
 /// as inside and is extrapolated, so the value may leave the sample range; it is then held at the
 /// range's end, because a wrapped sample (a white dot in black) is never wanted.
@@ -24,10 +28,10 @@ inline std::uint16_t StoredSample(double value) {
 }
 
 inline void FillPixels(const SResampleJob& job, int x, int y, int count) {
-  const std::ptrdiff_t at = SampleOffset(job, x, y);
-  std::uint16_t* out = job.output + at;
+  std::uint16_t* out = OutputAt(job, x, y);
   if (job.previous) {
-    std::memcpy(out, job.previous + at, static_cast<std::size_t>(count) * 3 * sizeof *out);
+    const std::uint16_t* shown = job.previous + SampleOffset(job, x, y);
+    std::memcpy(out, shown, static_cast<std::size_t>(count) * 3 * sizeof *out);
     return;
   }
   for (int i = 0; i < count; ++i, out += 3) std::memcpy(out, job.fillColor, 3 * sizeof *out);
@@ -36,9 +40,9 @@ inline void FillPixels(const SResampleJob& job, int x, int y, int count) {
 /// Copies a finished output row to the frame that is to have it as well.
 inline void KeepRow(const SResampleJob& job, int y) {
   if (!job.kept) return;
-  const std::ptrdiff_t at = SampleOffset(job, job.area.left, y);
   const auto count = static_cast<std::size_t>(job.area.right + 1 - job.area.left) * 3;
-  std::memcpy(job.kept + at, job.output + at, count * sizeof *job.kept);
+  std::memcpy(job.kept + SampleOffset(job, job.area.left, y), OutputAt(job, job.area.left, y),
+              count * sizeof *job.kept);
 }
 
 /// One component of a source position inside the area. `p` is its sample at the integer position.
@@ -76,6 +80,6 @@ inline void ResamplePixel(const SResampleJob& job, int x, int y, float sourceX, 
   const int ix = static_cast<int>(wholeX);
   const int iy = static_cast<int>(wholeY);
   const std::uint16_t* p = job.source + SampleOffset(job, ix, iy);
-  std::uint16_t* out = job.output + SampleOffset(job, x, y);
+  std::uint16_t* out = OutputAt(job, x, y);
   for (int c = 0; c < 3; ++c) out[c] = StoredSample(Interpolated(job, ix, iy, sx, sy, p + c));
 }

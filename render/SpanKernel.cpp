@@ -131,7 +131,7 @@ STAB_INLINE void blendRun(const SResampleJob& job, int x, int y, int from, int c
                           SChunk& chunk) {
   const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(job.pixelsPerLine) * 3;
   const std::uint16_t* row = job.source + (static_cast<std::ptrdiff_t>(chunk.key[from]) + x) * 3;
-  std::uint16_t* out = job.output + SampleOffset(job, x, y);
+  std::uint16_t* out = OutputAt(job, x, y);
   const int components = count * 3;
   const float fx = std::bit_cast<float>(chunk.fxBits[from]);
   const float* fy = chunk.fy + from;

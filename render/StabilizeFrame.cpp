@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <sstream>
 
 #include "SliceThreads.h"
@@ -85,11 +86,8 @@ int CStabilizerProc::DoProcess(SIterationRecord& iteration) {
   }
   output->setRenderFlag(!isAnchorIn);
   if (isAnchorIn) return 0;
-  if (fill == MISSING_DATA_Zoom) {
-    if (!zoomFrame(frame, isAnchor ? source_ : warped_.samples())) return FAILED_FRAME;
-  } else if (fill == MISSING_DATA_Previous_Frame && isAnchor) {
-    keepSource();
-  }
+  if (fill == MISSING_DATA_Zoom && isAnchor && !enlargeSource(frame)) return FAILED_FRAME;
+  if (fill == MISSING_DATA_Previous_Frame && isAnchor) keepSource();
   output->changedRegions().Add(activePicture_, nullptr, pixelsPerLine_, lines_,
                                format_->getComponentCountExcAlpha());
   return 0;
@@ -100,23 +98,24 @@ void CStabilizerProc::keepSource() {
   previous_.markFilled();
 }
 
-/// Enlarges `from` into the output. What was missing in it has been filled, so the memory of the
-/// previous frame takes the rows of this one as they get ready.
-bool CStabilizerProc::zoomFrame(int frame, const std::uint16_t* from) {
-  const bool zooms = zoom_.prepare(*zoomSource_, area_);
-  const bool whole = sliceThreads_->Run([=, this](int slice) {
+bool CStabilizerProc::enlargeSource(int frame) {
+  const bool whole = enlargeInBands([this](int slice) {
     const SRows rows = rowsOfSlice(slice);
-    if (zooms) {
-      zoom_.convertRows(rows.first, rows.last, from, output_, previous_.samples());
-    } else {
-      CopyArea(from, output_, pixelsPerLine_, area_, rows);
-      CopyArea(from, previous_.samples(), pixelsPerLine_, area_, rows);
-    }
+    zoom_.convertRows(rows.first, rows.last, source_, output_, enlarged_.samples());
   });
   if (whole) return true;
   fail("CStabilizerProc::DoProcess", FAILED_FRAME,
        "A part of frame " + std::to_string(frame) + " was not enlarged");
   return false;
+}
+
+/// `work` writes the rows of a band to `enlarged_` as well: what uncovered pixels show from now on.
+/// They get a frame of their own, because other bands may still need what stood there.
+bool CStabilizerProc::enlargeInBands(const std::function<void(int slice)>& work) {
+  if (!zoom_.prepare(*zoomSource_, area_) || !sliceThreads_->Run(work)) return false;
+  enlarged_.markFilled();
+  previous_.swap(enlarged_);
+  return true;
 }
 
 /// Equal heights by whole division; the last band takes the rest.
@@ -175,16 +174,35 @@ bool CStabilizerProc::resampleInBands(const SWarpMap& map) {
   job.pixelsPerLine = pixelsPerLine_;
   job.area = area_;
   job.map = map;
+  job.output = output_;
   const int fill = parameters_.MissingDataFill;
-  // What is enlarged is no output yet, and what is enlarged of it is remembered.
-  job.output = fill == MISSING_DATA_Zoom ? warped_.samples() : output_;
   if (FillNeedsPreviousFrame(fill)) job.previous = previous_.samples();
   if (fill == MISSING_DATA_Previous_Frame) job.kept = previous_.samples();
   std::copy_n(fill == MISSING_DATA_Black ? black_ : white_, 3, job.fillColor);
 
+  if (fill == MISSING_DATA_Zoom) {
+    return enlargeInBands([this, &job](int slice) {
+      enlargeRows(job, slice);
+      renderOutside(linesOfSlice(slice));
+    });
+  }
   return sliceThreads_->Run([this, &job](int slice) {
     const SRows rows = rowsOfSlice(slice);
     resampler_->resampleRows(job, rows.first, rows.last);
     renderOutside(linesOfSlice(slice));
   });
+}
+
+/// Rows are warped a few at a time, as they are enlarged, and never leave the cache. Those at the
+/// ends of a band are warped by its neighbour too.
+void CStabilizerProc::enlargeRows(const SResampleJob& job, int slice) {
+  SResampleJob few = job;
+  few.output = warpedRows_.data() + static_cast<std::size_t>(slice) * warpedRowsOfSlice();
+  const auto warped = [this, &few](int first, int count) -> const std::uint16_t* {
+    few.outputTop = first;
+    resampler_->resampleRows(few, first, first + count - 1);
+    return few.output;
+  };
+  const SRows rows = rowsOfSlice(slice);
+  zoom_.convertRows(rows.first, rows.last, warped, output_, enlarged_.samples());
 }

@@ -83,7 +83,7 @@ int CStabilizerProc::BeginProcessing(SIterationRecord&) {
   shot_->setRunState(RUN_RENDERING);
   if (const int code = readGeometry(); code != 0) return code;
   previous_.Release();
-  warped_.Release();
+  enlarged_.Release();
   zoomSource_.reset();
   if (const int code = prepareFill(); code != 0) return code;
   sliceThreads_->Start(threadCount_);
@@ -118,9 +118,10 @@ int CStabilizerProc::prepareFill() {
   const std::string operation = "CStabilizerProc::BeginProcessing";
   const bool zooms = parameters_.MissingDataFill == MISSING_DATA_Zoom;
   if (!previous_.Allocate(pixelsPerLine_, lines_) ||
-      (zooms && !warped_.Allocate(pixelsPerLine_, lines_))) {
+      (zooms && !enlarged_.Allocate(pixelsPerLine_, lines_))) {
     return fail(operation, FAILED_FRAME, "No memory for the previous frame");
   }
+  if (zooms) warpedRows_.resize(CSliceThreads::MOST_SLICES * warpedRowsOfSlice());
   if (!zooms || zoomSource_) return 0;
   const CTrackingArray& smoothed = shot_->syntheticSmoothedArray();
   zoomSource_ = ZoomSourceRectangle(area_, shot_->trackedArray().Trajectory(shot_->selectedPoint()),
@@ -136,7 +137,8 @@ int CStabilizerProc::prepareFill() {
 int CStabilizerProc::EndProcessing(SIterationRecord& iteration) {
   sliceThreads_->Stop();
   previous_.Release();
-  warped_.Release();
+  enlarged_.Release();
+  warpedRows_ = {};
   const bool complete = iteration.index >= frameCount_;
   if (*LastResamplerKernel()) TraceAt(1, std::string("Resampled by ") + LastResamplerKernel());
   if (complete) shot_->setRendered();

@@ -188,8 +188,11 @@ CFrameStore::SSlot CFrameStore::read(int frame, EFrameForm form, std::unique_ptr
     else
       slot.frame.samples = samplesOf(frame, opened.get());
     if (form != EFrameForm::samples) slot.frame.clipFrame = std::move(opened);
-  } catch (...) {
+  } catch (const CClipError&) {
     slot.error = std::current_exception();
+  } catch (const std::exception& error) {
+    slot.error = std::make_exception_ptr(
+        CClipError(reader_.info().path + ": frame " + std::to_string(frame) + ": " + error.what()));
   }
   return slot;
 }

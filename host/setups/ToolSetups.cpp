@@ -97,7 +97,10 @@ void CToolSetups::pump() {
   setup = activeSetup();
   if (!setup || !failure_.empty()) return;
   failure_ = setup->failure();
-  if (!failure_.empty()) tool_->stopProcessing();
+  if (failure_.empty()) return;
+  // In a pass of one frame the tool waits for its end, whatever it is told.
+  if (setup->kind() != CNavSystemInterface::SETUP_RANGE) setup->post(CAutotoolCommand::STOP);
+  tool_->stopProcessing();
 }
 
 bool CToolSetups::isPaused() const {

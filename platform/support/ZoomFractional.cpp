@@ -1,54 +1,14 @@
 #include "support/ZoomFractional.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
-#include <string_view>
 #include <vector>
 
-#include "ZoomLine.h"
-#include "support/Kernels.h"
-#include "support/TargetClones.h"
+#include "ZoomKernel.h"
 
 namespace {
-
-// Across lines: one output line from `taps` filtered lines.
-constexpr int BLOCK = 16;
-using BlockValues = float __attribute__((vector_size(BLOCK * sizeof(float))));
-using BlockIntegers = int __attribute__((vector_size(BLOCK * sizeof(int))));
-using BlockSamples = std::uint16_t __attribute__((vector_size(BLOCK * sizeof(std::uint16_t))));
-
-inline __attribute__((always_inline)) void combineBlock(const float* const* lines,
-                                                        const float* weights, int taps, int x,
-                                                        std::uint16_t* out) {
-  BlockValues low;
-  std::memcpy(&low, lines[0] + x, sizeof low);
-  BlockValues high = low;
-  BlockValues sum = low * weights[0];
-  for (int t = 1; t < taps; ++t) {
-    BlockValues next;
-    std::memcpy(&next, lines[t] + x, sizeof next);
-    sum += next * weights[t];
-    low = next < low ? next : low;
-    high = next > high ? next : high;
-  }
-  const BlockValues floored = sum < low ? low : sum;
-  const BlockValues limited = floored > high ? high : floored;
-  const auto rounded = __builtin_convertvector(limited + 0.5F, BlockIntegers);
-  const auto block = __builtin_convertvector(rounded, BlockSamples);
-  std::memcpy(out, &block, sizeof block);
-}
-
-STAB_CLONES void combineLines(const float* const* lines, const float* weights, int taps, int count,
-                              std::uint16_t* out) {
-  int x = 0;
-  for (; x + BLOCK <= count; x += BLOCK) combineBlock(lines, weights, taps, x, out + x);
-  if (x == count) return;
-  std::uint16_t rest[BLOCK];
-  combineBlock(lines, weights, taps, x, rest);
-  std::copy_n(rest, count - x, out + x);
-}
 
 // A source edge that misses a pixel boundary by rounding alone must not reach the pixel beyond it,
 // which may be mat.
@@ -63,71 +23,128 @@ struct CZoomFractional::SImpl {
   SRect target;
   SRect reach;  // the samples that the filter may read
   bool isSetUp = false;
-  SZoomAxis horizontal;
+  const SZoomKernel& kernel = TheZoomKernel();
+  SZoomLineFilter horizontal;
   SZoomAxis vertical;
-  SZoomBlocks blocks;               // `horizontal` again, where it can be had in blocks
   std::vector<std::uint16_t> copy;  // the lines read, when they are overwritten meanwhile; recycled
 
   bool accepts(const SRectD& from, const SRect& to) const;
   void setUp(const SRectD& newSource, const SRect& newTarget);
   const std::uint16_t* copyOf(const std::uint16_t* frame);
-  void convertRows(int first, int last, const std::uint16_t* input, std::uint16_t* output,
+  void convertRows(int first, int last, const LinesFunction& input, std::uint16_t* output,
                    std::uint16_t* kept) const;
 };
 
 namespace {
 
-/// The source lines that one walk down the target has filtered horizontally. A target line needs at
-/// most `taps` neighbouring ones, so as many slots are enough.
+/// The source lines that one walk down the target has filtered horizontally: as many of the last
+/// ones as it has slots for.
 class CFilteredLines {
  public:
-  CFilteredLines(const std::uint16_t* frame, int pixelsPerLine, const SZoomAxis& horizontal,
-                 const SZoomBlocks& blocks, int taps, int count, int firstColumn, int lastColumn)
-      : firstPixel_(frame + static_cast<std::ptrdiff_t>(firstColumn) * ZOOM_COMPONENTS),
-        frameStride_(static_cast<std::ptrdiff_t>(pixelsPerLine) * ZOOM_COMPONENTS),
-        horizontal_(horizontal),
-        blocks_(blocks),
-        taps_(taps),
-        firstColumn_(firstColumn),
-        samplesRead_((lastColumn - firstColumn + 1) * ZOOM_COMPONENTS),
-        stride_(static_cast<std::size_t>(count) * ZOOM_COMPONENTS + ZOOM_LINE_PADDING),
-        widened_(static_cast<std::size_t>(samplesRead_) + ZOOM_LINE_PADDING),
-        filtered_(stride_ * static_cast<std::size_t>(taps)),
-        slotLine_(static_cast<std::size_t>(taps), -1) {}
+  using LinesFunction = CZoomFractional::LinesFunction;
 
-  const float* line(int y) {
-    const auto slot = static_cast<std::size_t>(y % taps_);
-    float* filtered = filtered_.data() + slot * stride_;
-    if (slotLine_[slot] == y) return filtered;
-    const std::uint16_t* samples = firstPixel_ + y * frameStride_;
-    filterLine(samples, filtered);
-    slotLine_[slot] = y;
-    return filtered;
+  /// `first`: the first line that will be asked for.
+  CFilteredLines(const LinesFunction& lines, const SZoomKernel& kernel,
+                 const SZoomLineFilter& filter, int slots, int first)
+      : lines_(lines),
+        kernel_(kernel),
+        filter_(filter),
+        slots_(slots),
+        next_(first),
+        stride_(filter.valuesPerLine + ZOOM_LINE_PADDING),
+        filtered_(stride_ * static_cast<std::size_t>(slots)) {}
+
+  void filterUpTo(int last) {
+    while (next_ <= last) {
+      const int count = std::min(CZoomFractional::MOST_LINES, last + 1 - next_);
+      std::array<float*, CZoomFractional::MOST_LINES> targets{};
+      for (int i = 0; i < count; ++i) targets[static_cast<std::size_t>(i)] = slot(next_ + i);
+      const std::uint16_t* samples = lines_(next_, count) + filter_.firstColumn * ZOOM_COMPONENTS;
+      kernel_.filterLines(samples, count, filter_, scratch_, targets.data());
+      next_ += count;
+    }
+  }
+  const float* line(int y) { return slot(y); }
+
+ private:
+  float* slot(int y) { return filtered_.data() + static_cast<std::size_t>(y % slots_) * stride_; }
+
+  const LinesFunction& lines_;
+  const SZoomKernel& kernel_;
+  const SZoomLineFilter& filter_;
+  int slots_;
+  int next_;
+  std::size_t stride_;
+  std::vector<float> filtered_;
+  std::vector<float> scratch_;
+};
+
+/// One walk down some rows of the target.
+class CZoomWalk {
+ public:
+  CZoomWalk(const SZoomKernel& kernel, const SZoomAxis& vertical, CFilteredLines& lines, int count,
+            std::ptrdiff_t stride)
+      : kernel_(kernel), vertical_(vertical), lines_(lines), count_(count), stride_(stride) {}
+
+  /// Makes the rows [first, last], counted from the target's top, into `output`, where it begins.
+  /// Returns how many it made: all of them need not be made in one go.
+  int makeRows(int first, int last, std::uint16_t* output) {
+    if (vertical_.taps != ZOOM_TAPS) {
+      makeWideRow(first, output);
+      return 1;
+    }
+    const int rows =
+        last - first + 1 >= SZoomRows::MOST && areStaggered(first) ? SZoomRows::MOST : 1;
+    makeStaggered(first, rows, output);
+    return rows;
   }
 
  private:
-  void filterLine(const std::uint16_t* samples, float* filtered) {
-#if defined(STAB_ZOOM_AVX512)
-    if (!blocks_.first.empty()) {
-      FilterZoomLineAvx512(samples, blocks_, filtered);
-      return;
-    }
-#endif
-    for (int i = 0; i < samplesRead_; ++i) widened_[i] = samples[i];
-    FilterZoomLine(widened_.data(), horizontal_, firstColumn_, filtered);
+  const int* samples(int row) const {
+    return vertical_.samples.data() + static_cast<std::ptrdiff_t>(row) * vertical_.taps;
+  }
+  const float* weights(int row) const {
+    return vertical_.weights.data() + static_cast<std::ptrdiff_t>(row) * vertical_.taps;
   }
 
-  const std::uint16_t* firstPixel_;
-  std::ptrdiff_t frameStride_;
-  const SZoomAxis& horizontal_;
-  [[maybe_unused]] const SZoomBlocks& blocks_;  // by machines without vectors of their size
-  int taps_;
-  int firstColumn_;
-  int samplesRead_;
-  std::size_t stride_;
-  std::vector<float> widened_;  // one source line
-  std::vector<float> filtered_;
-  std::vector<int> slotLine_;  // the source line in each slot, or -1
+  /// The next rows begin one line further down each.
+  bool areStaggered(int first) const {
+    for (int r = 1; r < SZoomRows::MOST; ++r)
+      for (int t = 1; t < ZOOM_TAPS; ++t)
+        if (samples(first + r)[t - 1] != samples(first + r - 1)[t]) return false;
+    return true;
+  }
+
+  void makeStaggered(int first, int count, std::uint16_t* output) {
+    SZoomRows rows;
+    rows.rows = count;
+    rows.count = count_;
+    lines_.filterUpTo(samples(first + count - 1)[ZOOM_TAPS - 1]);
+    for (int t = 0; t < ZOOM_TAPS; ++t)
+      rows.lines[static_cast<std::size_t>(t)] = lines_.line(samples(first)[t]);
+    for (int r = 0; r < count; ++r) {
+      const auto row = static_cast<std::size_t>(r);
+      rows.lines[row + ZOOM_TAPS - 1] = lines_.line(samples(first + r)[ZOOM_TAPS - 1]);
+      std::copy_n(weights(first + r), ZOOM_TAPS, rows.weights[row].begin());
+      rows.output[row] = output + r * stride_;
+    }
+    kernel_.combineRows(rows);
+  }
+
+  void makeWideRow(int row, std::uint16_t* output) {
+    const int taps = vertical_.taps;
+    lines_.filterUpTo(samples(row)[taps - 1]);
+    wide_.clear();
+    for (int t = 0; t < taps; ++t) wide_.push_back(lines_.line(samples(row)[t]));
+    CombineZoomLines(wide_.data(), weights(row), taps, count_, output);
+  }
+
+  const SZoomKernel& kernel_;
+  const SZoomAxis& vertical_;
+  CFilteredLines& lines_;
+  int count_;
+  std::ptrdiff_t stride_;
+  std::vector<const float*> wide_;
 };
 
 }  // namespace
@@ -146,14 +163,17 @@ void CZoomFractional::SImpl::setUp(const SRectD& newSource, const SRect& newTarg
   reach = {lower(source.left, target.left), lower(source.top, target.top),
            upper(source.right, target.right, pixelsPerLine),
            upper(source.bottom, target.bottom, linesPerFrame)};
-  horizontal.setUp(source.left, source.right, target.right - target.left + 1, reach.left,
-                   reach.right);
+  const int columns = target.right - target.left + 1;
+  horizontal = SZoomLineFilter();
+  horizontal.axis.setUp(source.left, source.right, columns, reach.left, reach.right);
+  horizontal.firstColumn = reach.left;
+  horizontal.lastColumn = reach.right;
+  horizontal.stride = static_cast<std::ptrdiff_t>(pixelsPerLine) * ZOOM_COMPONENTS;
+  horizontal.valuesPerLine = static_cast<std::size_t>(columns) * ZOOM_COMPONENTS;
   vertical.setUp(source.top, source.bottom, target.bottom - target.top + 1, reach.top,
                  reach.bottom);
-  blocks = SZoomBlocks();
-  const SKernel* const kernel = TheKernel();
-  if (kernel && std::string_view(kernel->name) == "avx512")
-    blocks = FindZoomBlocks(horizontal, reach.left, reach.right);
+  if (kernel.usesBlocks)
+    horizontal.blocks = FindZoomBlocks(horizontal.axis, reach.left, reach.right);
   isSetUp = true;
 }
 
@@ -187,29 +207,30 @@ const std::uint16_t* CZoomFractional::SImpl::copyOf(const std::uint16_t* frame) 
   return copy.data();
 }
 
-void CZoomFractional::SImpl::convertRows(int first, int last, const std::uint16_t* input,
+void CZoomFractional::SImpl::convertRows(int first, int last, const LinesFunction& input,
                                          std::uint16_t* output, std::uint16_t* kept) const {
-  const int count = target.right - target.left + 1;
+  first = std::max(first, target.top) - target.top;
+  last = std::min(last, target.bottom) - target.top;
+  if (last < first) return;
   const int taps = vertical.taps;
-  CFilteredLines filtered(input, pixelsPerLine, horizontal, blocks, taps, count, reach.left,
-                          reach.right);
-  std::vector<const float*> lines(static_cast<std::size_t>(taps));
-  for (int y = std::max(first, target.top); y <= std::min(last, target.bottom); ++y) {
-    const std::size_t row = static_cast<std::size_t>(y - target.top) * taps;
-    for (int t = 0; t < taps; ++t) lines[t] = filtered.line(vertical.samples[row + t]);
-    const std::size_t at =
-        (static_cast<std::size_t>(y) * pixelsPerLine + target.left) * ZOOM_COMPONENTS;
-    combineLines(lines.data(), vertical.weights.data() + row, taps, count * ZOOM_COMPONENTS,
-                 output + at);
-    if (kept) std::copy_n(output + at, count * ZOOM_COMPONENTS, kept + at);
+  const int count = static_cast<int>(horizontal.valuesPerLine);
+  CFilteredLines lines(input, kernel, horizontal, taps + SZoomRows::MOST - 1,
+                       vertical.samples[static_cast<std::size_t>(first) * taps]);
+  CZoomWalk walk(kernel, vertical, lines, count, horizontal.stride);
+  for (int row = first; row <= last;) {
+    const std::ptrdiff_t at = (target.top + row) * horizontal.stride +
+                              static_cast<std::ptrdiff_t>(target.left) * ZOOM_COMPONENTS;
+    const int made = walk.makeRows(row, last, output + at);
+    for (int r = 0; kept && r < made; ++r)
+      std::copy_n(output + at + r * horizontal.stride, count, kept + at + r * horizontal.stride);
+    row += made;
   }
 }
 
 void CZoomFractional::convert(const SRectD& source, const SRect& target, const std::uint16_t* input,
                               std::uint16_t* output) {
   if (!prepare(source, target)) return;
-  const std::uint16_t* frame = input == output ? impl_->copyOf(input) : input;
-  impl_->convertRows(target.top, target.bottom, frame, output, nullptr);
+  convertRows(target.top, target.bottom, input == output ? impl_->copyOf(input) : input, output);
 }
 
 bool CZoomFractional::prepare(const SRectD& source, const SRect& target) {
@@ -223,5 +244,12 @@ bool CZoomFractional::prepare(const SRectD& source, const SRect& target) {
 
 void CZoomFractional::convertRows(int firstRow, int lastRow, const std::uint16_t* input,
                                   std::uint16_t* output, std::uint16_t* kept) const {
-  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, input, output, kept);
+  const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(impl_->pixelsPerLine) * ZOOM_COMPONENTS;
+  const auto lines = [=](int first, int /*count*/) { return input + first * stride; };
+  convertRows(firstRow, lastRow, LinesFunction(lines), output, kept);
+}
+
+void CZoomFractional::convertRows(int firstRow, int lastRow, const LinesFunction& lines,
+                                  std::uint16_t* output, std::uint16_t* kept) const {
+  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, lines, output, kept);
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 
 namespace {
 
@@ -13,17 +12,6 @@ double cubic(double distance) {
   if (x < 1.0) return (1.5 * x - 2.5) * x * x + 1.0;
   if (x < 2.0) return ((-0.5 * x + 2.5) * x - 4.0) * x + 2.0;
   return 0.0;
-}
-
-// Three components and one more, which the next pixel overwrites: four lanes fill a vector. Written
-// with the compiler's own vectors: left to itself it spreads the lanes over scalars.
-constexpr int LANES = 4;
-using FourValues = float __attribute__((vector_size(LANES * sizeof(float))));
-
-inline FourValues fourFrom(const float* values) {
-  FourValues four;
-  std::memcpy(&four, values, sizeof four);
-  return four;
 }
 
 }  // namespace
@@ -55,47 +43,21 @@ void SZoomAxis::setUp(double from, double to, int count, int lower, int upper) {
   }
 }
 
-void FilterZoomLine(const float* source, const SZoomAxis& axis, int origin, float* target) {
-  const int count = static_cast<int>(axis.samples.size()) / axis.taps;
-  const int* sample = axis.samples.data();
-  const float* weight = axis.weights.data();
-  const int taps = axis.taps;
-  for (int i = 0; i < count; ++i) {
-    FourValues low =
-        fourFrom(source + static_cast<std::ptrdiff_t>(sample[0] - origin) * ZOOM_COMPONENTS);
-    FourValues high = low;
-    FourValues sum = low * weight[0];
-    for (int t = 1; t < taps; ++t) {
-      const FourValues next =
-          fourFrom(source + static_cast<std::ptrdiff_t>(sample[t] - origin) * ZOOM_COMPONENTS);
-      sum += next * weight[t];
-      low = next < low ? next : low;
-      high = next > high ? next : high;
-    }
-    const FourValues floored = sum < low ? low : sum;
-    const FourValues limited = floored > high ? high : floored;
-    std::memcpy(target + static_cast<std::ptrdiff_t>(i) * ZOOM_COMPONENTS, &limited,
-                sizeof limited);
-    sample += taps;
-    weight += taps;
-  }
-}
-
 SZoomBlocks FindZoomBlocks(const SZoomAxis& axis, int firstColumn, int lastColumn) {
   SZoomBlocks blocks;
   const int samplesRead = (lastColumn + 1 - firstColumn) * ZOOM_COMPONENTS;
-  if (axis.taps != SZoomBlocks::TAPS || samplesRead < SZoomBlocks::WINDOW) return blocks;
+  if (axis.taps != ZOOM_TAPS || samplesRead < SZoomBlocks::WINDOW) return blocks;
   const int pixels = static_cast<int>(axis.samples.size()) / axis.taps;
   const int count = pixels * ZOOM_COMPONENTS;
   for (int at = 0; at < count; at += SZoomBlocks::SIZE) {
     const auto tapsOf = [&](int component) {
       const int pixel = std::min(component / ZOOM_COMPONENTS, pixels - 1);  // padding: the last
-      return static_cast<std::size_t>(pixel) * SZoomBlocks::TAPS;
+      return static_cast<std::size_t>(pixel) * ZOOM_TAPS;
     };
     const int wanted = (axis.samples[tapsOf(at)] - firstColumn) * ZOOM_COMPONENTS;
     const int first = std::min(wanted, samplesRead - SZoomBlocks::WINDOW);
     blocks.first.push_back(first);
-    for (std::size_t t = 0; t < SZoomBlocks::TAPS; ++t) {
+    for (std::size_t t = 0; t < ZOOM_TAPS; ++t) {
       for (int component = at; component < at + SZoomBlocks::SIZE; ++component) {
         const std::size_t tap = tapsOf(component) + t;
         const int sample = (axis.samples[tap] - firstColumn) * ZOOM_COMPONENTS +

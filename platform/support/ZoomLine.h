@@ -1,12 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
-/// The horizontal half of CZoomFractional: one line of samples becomes one line of filtered values.
+/// The two halves of CZoomFractional's filter, as its kernels (ZoomKernel.h) are given them.
 
 constexpr int ZOOM_COMPONENTS = 3;
 constexpr int ZOOM_LINE_PADDING = 32;  ///< values behind a line that may be read and written
+constexpr int ZOOM_TAPS = 4;           ///< of a filter that enlarges
 
 /// The filter of one direction: for every target sample as many taps as the widest needs, each a
 /// source sample within the bounds and its weight.
@@ -24,7 +26,6 @@ struct SZoomAxis {
 struct SZoomBlocks {
   static constexpr int SIZE = 16;    ///< values of a block
   static constexpr int WINDOW = 32;  ///< samples that it is made of, side by side
-  static constexpr int TAPS = 4;
   std::vector<int> first;            ///< of a block's window; empty: there are no blocks
   std::vector<std::uint8_t> sample;  ///< in the window, for each block, tap and value
   std::vector<float> weight;         ///< likewise
@@ -34,12 +35,16 @@ struct SZoomBlocks {
 /// wider than they are, or the line shorter.
 SZoomBlocks FindZoomBlocks(const SZoomAxis& axis, int firstColumn, int lastColumn);
 
-/// Each value is limited to the range of the samples it was made of. `source` begins at column
-/// `origin` and is padded, and so is `target`.
-void FilterZoomLine(const float* source, const SZoomAxis& axis, int origin, float* target);
-// The compiler of the fuzzers, clang, knows no instruction set for a part of a file.
-#if defined(__x86_64__) && !defined(__clang__)
-#define STAB_ZOOM_AVX512
-/// The same bits from blocks. `source` needs no padding. REQUIRES: the instruction set is there.
-void FilterZoomLineAvx512(const std::uint16_t* source, const SZoomBlocks& blocks, float* target);
-#endif
+/// How a line of samples becomes one of filtered values.
+struct SZoomLineFilter {
+  SZoomAxis axis;
+  SZoomBlocks blocks;  ///< `axis` again; empty where no kernel asks for them
+  int firstColumn = 0;
+  int lastColumn = 0;
+  std::ptrdiff_t stride = 0;      ///< samples from one line to the next
+  std::size_t valuesPerLine = 0;  ///< that come out
+
+  std::size_t samplesRead() const {
+    return static_cast<std::size_t>(lastColumn + 1 - firstColumn) * ZOOM_COMPONENTS;
+  }
+};

@@ -111,23 +111,25 @@ TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnMemoryNorOnTheRun) {
 
 TEST_F(Command, EveryKernelWritesTheSameBytes) {
   makeSmallShot("scan.####.dpx");
-  const std::string line = "stabilize scan.####.dpx --stabilize rotation --overwrite -v -o ";
-  mustRun("STABILIZE_KERNEL=scalar " + line + "scalar.####.dpx");
-  for (const SKernel& kernel : AllKernels()) {
-    if (!kernel.usable()) continue;
-    const SRun done =
-        run(std::string("STABILIZE_KERNEL=") + kernel.name + " " + line + "k.####.dpx");
-    ASSERT_EQ(done.status, 0) << done.output;
-    EXPECT_NE(done.output.find(std::string("Resampled by ") + kernel.name), std::string::npos)
-        << done.output;
-    for (int frame = 1001; frame <= 1040; ++frame) {
-      const std::string name = "." + std::to_string(frame) + ".dpx";
-      ASSERT_TRUE(FileText(folder_.path() / ("scalar" + name)) ==
-                  FileText(folder_.path() / ("k" + name)))
-          << kernel.name << ", frame " << frame;
+  const std::string common = "stabilize scan.####.dpx --stabilize rotation --overwrite -v -o ";
+  for (const std::string fill : {" --fill white", " --fill zoom"}) {
+    mustRun("STABILIZE_KERNEL=scalar " + common + "scalar.####.dpx" + fill);
+    for (const SKernel& kernel : AllKernels()) {
+      if (!kernel.usable()) continue;
+      const SRun done =
+          run(std::string("STABILIZE_KERNEL=") + kernel.name + " " + common + "k.####.dpx" + fill);
+      ASSERT_EQ(done.status, 0) << done.output;
+      EXPECT_NE(done.output.find(std::string("Resampled by ") + kernel.name), std::string::npos)
+          << done.output;
+      for (int frame = 1001; frame <= 1040; ++frame) {
+        const std::string name = "." + std::to_string(frame) + ".dpx";
+        ASSERT_TRUE(FileText(folder_.path() / ("scalar" + name)) ==
+                    FileText(folder_.path() / ("k" + name)))
+            << kernel.name << fill << ", frame " << frame;
+      }
     }
   }
-  EXPECT_NE(run("STABILIZE_KERNEL=fastest " + line + "k.####.dpx").status, 0);
+  EXPECT_NE(run("STABILIZE_KERNEL=fastest " + common + "k.####.dpx").status, 0);
 }
 
 TEST_F(Command, TheMattedBorderIsNotTouched) {

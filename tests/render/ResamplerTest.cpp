@@ -126,6 +126,11 @@ std::vector<SWarpMap> awkwardMaps(std::mt19937& random) {
     maps.push_back({{0.3F, 1, 0}, {offset, 0, 1}});
     maps.push_back({{offset, 1, -0.003F}, {0.125F, 0.003F, 1}});
   }
+  // Row 0 alone has the finest fractions; beside whole or coarse columns they must not pass for
+  // less.
+  for (const float offset : {0.0F, 0.0625F, 1e-6F})
+    for (const float finest : {1e-16F, 1e-10F, 1e-7F, 0.001F, 0.0039F})
+      maps.push_back({{offset, 1, 0}, {finest, 0, 1}});
   for (int i = 0; i < 25; ++i) {
     std::normal_distribution<float> shift(0, 12);
     std::normal_distribution<float> turn(0, i % 2 ? 0.01F : 0.0003F);

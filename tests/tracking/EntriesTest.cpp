@@ -4,6 +4,7 @@
 
 #include <map>
 #include <random>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -69,6 +70,13 @@ TEST(PooledMap, KeepsItsNodesThroughCopiesMovesAndTheEndOfOthers) {
   Pooled moved = std::move(first);
   EXPECT_EQ(&moved[123], place) << "a move leaves entries where they are";
   EXPECT_EQ(moved, copy);
+  static_assert(std::is_nothrow_move_constructible_v<Pooled>);
+  Pooled again;
+  again = first;  // NOLINT(bugprone-use-after-move): empty into empty
+  again = copy;
+  Pooled fromMoved = std::move(again);
+  again = copy;  // NOLINT(bugprone-use-after-move)
+  EXPECT_EQ(again, fromMoved);
   first[5] = PointsOf(7);  // NOLINT(bugprone-use-after-move): it is empty and usable
   EXPECT_EQ(first.size(), 1u);
   EXPECT_NE(first.get_allocator(), moved.get_allocator()) << "maps may belong to different threads";

@@ -52,6 +52,14 @@ void GiveBack(void* loan, std::uint8_t* memory) {
 void CPictureMemory::serve(AVCodecContext& decoder) {
   decoder.opaque = this;
   decoder.get_buffer2 = getBuffer;
+#if LIBAVCODEC_VERSION_MAJOR < 60
+  // Versions that ask would else let one thread decode at a time where a decoder works on whole
+  // pictures side by side.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+  decoder.thread_safe_callbacks = 1;
+#pragma GCC diagnostic pop
+#endif
 }
 
 std::shared_ptr<CBufferPool> CPictureMemory::poolFor(std::size_t bytes) {

@@ -14,22 +14,26 @@ CVideoDecoder::CVideoDecoder(const std::string& path, int threads)
   open();
 }
 
+// What is open stays so until its successor is: a file that has gone may come back.
 void CVideoDecoder::open() {
-  codec_.reset();
-  file_ = OpenInput(path_);
+  auto file = OpenInput(path_);
   const AVCodec* decoder = nullptr;
-  stream_ = av_find_best_stream(file_.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
-  if (stream_ < 0) throw CClipError(path_ + ": holds no video that can be decoded");
-  for (unsigned i = 0; i < file_->nb_streams; ++i)
-    if (static_cast<int>(i) != stream_) file_->streams[i]->discard = AVDISCARD_ALL;
-  codec_.reset(avcodec_alloc_context3(decoder));
-  if (!codec_) throw std::bad_alloc();
-  int code = avcodec_parameters_to_context(codec_.get(), stream().codecpar);
-  codec_->thread_count = threads_;
-  codec_->pkt_timebase = stream().time_base;
-  memory_.serve(*codec_);
-  if (code >= 0) code = avcodec_open2(codec_.get(), decoder, nullptr);
+  const int found = av_find_best_stream(file.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &decoder, 0);
+  if (found < 0) throw CClipError(path_ + ": holds no video that can be decoded");
+  for (unsigned i = 0; i < file->nb_streams; ++i)
+    if (static_cast<int>(i) != found) file->streams[i]->discard = AVDISCARD_ALL;
+  decltype(codec_) codec(avcodec_alloc_context3(decoder));
+  if (!codec) throw std::bad_alloc();
+  const AVStream& video = *file->streams[found];
+  int code = avcodec_parameters_to_context(codec.get(), video.codecpar);
+  codec->thread_count = threads_;
+  codec->pkt_timebase = video.time_base;
+  memory_.serve(*codec);
+  if (code >= 0) code = avcodec_open2(codec.get(), decoder, nullptr);
   if (code < 0) ThrowVideoError(path_, "cannot be decoded: ", code);
+  codec_ = std::move(codec);
+  file_ = std::move(file);
+  stream_ = found;
   drained_ = packetWaits_ = false;
 }
 

@@ -108,7 +108,7 @@ void CVideoReader::positionFor(int frame) {
   const bool ahead = isPositioned_ && frame > currentFrame_;
   if (ahead && key <= currentFrame_ + 1) return;
   currentFrame_ = -1;
-  isPositioned_ = true;
+  isPositioned_ = false;  // until it is there: what is wrong with the file may pass
   if (key > 0 && decoder_.seekToPacket((*index_)[key].decodingTime)) {
     // Pictures shown before the key frame may lack what they are predicted from.
     currentFrame_ = key - 1;

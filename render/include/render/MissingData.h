@@ -60,6 +60,7 @@ class CKeptFrame {
   ~CKeptFrame() { Release(); }
   CKeptFrame(const CKeptFrame&) = delete;
   CKeptFrame& operator=(const CKeptFrame&) = delete;
+  void swap(CKeptFrame& other) noexcept;
 
   /// Keeps what it has when the size is the same. False when there is no memory.
   bool Allocate(int pixelsPerLine, int lines);

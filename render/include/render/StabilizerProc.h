@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ToolObj/ToolProcessor.h"
 #include "params/StabilizerParameters.h"
@@ -61,7 +64,12 @@ class CStabilizerProc final : public CToolProcessor {
   bool resampleInBands(const SWarpMap& map);
   void renderOutside(SRows rows);
   void keepSource();
-  bool zoomFrame(int frame, const std::uint16_t* from);
+  bool enlargeSource(int frame);
+  bool enlargeInBands(const std::function<void(int slice)>& work);
+  void enlargeRows(const SResampleJob& job, int slice);
+  std::size_t warpedRowsOfSlice() const {
+    return static_cast<std::size_t>(CZoomFractional::MOST_LINES) * 3 * pixelsPerLine_;
+  }
 
   // Set by the host before a run, or with the parameters.
   std::optional<CImageFormat> format_;
@@ -83,7 +91,8 @@ class CStabilizerProc final : public CToolProcessor {
   std::uint16_t white_[3] = {0, 0, 0};
   std::optional<SRectD> zoomSource_;
   CKeptFrame previous_;  ///< what uncovered pixels show
-  CKeptFrame warped_;    ///< what is to be enlarged
+  CKeptFrame enlarged_;  ///< what they will show after this frame, with the fill Zoom
+  std::vector<std::uint16_t> warpedRows_;  ///< for each band, rows that are being enlarged
   std::unique_ptr<CSliceThreads> sliceThreads_;
 
   // Of the frame.

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "hostdoubles/ScriptedClip.h"
 
 namespace {
@@ -173,12 +176,23 @@ TEST_P(FrameStore, GoesWhereItIsAsked) {
 }
 
 TEST_P(FrameStore, AWaitingTakerHearsOfItsCancellation) {
-  CScriptedReader reader(0, 10, GetParam());
-  CFrameStore store(reader, {4, 2});
-  store.start(0, 10);
-  cancelled_ = true;
-  store.wake();
-  EXPECT_FALSE(wait(store, 9));
+  for (const EFrameForm form : {EFrameForm::samples, EFrameForm::opened}) {
+    CScriptedReader reader(0, 10, GetParam());
+    CFrameStore store(reader, {4, 2});
+    cancelled_ = false;
+    // Nothing is read, so it waits, or will have to.
+    store.start(10, 10, form);
+    std::thread canceller([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      cancelled_ = true;
+      store.wake();
+    });
+    if (form == EFrameForm::samples)
+      EXPECT_FALSE(wait(store, 10));
+    else
+      EXPECT_FALSE(store.waitForOpened(10, cancelled_));
+    canceller.join();
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Readers, FrameStore, ::testing::Bool(),

@@ -159,6 +159,20 @@ TEST_F(ToolSetups, AFrameThatCannotBeReadStopsThePassAndIsNamed) {
   EXPECT_FALSE(writer_->firstSample.contains(7));
 }
 
+// Tools do not listen to stopping in passes of one frame: such a pass must end by itself.
+TEST_F(ToolSetups, APassOfOneFrameEndsWhereANeighbourCannotBeRead) {
+  for (const int kind :
+       {CNavSystemInterface::SETUP_RENDER_FRAME, CNavSystemInterface::SETUP_FRAME_3}) {
+    open(0, 20, false);
+    reader_->failingFrame = 7;
+    tool_.setups = nullptr;
+    ASSERT_EQ(setups_->activate(setups_->make(kind, CToolIOConfig(1, 1, 1))), 0);
+    run(5, 8, true);
+    pumpUntil(CAutotoolStatus::STOPPED);
+    EXPECT_NE(setups_->failure().find("frame 7"), std::string::npos);
+  }
+}
+
 TEST_F(ToolSetups, AFrameThatCannotBeWrittenStopsThePassAndEarlierOnesStay) {
   open(0, 200, false);
   writer_->failingFrame = 7;

@@ -44,7 +44,9 @@ class CNodePool {
   std::size_t expected_ = 0;
 };
 
-/// Nodes of one map from one pool.
+/// Nodes of one map from one pool, which comes with the first node: an empty map is made, moved and
+/// swapped without memory. Maps that are still without one count as having the same: nodes must not
+/// be spliced or merged from map to map.
 template <typename T>
 class CNodeAllocator {
  public:
@@ -52,7 +54,11 @@ class CNodeAllocator {
   using propagate_on_container_move_assignment = std::true_type;
   using propagate_on_container_swap = std::true_type;
 
-  CNodeAllocator() : pool_(std::make_shared<CNodePool>()) {}
+  CNodeAllocator() noexcept = default;
+  explicit CNodeAllocator(std::shared_ptr<CNodePool> pool) noexcept : pool_(std::move(pool)) {}
+  // Copied where it might be moved: what it is moved from must go on as it was.
+  CNodeAllocator(const CNodeAllocator&) noexcept = default;
+  CNodeAllocator& operator=(const CNodeAllocator&) noexcept = default;
   template <typename TOther>
   explicit(false) CNodeAllocator(const CNodeAllocator<TOther>& other) noexcept
       : pool_(other.pool()) {}
@@ -60,6 +66,7 @@ class CNodeAllocator {
 
   T* allocate(std::size_t count) {
     if (count != 1) throw std::bad_array_new_length();
+    if (!pool_) pool_ = std::make_shared<CNodePool>();
     return static_cast<T*>(pool_->take(sizeof(T)));
   }
   void deallocate(T* piece, std::size_t) noexcept { pool_->giveBack(piece); }
@@ -84,12 +91,10 @@ class CPooledMap : public std::map<TKey, TValue, std::less<TKey>,
 
   CPooledMap() = default;
   ~CPooledMap() = default;
-  CPooledMap(const CPooledMap& other) : CPooledMap() { *this = other; }
-  CPooledMap(CPooledMap&& other) noexcept : CPooledMap() { this->swap(other); }
+  CPooledMap(const CPooledMap& other) : CMap() { *this = other; }
+  CPooledMap(CPooledMap&& other) noexcept { this->swap(other); }
   CPooledMap& operator=(const CPooledMap& other) {
-    if (other.size() > this->size()) {
-      this->get_allocator().pool()->expect(other.size() - this->size());
-    }
+    if (other.size() > this->size()) poolOfOwn().expect(other.size() - this->size());
     CMap::operator=(other);
     return *this;
   }
@@ -99,5 +104,16 @@ class CPooledMap : public std::map<TKey, TValue, std::less<TKey>,
       this->swap(other);
     }
     return *this;
+  }
+
+ private:
+  using CAllocator = typename CMap::allocator_type;
+
+  CNodePool& poolOfOwn() {
+    if (!this->get_allocator().pool()) {
+      CMap made(CAllocator(std::make_shared<CNodePool>()));
+      CMap::swap(made);
+    }
+    return *this->get_allocator().pool();
   }
 };

@@ -37,7 +37,9 @@ struct SOpenedFrame {
 };
 
 /// Hands out a clip's frames in order and reads ahead of whoever takes them. Memory is bounded by
-/// `readAhead` frames, `keptBytes` and what the takers hold, whatever the length of the clip.
+/// `readAhead` frames, one more for each reading thread while reading begins anew elsewhere,
+/// `keptBytes` and what the takers hold, whatever the length of the clip. A frame of the form
+/// `both` may be there twice, as it was read and as samples.
 ///
 /// THREAD: any for every operation; one taker at a time. The reader must outlive the store, and the
 /// store must outlive the frames it handed out.
@@ -68,7 +70,8 @@ class CFrameStore {
   void wake();
 
   /// Gives an opened frame back for the next pass: it is not opened again, if there is room for it
-  /// now. Whoever takes it next has the kept one.
+  /// now. Whoever takes it next has the kept one, whatever has become of its file; until then it
+  /// takes up its room.
   void keep(int frame, std::unique_ptr<IClipFrame> opened);
 
   /// Each at once, beside whatever is being read ahead. Throws CClipError.

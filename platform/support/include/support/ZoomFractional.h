@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "support/ImageFormat.h"
@@ -44,6 +45,15 @@ class CZoomFractional {
   /// different rows.
   void convertRows(int firstRow, int lastRow, const std::uint16_t* input, std::uint16_t* output,
                    std::uint16_t* kept = nullptr) const;
+
+  static constexpr int MOST_LINES = 4;
+  /// Gives `count` whole lines of the input, 1 to MOST_LINES, from `first` on, directly one after
+  /// another. They are needed until the next call.
+  using LinesFunction = std::function<const std::uint16_t*(int first, int count)>;
+  /// The same from lines that are made while they are wanted: each that the rows are made of once,
+  /// from top to bottom. So an input that is itself calculated need not go through memory.
+  void convertRows(int firstRow, int lastRow, const LinesFunction& lines, std::uint16_t* output,
+                   std::uint16_t* kept) const;
 
  private:
   struct SImpl;
