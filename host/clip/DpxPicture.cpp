@@ -238,12 +238,22 @@ void CDpxPicture::readPart(const SRect& part, std::uint16_t* stored) const {
   const std::size_t row = RowBytes(header_);
   const std::size_t width = static_cast<std::size_t>(part.right - part.left + 1);
   const auto decode = IsSwapped(header_) ? DecodeRow<true> : DecodeRow<false>;
-  std::vector<std::uint8_t> bytes(width * pixel);
+  // Rows are read together, with what lies between: asking the system once more takes longer than
+  // having it copy a few rows. The memory is kept, since so much would be mapped anew each time.
+  thread_local std::vector<std::uint8_t> bytes;
+  const std::size_t rows = RowsOfPart(row);
   std::size_t at = header_.pictureOffset() + static_cast<std::size_t>(part.top) * row +
                    static_cast<std::size_t>(part.left) * pixel;
-  for (int y = part.top; y <= part.bottom; ++y, at += row, stored += 3 * width) {
-    ReadAll(file_, bytes.data(), bytes.size(), at, path_);
-    decode(bytes.data(), header_.bitSize(), 3 * width, stored);
+  std::size_t left = static_cast<std::size_t>(part.bottom - part.top + 1);
+  while (left > 0) {
+    const std::size_t count = std::min(rows, left);
+    const std::size_t wanted = (count - 1) * row + width * pixel;
+    if (bytes.size() < wanted) bytes.resize(wanted);
+    ReadAll(file_, bytes.data(), wanted, at, path_);
+    for (std::size_t y = 0; y < count; ++y, stored += 3 * width)
+      decode(bytes.data() + y * row, header_.bitSize(), 3 * width, stored);
+    at += count * row;
+    left -= count;
   }
 }
 

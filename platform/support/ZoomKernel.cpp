@@ -92,11 +92,15 @@ constexpr SZoomKernel kernels[] = {
 
 }  // namespace
 
+std::span<const SZoomKernel> AllZoomKernels() {
+  return kernels;
+}
+
 const SZoomKernel& TheZoomKernel() {
   const SKernel* const chosen = TheKernel();
   for (const SZoomKernel& kernel : kernels)
     if (chosen && std::string_view(chosen->name) == kernel.name) return kernel;
-  return *(std::end(kernels) - 1);
+  return AllZoomKernels().back();
 }
 
 void FilterZoomLines(const std::uint16_t* source, int lines, const SZoomLineFilter& filter,

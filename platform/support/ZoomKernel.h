@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "ZoomLine.h"
@@ -31,6 +32,9 @@ struct SZoomKernel {
   void (*combineRows)(const SZoomRows& rows);
 };
 
+/// One for each kernel of the machine's kind, best first, usable or not. The last one is for any
+/// machine.
+std::span<const SZoomKernel> AllZoomKernels();
 /// That of TheKernel, or the one for any machine.
 const SZoomKernel& TheZoomKernel();
 

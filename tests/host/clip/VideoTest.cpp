@@ -119,6 +119,23 @@ TEST(Video, AnyOrderGivesTheFramesOfTheSequentialOrder) {
   }
 }
 
+// A disk that is unplugged while someone looks at a clip: frames fail until it is back.
+TEST(Video, AFileThatGoesAwayFailsUntilItIsBack) {
+  const CTemporaryFolder folder;
+  const auto shot = SmallShot(30, 8);
+  MakeVideo(folder("a.mp4"), *shot, {});
+  const auto clip = OpenClip(folder("a.mp4"), 2);
+  const std::vector<Samples> frames = ReadAll(*clip);
+  std::filesystem::rename(folder("a.mp4"), folder("away.mp4"));
+  Samples samples(clip->info().format.getBytesPerField() / 2);
+  for (const int frame : {0, 1, 0, 5}) {  // going back opens the file anew
+    const std::string error = ErrorOf([&] { clip->readFrame(frame, samples.data()); });
+    if (frame == 0) ExpectMentions(error, {"frame 0", "a.mp4"});
+  }
+  std::filesystem::rename(folder("away.mp4"), folder("a.mp4"));
+  for (const int frame : {5, 0, 29}) EXPECT_TRUE(ReadFrame(*clip, frame) == frames[frame]) << frame;
+}
+
 TEST(Video, FramesOfUnequalLengthAreFramesInTheirOrderAndKeepTheirTimes) {
   const CTemporaryFolder folder;
   const auto shot = SmallShot(8, 8);

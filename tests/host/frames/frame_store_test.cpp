@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <thread>
 
 #include "hostdoubles/ScriptedClip.h"
@@ -175,23 +176,37 @@ TEST_P(FrameStore, GoesWhereItIsAsked) {
   for (int frame : {0, 1, 50, 51, 2, 99, 0}) EXPECT_EQ(wait(store, frame)->samples()[0], frame);
 }
 
+/// Nothing comes of it until it is let.
+class CHeldReader : public CScriptedReader {
+ public:
+  using CScriptedReader::CScriptedReader;
+  void readFrame(int frame, std::uint16_t* samples) override {
+    gate_.wait();
+    CScriptedReader::readFrame(frame, samples);
+  }
+  void let() { opener_.set_value(); }
+
+ private:
+  std::promise<void> opener_;
+  std::shared_future<void> gate_ = opener_.get_future().share();
+};
+
 TEST_P(FrameStore, AWaitingTakerHearsOfItsCancellation) {
   for (const EFrameForm form : {EFrameForm::samples, EFrameForm::opened}) {
-    CScriptedReader reader(0, 10, GetParam());
+    CHeldReader reader(0, 10, GetParam());
     CFrameStore store(reader, {4, 2});
     cancelled_ = false;
-    // Nothing is read, so it waits, or will have to.
-    store.start(10, 10, form);
-    std::thread canceller([&] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-      cancelled_ = true;
-      store.wake();
+    store.start(0, 10, form);
+    auto taken = std::async(std::launch::async, [&] {
+      return form == EFrameForm::samples ? wait(store, 0) != nullptr
+                                         : bool(store.waitForOpened(0, cancelled_));
     });
-    if (form == EFrameForm::samples)
-      EXPECT_FALSE(wait(store, 10));
-    else
-      EXPECT_FALSE(store.waitForOpened(10, cancelled_));
-    canceller.join();
+    // It shall be asleep by then; where it is not yet, less is tested and nothing fails.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    cancelled_ = true;
+    store.wake();
+    EXPECT_FALSE(taken.get());
+    reader.let();
   }
 }
 
