@@ -66,6 +66,7 @@ class CTexture {
 constexpr int kWidth = 1280;
 constexpr int kHeight = 720;
 constexpr double kNoise = 0.01;
+constexpr int kFrames = 8;  ///< of a round: a tracker runs frame after frame
 
 struct SFrame {
   std::vector<std::uint16_t> samples;
@@ -102,9 +103,6 @@ double ThreadMicroseconds() {
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
   return 1e6 * static_cast<double>(now.tv_sec) + 1e-3 * static_cast<double>(now.tv_nsec);
 }
-double Microseconds(double since) {
-  return ThreadMicroseconds() - since;
-}
 
 double Median(std::vector<double> v) {
   std::nth_element(v.begin(), v.begin() + static_cast<std::ptrdiff_t>(v.size() / 2), v.end());
@@ -117,6 +115,13 @@ struct SResult {
   int count = 0;
   int lost = 0;
 
+  /// A frame, of `points` points.
+  template <class Work>
+  void time(std::size_t points, Work work) {
+    const double start = ThreadMicroseconds();
+    work();
+    micros.push_back((ThreadMicroseconds() - start) / static_cast<double>(points));
+  }
   void add(double ex, double ey) {
     if (std::hypot(ex, ey) > 1.0) {
       ++lost;
@@ -152,23 +157,25 @@ SPoint2 Parabola(const cv::Mat& scores, const cv::Point& peak) {
 
 void RunMatch(const SFrame& a, const SFrame& b, const std::map<int, SPoint2>& points, int half,
               int search, double dx, double dy, SResult& result) {
-  const auto start = ThreadMicroseconds();
   std::vector<SPoint2> found;
   cv::Mat scores;
-  for (const auto& [index, p] : points) {
-    const int x = static_cast<int>(p.x);
-    const int y = static_cast<int>(p.y);
-    const int side = 2 * half + 1;
-    const cv::Mat patch = a.luma(cv::Rect(x - half, y - half, side, side));
-    const cv::Mat area = b.luma(
-        cv::Rect(x - half - search, y - half - search, side + 2 * search, side + 2 * search));
-    cv::matchTemplate(area, patch, scores, cv::TM_CCOEFF_NORMED);
-    cv::Point peak;
-    cv::minMaxLoc(scores, nullptr, nullptr, nullptr, &peak);
-    const SPoint2 best = Parabola(scores, peak);
-    found.push_back({best.x - search, best.y - search});
-  }
-  result.micros.push_back(Microseconds(start) / static_cast<double>(points.size()));
+  const auto run = [&] {
+    found.clear();
+    for (const auto& [index, p] : points) {
+      const int x = static_cast<int>(p.x);
+      const int y = static_cast<int>(p.y);
+      const int side = 2 * half + 1;
+      const cv::Mat patch = a.luma(cv::Rect(x - half, y - half, side, side));
+      const cv::Mat area = b.luma(
+          cv::Rect(x - half - search, y - half - search, side + 2 * search, side + 2 * search));
+      cv::matchTemplate(area, patch, scores, cv::TM_CCOEFF_NORMED);
+      cv::Point peak;
+      cv::minMaxLoc(scores, nullptr, nullptr, nullptr, &peak);
+      const SPoint2 best = Parabola(scores, peak);
+      found.push_back({best.x - search, best.y - search});
+    }
+  };
+  for (int frame = 0; frame < kFrames; ++frame) result.time(points.size(), run);
   for (const SPoint2& move : found) result.add(move.x - dx, move.y - dy);
 }
 
@@ -180,13 +187,14 @@ void RunFlow(const SFrame& a, const SFrame& b, const std::map<int, SPoint2>& poi
   }
   int levels = 0;
   while ((half << levels) < search) ++levels;
-  const auto start = ThreadMicroseconds();
   std::vector<cv::Point2f> to;
   std::vector<std::uint8_t> status;
   std::vector<float> error;
-  cv::calcOpticalFlowPyrLK(a.bytes, b.bytes, from, to, status, error,
-                           cv::Size(2 * half + 1, 2 * half + 1), levels);
-  result.micros.push_back(Microseconds(start) / static_cast<double>(points.size()));
+  for (int frame = 0; frame < kFrames; ++frame)
+    result.time(points.size(), [&] {
+      cv::calcOpticalFlowPyrLK(a.bytes, b.bytes, from, to, status, error,
+                               cv::Size(2 * half + 1, 2 * half + 1), levels);
+    });
   for (std::size_t i = 0; i < to.size(); ++i) {
     result.add(to[i].x - from[i].x - dx, to[i].y - from[i].y - dy);
   }
@@ -201,9 +209,12 @@ void RunOurs(const SFrame& a, const SFrame& b, const std::map<int, SPoint2>& poi
   CShotTracker tracker(CImageFormat(kWidth, kHeight), settings, points);
   tracker.begin(a.samples.data());
   tracker.follow(a.samples.data());  // buffers are made once per shot
-  const auto start = ThreadMicroseconds();
-  const std::map<int, STrackedPoint> found = tracker.follow(b.samples.data());
-  result.micros.push_back(Microseconds(start) / static_cast<double>(points.size()));
+  std::map<int, STrackedPoint> found;
+  result.time(points.size(), [&] { found = tracker.follow(b.samples.data()); });
+  // On through the shot, to and fro: the other methods have no memory, so the same frame does for
+  // them.
+  for (int frame = 1; frame < kFrames; ++frame)
+    result.time(points.size(), [&] { tracker.follow((frame % 2 ? a : b).samples.data()); });
   for (const auto& [index, point] : found) {
     const SPoint2& from = points.at(index);
     result.add(point.position.x - from.x - dx, point.position.y - from.y - dy);
@@ -258,9 +269,9 @@ void Detect() {
   std::vector<double> times;
   std::size_t found = 0;
   for (int i = 0; i < 5; ++i) {
-    const auto start = ThreadMicroseconds();
+    const double start = ThreadMicroseconds();
     found = DetectFeatures(samples.data(), CImageFormat(kWide, kHigh), settings).size();
-    times.push_back(Microseconds(start) / 1000.0);
+    times.push_back((ThreadMicroseconds() - start) / 1000.0);
   }
   std::printf("DetectFeatures 4096 x 2160: %.0f ms, %zu features\n", Median(times), found);
 }

@@ -86,16 +86,16 @@ class CZoomWalk {
             std::ptrdiff_t stride)
       : kernel_(kernel), vertical_(vertical), lines_(lines), count_(count), stride_(stride) {}
 
-  /// Makes the rows [first, last], counted from the target's top, into `output`, where it begins.
-  /// Returns how many it made: all of them need not be made in one go.
-  int makeRows(int first, int last, std::uint16_t* output) {
+  /// Makes the first ones of the rows [first, last], counted from the target's top, and returns how
+  /// many. `output`, and `kept` if there is one: where row `first` begins.
+  int makeRows(int first, int last, std::uint16_t* output, std::uint16_t* kept) {
     if (vertical_.taps != ZOOM_TAPS) {
-      makeWideRow(first, output);
+      makeWideRow(first, output, kept);
       return 1;
     }
     const int rows =
         last - first + 1 >= SZoomRows::MOST && areStaggered(first) ? SZoomRows::MOST : 1;
-    makeStaggered(first, rows, output);
+    makeStaggered(first, rows, output, kept);
     return rows;
   }
 
@@ -115,7 +115,7 @@ class CZoomWalk {
     return true;
   }
 
-  void makeStaggered(int first, int count, std::uint16_t* output) {
+  void makeStaggered(int first, int count, std::uint16_t* output, std::uint16_t* kept) {
     SZoomRows rows;
     rows.rows = count;
     rows.count = count_;
@@ -127,16 +127,18 @@ class CZoomWalk {
       rows.lines[row + ZOOM_TAPS - 1] = lines_.line(samples(first + r)[ZOOM_TAPS - 1]);
       std::copy_n(weights(first + r), ZOOM_TAPS, rows.weights[row].begin());
       rows.output[row] = output + r * stride_;
+      if (kept) rows.kept[row] = kept + r * stride_;
     }
     kernel_.combineRows(rows);
   }
 
-  void makeWideRow(int row, std::uint16_t* output) {
+  void makeWideRow(int row, std::uint16_t* output, std::uint16_t* kept) {
     const int taps = vertical_.taps;
     lines_.filterUpTo(samples(row)[taps - 1]);
     wide_.clear();
     for (int t = 0; t < taps; ++t) wide_.push_back(lines_.line(samples(row)[t]));
     CombineZoomLines(wide_.data(), weights(row), taps, count_, output);
+    if (kept) std::copy_n(output, count_, kept);
   }
 
   const SZoomKernel& kernel_;
@@ -220,10 +222,7 @@ void CZoomFractional::SImpl::convertRows(int first, int last, const LinesFunctio
   for (int row = first; row <= last;) {
     const std::ptrdiff_t at = (target.top + row) * horizontal.stride +
                               static_cast<std::ptrdiff_t>(target.left) * ZOOM_COMPONENTS;
-    const int made = walk.makeRows(row, last, output + at);
-    for (int r = 0; kept && r < made; ++r)
-      std::copy_n(output + at + r * horizontal.stride, count, kept + at + r * horizontal.stride);
-    row += made;
+    row += walk.makeRows(row, last, output + at, kept ? kept + at : nullptr);
   }
 }
 

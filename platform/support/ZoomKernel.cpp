@@ -26,10 +26,10 @@ struct SFour {
   static Vector sum(Vector a, Vector b) { return a + b; }
   static Vector lesser(Vector a, Vector b) { return a < b ? a : b; }
   static Vector greater(Vector a, Vector b) { return a > b ? a : b; }
-  static void store(Vector v, std::uint16_t* to) {
-    using Integers = int __attribute__((vector_size(SIZE * sizeof(int))));
-    const auto whole = __builtin_convertvector(v, Integers);
-    for (int i = 0; i < SIZE; ++i) to[i] = static_cast<std::uint16_t>(whole[i]);
+  using Integers = int __attribute__((vector_size(SIZE * sizeof(int))));
+  static Integers cutOff(Vector v) { return __builtin_convertvector(v, Integers); }
+  static void store(Integers samples, std::uint16_t* to) {
+    for (int i = 0; i < SIZE; ++i) to[i] = static_cast<std::uint16_t>(samples[i]);
   }
 };
 
@@ -75,7 +75,7 @@ void combineBlockOfAny(const float* const* lines, const float* weights, int taps
     low = SFour::lesser(next, low);
     high = SFour::greater(next, high);
   }
-  SFour::store(limited(sum, low, high) + 0.5F, to);
+  SFour::store(SFour::cutOff(limited(sum, low, high) + 0.5F), to);
 }
 
 void combineRows(const SZoomRows& rows) {

@@ -16,6 +16,7 @@ struct SZoomRows {
   std::array<const float*, MOST + ZOOM_TAPS - 1> lines{};
   std::array<std::array<float, ZOOM_TAPS>, MOST> weights{};
   std::array<std::uint16_t*, MOST> output{};
+  std::array<std::uint16_t*, MOST> kept{};  ///< a second place for each row; null: there is none
 };
 
 /// One way to compute both halves of the filter; all give the same bits. Each value is limited to

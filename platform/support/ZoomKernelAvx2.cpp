@@ -22,11 +22,12 @@ struct SEight {
   static Vector sum(Vector a, Vector b) { return _mm256_add_ps(a, b); }
   static Vector lesser(Vector a, Vector b) { return _mm256_min_ps(a, b); }
   static Vector greater(Vector a, Vector b) { return _mm256_max_ps(a, b); }
-  static void store(Vector v, std::uint16_t* to) {
+  static __m128i cutOff(Vector v) {
     const __m256i whole = _mm256_cvttps_epi32(v);
-    const __m128i packed =
-        _mm_packus_epi32(_mm256_castsi256_si128(whole), _mm256_extracti128_si256(whole, 1));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), packed);
+    return _mm_packus_epi32(_mm256_castsi256_si128(whole), _mm256_extracti128_si256(whole, 1));
+  }
+  static void store(__m128i samples, std::uint16_t* to) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), samples);
   }
 };
 

@@ -25,9 +25,9 @@ struct SSixteen {
   static Vector sum(Vector a, Vector b) { return _mm512_add_ps(a, b); }
   static Vector lesser(Vector a, Vector b) { return _mm512_min_ps(a, b); }
   static Vector greater(Vector a, Vector b) { return _mm512_max_ps(a, b); }
-  static void store(Vector v, std::uint16_t* to) {
-    const __m256i packed = _mm512_cvtepi32_epi16(_mm512_cvttps_epi32(v));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), packed);
+  static __m256i cutOff(Vector v) { return _mm512_cvtepi32_epi16(_mm512_cvttps_epi32(v)); }
+  static void store(__m256i samples, std::uint16_t* to) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), samples);
   }
 };
 

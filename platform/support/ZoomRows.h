@@ -14,9 +14,11 @@
 
 namespace {
 
-template <class LANES, int ROWS>
+using ZoomPlaces = std::array<std::uint16_t*, SZoomRows::MOST>;
+
+template <class LANES, int ROWS, bool KEPT>
 STAB_ZOOM_INLINE void combineBlock(const SZoomRows& rows, std::ptrdiff_t x,
-                                   const std::array<std::uint16_t*, SZoomRows::MOST>& output) {
+                                   const ZoomPlaces& output, const ZoomPlaces& kept) {
   using Vector = typename LANES::Vector;
   Vector value[ROWS + ZOOM_TAPS - 1];
   for (int i = 0; i < ROWS + ZOOM_TAPS - 1; ++i)
@@ -29,39 +31,55 @@ STAB_ZOOM_INLINE void combineBlock(const SZoomRows& rows, std::ptrdiff_t x,
     high[i] = LANES::greater(value[i], value[i + 1]);
   }
   for (int r = 0; r < ROWS; ++r) {
-    const auto& weights = rows.weights[static_cast<std::size_t>(r)];
-    Vector sum = LANES::product(value[r], LANES::all(weights[0]));
-    for (int t = 1; t < ZOOM_TAPS; ++t)
-      sum = LANES::sum(
-          sum, LANES::product(value[r + t], LANES::all(weights[static_cast<std::size_t>(t)])));
+    const auto row = static_cast<std::size_t>(r);
+    Vector sum = LANES::product(value[r], LANES::all(rows.weights[row][0]));
+    for (int t = 1; t < ZOOM_TAPS; ++t) {
+      const float weight = rows.weights[row][static_cast<std::size_t>(t)];
+      sum = LANES::sum(sum, LANES::product(value[r + t], LANES::all(weight)));
+    }
     const Vector floored = LANES::greater(sum, LANES::lesser(low[r], low[r + 2]));
     const Vector limited = LANES::lesser(floored, LANES::greater(high[r], high[r + 2]));
-    LANES::store(LANES::sum(limited, LANES::all(0.5F)),
-                 output[static_cast<std::size_t>(r)]);  // cut off: rounded
+    const auto samples = LANES::cutOff(LANES::sum(limited, LANES::all(0.5F)));  // rounded
+    LANES::store(samples, output[row]);
+    if constexpr (KEPT) LANES::store(samples, kept[row]);
   }
 }
 
-template <class LANES, int ROWS>
+template <class LANES, int ROWS, bool KEPT>
 STAB_ZOOM_INLINE void combineRowsOf(const SZoomRows& rows) {
-  std::array<std::uint16_t*, SZoomRows::MOST> output = rows.output;
+  ZoomPlaces output = rows.output;
+  ZoomPlaces kept = rows.kept;
   int x = 0;
   for (; x + LANES::SIZE <= rows.count; x += LANES::SIZE) {
-    combineBlock<LANES, ROWS>(rows, x, output);
-    for (int r = 0; r < ROWS; ++r) output[static_cast<std::size_t>(r)] += LANES::SIZE;
+    combineBlock<LANES, ROWS, KEPT>(rows, x, output, kept);
+    for (std::size_t r = 0; r < ROWS; ++r) {
+      output[r] += LANES::SIZE;
+      if constexpr (KEPT) kept[r] += LANES::SIZE;
+    }
   }
   if (x == rows.count) return;
   std::uint16_t rest[SZoomRows::MOST][LANES::SIZE];
-  combineBlock<LANES, ROWS>(rows, x, {rest[0], rest[1], rest[2], rest[3]});
-  for (int r = 0; r < ROWS; ++r)
-    std::copy_n(rest[r], rows.count - x, output[static_cast<std::size_t>(r)]);
+  combineBlock<LANES, ROWS, false>(rows, x, {rest[0], rest[1], rest[2], rest[3]}, {});
+  for (std::size_t r = 0; r < ROWS; ++r) {
+    std::copy_n(rest[r], rows.count - x, output[r]);
+    if constexpr (KEPT) std::copy_n(rest[r], rows.count - x, kept[r]);
+  }
+}
+
+template <class LANES, bool KEPT>
+STAB_ZOOM_INLINE void combineRowsInto(const SZoomRows& rows) {
+  if (rows.rows == SZoomRows::MOST)
+    combineRowsOf<LANES, SZoomRows::MOST, KEPT>(rows);
+  else
+    combineRowsOf<LANES, 1, KEPT>(rows);
 }
 
 template <class LANES>
 STAB_ZOOM_INLINE void combineRowsBy(const SZoomRows& rows) {
-  if (rows.rows == SZoomRows::MOST)
-    combineRowsOf<LANES, SZoomRows::MOST>(rows);
+  if (rows.kept[0])
+    combineRowsInto<LANES, true>(rows);
   else
-    combineRowsOf<LANES, 1>(rows);
+    combineRowsInto<LANES, false>(rows);
 }
 
 }  // namespace
