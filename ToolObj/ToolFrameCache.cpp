@@ -124,7 +124,8 @@ void CToolFrameCache::CacheFrame(CToolFrameBuffer* frame) {
     const CAutoThreadLock lock(lock_, "CToolFrameCache::CacheFrame");
     replaced.reset(takeByIndexLocked(index));
     if (isFullLocked()) evicted.reset(takeOldestLocked());
-    frames_.push_back(released.release());
+    frames_.push_back(released.get());
+    released.release();
   }
   traceCache(replaced ? "Replace(" : "Add(", index, ")");
 }

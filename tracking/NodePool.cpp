@@ -24,6 +24,7 @@ void CNodePool::release() noexcept {
   freshPieces_ = 0;
   free_ = nullptr;
   blockPieces_ = 0;
+  expected_ = 0;
 }
 
 void CNodePool::addBlock(std::size_t bytes) {

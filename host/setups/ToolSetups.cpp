@@ -92,10 +92,10 @@ void CToolSetups::pump() {
     const int frame = paused ? setup->firstUnwritten() : CToolSetup::NO_FRAME;
     if (frame != CToolSetup::NO_FRAME && onPausedAt) onPausedAt(frame);
     tool_->onToolProcessingStatus(&status);
+    // The tool may have destroyed its setups in answer.
+    if (activeSetup() != setup) return;
   }
-  // The tool may have destroyed its setups in answer.
-  setup = activeSetup();
-  if (!setup || !failure_.empty()) return;
+  if (!failure_.empty()) return;
   failure_ = setup->failure();
   if (failure_.empty()) return;
   // In a pass of one frame the tool waits for its end, whatever it is told.
