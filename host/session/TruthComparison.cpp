@@ -61,8 +61,9 @@ SPaths readPaths(const std::string& reportFile, const std::string& truthFile) {
   return paths;
 }
 
-double drift(const std::vector<SDeviation>& deviations, double SDeviation::*axis) {
-  const std::size_t count = std::min(DRIFT_FRAMES, deviations.size());
+/// Of the last `count` frames against as many first ones.
+double drift(const std::vector<SDeviation>& deviations, std::size_t count,
+             double SDeviation::*axis) {
   double change = 0.0;
   for (std::size_t i = 0; i < count; ++i)
     change += (deviations[deviations.size() - 1 - i].*axis - deviations[i].*axis) /
@@ -79,8 +80,10 @@ STruthComparison CompareWithTruth(const std::string& reportFile, const std::stri
   comparison.frames = static_cast<int>(after.size());
   comparison.before = Steadiness(Deviations(paths.truth, paths.intended));
   comparison.after = Steadiness(after);
-  comparison.driftX = drift(after, &SDeviation::x);
-  comparison.driftY = drift(after, &SDeviation::y);
+  const std::size_t ends = std::min(DRIFT_FRAMES, after.size() / 2);
+  comparison.driftFrames = static_cast<int>(ends);
+  comparison.driftX = drift(after, ends, &SDeviation::x);
+  comparison.driftY = drift(after, ends, &SDeviation::y);
   return comparison;
 }
 
@@ -91,9 +94,10 @@ std::string ToText(const STruthComparison& comparison) {
                 "  horizontal %9.4f px   ->  %9.4f px\n"
                 "  vertical   %9.4f px   ->  %9.4f px\n"
                 "  rotation   %9.5f deg  ->  %9.5f deg\n"
-                "  drift (last 20 frames against first 20)  %+.4f %+.4f px",
+                "  drift (last %d frames against first %d)  %+.4f %+.4f px",
                 comparison.frames, comparison.before.weave, comparison.after.weave,
                 comparison.before.jump, comparison.after.jump, comparison.before.rotation,
-                comparison.after.rotation, comparison.driftX, comparison.driftY);
+                comparison.after.rotation, comparison.driftFrames, comparison.driftFrames,
+                comparison.driftX, comparison.driftY);
   return text;
 }

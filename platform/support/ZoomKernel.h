@@ -13,10 +13,12 @@ struct SZoomRows {
   static constexpr int MOST = 4;
   int rows = 0;   ///< 1 or MOST
   int count = 0;  ///< values of a row
+  /// Padded as filterLines leaves them.
   std::array<const float*, MOST + ZOOM_TAPS - 1> lines{};
   std::array<std::array<float, ZOOM_TAPS>, MOST> weights{};
   std::array<std::uint16_t*, MOST> output{};
-  std::array<std::uint16_t*, MOST> kept{};  ///< a second place for each row; null: there is none
+  std::array<std::uint16_t*, MOST>
+      kept{};  ///< a second place for each row; null for all: there is none
 };
 
 /// One way to compute both halves of the filter; all give the same bits. Each value is limited to
@@ -24,12 +26,14 @@ struct SZoomRows {
 struct SZoomKernel {
   static constexpr int MOST_LINES = 4;
   const char* name;  ///< support/Kernels.h
-  bool usesBlocks;
+  bool usesBlocks;   ///< wants SZoomLineFilter::blocks
   /// 1 to MOST_LINES lines, of which `source` is the first one's sample at the filter's first
-  /// column; nothing is read beyond the last column's. Targets are padded. `scratch` is kept from
+  /// column; nothing is read beyond the last column's. Each target has room for ZOOM_LINE_PADDING
+  /// values behind its own. `scratch` is kept from
   /// call to call.
   void (*filterLines)(const std::uint16_t* source, int lines, const SZoomLineFilter& filter,
                       std::vector<float>& scratch, float* const* targets);
+  /// Each row's weighted sum of its lines, limited to their range and rounded.
   void (*combineRows)(const SZoomRows& rows);
 };
 
@@ -42,6 +46,7 @@ const SZoomKernel& TheZoomKernel();
 /// For filters of any width, on any machine.
 void FilterZoomLines(const std::uint16_t* source, int lines, const SZoomLineFilter& filter,
                      std::vector<float>& scratch, float* const* targets);
+/// One row.
 void CombineZoomLines(const float* const* lines, const float* weights, int taps, int count,
                       std::uint16_t* output);
 

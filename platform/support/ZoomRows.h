@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 #include "ZoomKernel.h"
 
 // Rows from filtered lines: the text of every instruction set's kernel. LANES is one of theirs: a
-// vector of LANES::SIZE values, and what is done with it. All of it is inlined into one function
-// whose instruction set is that of LANES.
+// Vector of SIZE values, and what is done with it: values, all, product, sum, lesser, greater,
+// cutOff, store. All of it is inlined into one function whose instruction set is that of LANES.
 
 #define STAB_ZOOM_INLINE inline __attribute__((always_inline))
 
@@ -24,6 +25,7 @@ STAB_ZOOM_INLINE void combineBlock(const SZoomRows& rows, std::ptrdiff_t x,
   for (int i = 0; i < ROWS + ZOOM_TAPS - 1; ++i)
     value[i] = LANES::values(rows.lines[static_cast<std::size_t>(i)] + x);
   // Of neighbours: two of them are a row's range, and rows share them.
+  static_assert(ZOOM_TAPS == 4);
   Vector low[ROWS + 2];
   Vector high[ROWS + 2];
   for (int i = 0; i < ROWS + 2; ++i) {

@@ -23,7 +23,7 @@ struct SResampleJob {
   const std::uint16_t* source = nullptr;
   std::uint16_t* output = nullptr;
   /// Of the frame, the line that `output` begins with: rows that are used up at once need no memory
-  /// of a frame's size.
+  /// of a frame's size. The other frames begin with their first line.
   int outputTop = 0;
   int pixelsPerLine = 0;
   SRect area;  ///< processing rectangle, inclusive: neither read nor written outside

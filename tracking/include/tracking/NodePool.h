@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -24,7 +25,7 @@ class CNodePool {
   /// `bytes` at least a pointer's, a multiple of its alignment, and always the same.
   void* take(std::size_t bytes);
   void giveBack(void* piece) noexcept;
-  /// So many pieces are taken next: they come in one block.
+  /// So many pieces are taken next: those that the last block does not have come in one.
   void expect(std::size_t pieces) { expected_ = pieces > freshPieces_ ? pieces - freshPieces_ : 0; }
 
  private:

@@ -15,7 +15,7 @@
 #include "support/Memory.h"
 
 struct SFrameStoreSettings {
-  int readAhead = 4;  ///< frames that may wait, at least 2; bounds the store's memory
+  int readAhead = 4;  ///< frames that may wait, fewer than 2 count as 2; bounds the store's memory
   int threads = 1;    ///< reading threads; a reader that is not parallel opens one frame at a time
   std::size_t keptBytes = 0;  ///< that frames given back with `keep` may fill
 };
@@ -27,7 +27,7 @@ enum class EFrameForm {
   both      ///< for `waitForOpened`: most of each will be read
 };
 
-/// A frame that can be given back for the next pass. The store must outlive it.
+/// A frame whose `clipFrame` can be given back for the next pass. The store must outlive it.
 struct SOpenedFrame {
   std::unique_ptr<IClipFrame> clipFrame;
   /// Null where only parts were wanted, and the frame gives parts.
@@ -57,24 +57,25 @@ class CFrameStore {
   /// Forgets what was read and ends reading; returns when no frame is being decoded any more.
   void stop();
 
-  /// The frame, now the caller's, or null when it is not decoded yet. A frame that is not under way
-  /// (asked for again, or skipped to) restarts reading there. Throws CClipError when the frame
-  /// cannot be read.
+  /// The frame, which the caller deletes before the store ends, or null when it is not decoded yet.
+  /// A frame that is not under way (asked for again, or skipped to) restarts reading there. Throws
+  /// CClipError when the frame cannot be read.
   CToolFrameBuffer* take(int frame);
   /// Waits for the frame; null when `cancelled` became true (see wake).
   CToolFrameBuffer* waitFor(int frame, const std::atomic<bool>& cancelled);
-  /// As waitFor, for a pass that was started for opened frames. Whoever asks for another form than
-  /// what was started restarts reading there.
+  /// As waitFor, for a pass that was started for opened frames; empty when cancelled. Whoever asks
+  /// for another form than what was started restarts reading there.
   SOpenedFrame waitForOpened(int frame, const std::atomic<bool>& cancelled);
   /// Lets waiting takers look at their cancel flag.
   void wake();
 
   /// Gives an opened frame back for the next pass: it is not opened again, if there is room for it
   /// now. Whoever takes it next has the kept one, whatever has become of its file; until then it
-  /// takes up its room.
+  /// takes up its room. Where there is no room, or the frame holds no memory, it is dropped.
   void keep(int frame, std::unique_ptr<IClipFrame> opened);
 
-  /// Each at once, beside whatever is being read ahead. Throws CClipError.
+  /// Both on the calling thread, beside whatever is being read ahead; a reader that is not parallel
+  /// comes to the end of its frame first. Throw CClipError.
   void readNow(int frame, std::uint16_t* samples);
   std::unique_ptr<IClipFrame> openNow(int frame);
   /// All samples of an opened frame, in memory of the store's. Throws CClipError.

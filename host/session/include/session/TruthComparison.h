@@ -10,7 +10,8 @@ struct STruthComparison {
   int frames = 0;
   SSteadiness before;  ///< the true motion against the intended path
   SSteadiness after;
-  double driftX = 0.0;  ///< mean of the last 20 frames against that of the first 20, pixels
+  int driftFrames = 0;  ///< at either end, 20 or half of the frames
+  double driftX = 0.0;  ///< mean of the last of them against that of the first, pixels
   double driftY = 0.0;
 };
 

@@ -14,10 +14,11 @@
 ///
 /// Weights are computed for the exact position of every pixel, once per pair of rectangles, and
 /// working memory is kept between calls: make one object per pass, not one per frame.
-/// THREAD: one call at a time per object, but convertRows.
+/// THREAD: one call at a time per object, except convertRows after one prepare.
 class CZoomFractional {
  public:
-  /// `quality` 2 is the one there is: cubic (Mitchell & Netravali 1988, B = 0, C = 1/2).
+  /// `quality` 2, the one there is whatever is asked for: cubic (Mitchell & Netravali 1988, B = 0,
+  /// C = 1/2).
   explicit CZoomFractional(int quality);
   ~CZoomFractional();
 
@@ -48,10 +49,12 @@ class CZoomFractional {
 
   static constexpr int MOST_LINES = 4;
   /// Gives `count` whole lines of the input, 1 to MOST_LINES, from `first` on, directly one after
-  /// another. They are needed until the next call.
+  /// another, as wide as the frame of `initialize`. They are needed until the next call. THREAD:
+  /// that of convertRows.
   using LinesFunction = std::function<const std::uint16_t*(int first, int count)>;
   /// The same from lines that are made while they are wanted: each that the rows are made of once,
-  /// from top to bottom. So an input that is itself calculated need not go through memory.
+  /// from top to bottom; rows of another call may be made of some of them too. So an input that is
+  /// itself calculated need not go through memory.
   void convertRows(int firstRow, int lastRow, const LinesFunction& lines, std::uint16_t* output,
                    std::uint16_t* kept) const;
 
