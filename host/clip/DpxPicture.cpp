@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "CodeValues.h"
+#include "Scratch.h"
 #include "clip/ClipReader.h"
 #include "support/TargetClones.h"
 
@@ -239,8 +240,7 @@ void CDpxPicture::readPart(const SRect& part, std::uint16_t* stored) const {
   const std::size_t width = static_cast<std::size_t>(part.right - part.left + 1);
   const auto decode = IsSwapped(header_) ? DecodeRow<true> : DecodeRow<false>;
   // Rows are read together, with what lies between: asking the system once more takes longer than
-  // having it copy a few rows. The memory is kept, since so much would be mapped anew each time.
-  thread_local std::vector<std::uint8_t> bytes;
+  // having it copy a few rows.
   const std::size_t rows = RowsOfPart(row);
   std::size_t at = header_.pictureOffset() + static_cast<std::size_t>(part.top) * row +
                    static_cast<std::size_t>(part.left) * pixel;
@@ -248,10 +248,10 @@ void CDpxPicture::readPart(const SRect& part, std::uint16_t* stored) const {
   while (left > 0) {
     const std::size_t count = std::min(rows, left);
     const std::size_t wanted = (count - 1) * row + width * pixel;
-    if (bytes.size() < wanted) bytes.resize(wanted);
-    ReadAll(file_, bytes.data(), wanted, at, path_);
+    std::uint8_t* const bytes = Scratch<std::uint8_t>(wanted).data();
+    ReadAll(file_, bytes, wanted, at, path_);
     for (std::size_t y = 0; y < count; ++y, stored += 3 * width)
-      decode(bytes.data() + y * row, header_.bitSize(), 3 * width, stored);
+      decode(bytes + y * row, header_.bitSize(), 3 * width, stored);
     at += count * row;
     left -= count;
   }

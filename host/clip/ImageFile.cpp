@@ -8,21 +8,13 @@
 #include "DpxPicture.h"
 #include "FrameRates.h"
 #include "MediaModules.h"
+#include "Scratch.h"
 #include "SequencePattern.h"
 #include "TemporaryFile.h"
 #include "WholeFile.h"
 #include "clip/ClipReader.h"
 
 namespace {
-
-/// Memory that is used again for the next frame on the same thread: fresh pages cost more than the
-/// conversion.
-template <class T>
-std::vector<T>& Scratch(std::size_t count) {
-  thread_local std::vector<T> memory;
-  if (memory.size() < count) memory.resize(count);
-  return memory;
-}
 
 /// Puts the stored channels of each pixel into three samples. Alpha must be `opaque`.
 void SpreadChannels(const std::uint16_t* stored, const SImageTraits& traits, unsigned opaque,

@@ -16,6 +16,8 @@ constexpr double EDGE_ROUNDING = 1e-6;
 
 }  // namespace
 
+static_assert(CZoomFractional::MOST_LINES == SZoomKernel::MOST_LINES);
+
 struct CZoomFractional::SImpl {
   int pixelsPerLine = 0;
   int linesPerFrame = 0;

@@ -35,7 +35,18 @@ struct SFour {
 
 using Four = SFour::Vector;
 
-Four limited(Four sum, Four low, Four high) {
+/// The weighted sum of `taps` values, limited to their range; `value(t)` is that of a tap.
+template <class Value>
+inline Four filtered(int taps, const float* weights, Value value) {
+  Four low = value(0);
+  Four high = low;
+  Four sum = low * weights[0];
+  for (int t = 1; t < taps; ++t) {
+    const Four next = value(t);
+    sum += next * weights[t];
+    low = SFour::lesser(next, low);
+    high = SFour::greater(next, high);
+  }
   return SFour::lesser(SFour::greater(sum, low), high);
 }
 
@@ -43,21 +54,11 @@ void filterLine(const float* source, const SZoomLineFilter& filter, float* targe
   const int taps = filter.axis.taps;
   const int* sample = filter.axis.samples.data();
   const float* weight = filter.axis.weights.data();
-  const auto pixel = [&](int column) {
-    return SFour::values(source + static_cast<std::ptrdiff_t>(column - filter.firstColumn) *
-                                      ZOOM_COMPONENTS);
-  };
   for (std::size_t at = 0; at < filter.valuesPerLine; at += ZOOM_COMPONENTS) {
-    Four low = pixel(sample[0]);
-    Four high = low;
-    Four sum = low * weight[0];
-    for (int t = 1; t < taps; ++t) {
-      const Four next = pixel(sample[t]);
-      sum += next * weight[t];
-      low = SFour::lesser(next, low);
-      high = SFour::greater(next, high);
-    }
-    const Four value = limited(sum, low, high);
+    const Four value = filtered(taps, weight, [&](int t) {
+      const std::ptrdiff_t column = sample[t] - filter.firstColumn;
+      return SFour::values(source + column * ZOOM_COMPONENTS);
+    });
     std::memcpy(target + at, &value, sizeof value);
     sample += taps;
     weight += taps;
@@ -66,16 +67,8 @@ void filterLine(const float* source, const SZoomLineFilter& filter, float* targe
 
 void combineBlockOfAny(const float* const* lines, const float* weights, int taps, int x,
                        std::uint16_t* to) {
-  Four low = SFour::values(lines[0] + x);
-  Four high = low;
-  Four sum = low * weights[0];
-  for (int t = 1; t < taps; ++t) {
-    const Four next = SFour::values(lines[t] + x);
-    sum += next * weights[t];
-    low = SFour::lesser(next, low);
-    high = SFour::greater(next, high);
-  }
-  SFour::store(SFour::cutOff(limited(sum, low, high) + 0.5F), to);
+  const Four value = filtered(taps, weights, [&](int t) { return SFour::values(lines[t] + x); });
+  SFour::store(SFour::cutOff(value + 0.5F), to);
 }
 
 void combineRows(const SZoomRows& rows) {

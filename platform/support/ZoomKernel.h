@@ -17,8 +17,8 @@ struct SZoomRows {
   std::array<const float*, MOST + ZOOM_TAPS - 1> lines{};
   std::array<std::array<float, ZOOM_TAPS>, MOST> weights{};
   std::array<std::uint16_t*, MOST> output{};
-  std::array<std::uint16_t*, MOST>
-      kept{};  ///< a second place for each row; null for all: there is none
+  /// A second place for each row; null for all: there is none.
+  std::array<std::uint16_t*, MOST> kept{};
 };
 
 /// One way to compute both halves of the filter; all give the same bits. Each value is limited to
@@ -29,8 +29,7 @@ struct SZoomKernel {
   bool usesBlocks;   ///< wants SZoomLineFilter::blocks
   /// 1 to MOST_LINES lines, of which `source` is the first one's sample at the filter's first
   /// column; nothing is read beyond the last column's. Each target has room for ZOOM_LINE_PADDING
-  /// values behind its own. `scratch` is kept from
-  /// call to call.
+  /// values behind its own. `scratch` is kept from call to call.
   void (*filterLines)(const std::uint16_t* source, int lines, const SZoomLineFilter& filter,
                       std::vector<float>& scratch, float* const* targets);
   /// Each row's weighted sum of its lines, limited to their range and rounded.
