@@ -62,14 +62,22 @@ void WritePath(CTrackingArray& array, int point, std::span<const double> x,
   }
 }
 
+/// Whatever happens, whoever waits for the path is released: others still write to its neighbours.
+void DoSmoothing(const SSmoothingJob& job) {
+  try {
+    SmoothSequence(job.mode, job.sequence, job.GoodFramesIn, job.GoodFramesOut, job.RefFrameIndex,
+                   job.Alpha2, job.reserved, job.reservedFlag);
+  } catch (...) {
+    TraceAt(0, "StabilizerSmoothTrampoline: Stabilizer Slice created major error");
+  }
+  job.shot->smoothingWait().ReleaseOne();
+}
+
 /// The path is smoothed on this thread when no other can be had.
 void SpawnSmoothing(SSmoothingJob& job, int mode, std::span<double> sequence) {
   job.mode = mode;
   job.sequence = sequence;
-  if (BThreadSpawn(StabilizerSmoothTrampoline, &job) != nullptr) return;
-  SmoothSequence(job.mode, job.sequence, job.GoodFramesIn, job.GoodFramesOut, job.RefFrameIndex,
-                 job.Alpha2, job.reserved, job.reservedFlag);
-  job.shot->smoothingWait().ReleaseOne();
+  if (BThreadSpawn(StabilizerSmoothTrampoline, &job) == nullptr) DoSmoothing(job);
 }
 
 bool Fail(int code, const char* text) {
@@ -121,13 +129,7 @@ void StabilizerSmoothTrampoline(void* argument, BThreadHandle self) {
     job.shot->smoothingWait().ReleaseOne();
     return;
   }
-  try {
-    SmoothSequence(job.mode, job.sequence, job.GoodFramesIn, job.GoodFramesOut, job.RefFrameIndex,
-                   job.Alpha2, job.reserved, job.reservedFlag);
-  } catch (...) {
-    TraceAt(0, "StabilizerSmoothTrampoline: Stabilizer Slice created major error");
-  }
-  job.shot->smoothingWait().ReleaseOne();
+  DoSmoothing(job);
   QTXmillisleep(WIND_UP_MILLISECONDS);
   if (BThreadEnd(self) != 0) TraceAt(0, "StabilizerSmoothTrampoline: BThreadEnd failed");
 }

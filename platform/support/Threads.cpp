@@ -8,7 +8,6 @@
 #include <exception>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -81,7 +80,7 @@ void joinFinished() {
   joinAll(std::move(finished));
 }
 
-/// Null when the system gives no thread.
+/// Throws when the system gives no thread or no memory for one; nothing is registered then.
 std::shared_ptr<SBThread> startRegistered(BThreadFunction function, void* argument) {
   auto entry = std::make_shared<SBThread>();
   entry->function = function;
@@ -94,9 +93,9 @@ std::shared_ptr<SBThread> startRegistered(BThreadFunction function, void* argume
   threads.running.push_back(entry);
   try {
     entry->thread = std::thread(runThread, entry.get());
-  } catch (const std::system_error&) {
+  } catch (...) {
     threads.running.pop_back();
-    return nullptr;
+    throw;
   }
   return entry;
 }
@@ -106,10 +105,15 @@ std::shared_ptr<SBThread> startRegistered(BThreadFunction function, void* argume
 BThreadHandle BThreadSpawn(BThreadFunction function, void* argument) {
   if (function == nullptr) return nullptr;
   joinFinished();
-  const std::shared_ptr<SBThread> entry = startRegistered(function, argument);
-  if (entry == nullptr) return nullptr;
-  entry->spawnerMayGo.Wait();
-  return entry.get();
+  try {
+    const std::shared_ptr<SBThread> entry = startRegistered(function, argument);
+    entry->spawnerMayGo.Wait();
+    return entry.get();
+  } catch (const std::exception& problem) {
+    // Whoever spawns has other threads at work on its own data: it must not be unwound.
+    TraceAt(0, std::string("ERROR: BThread: no thread: ") + problem.what());
+    return nullptr;
+  }
 }
 
 int BThreadBegin(BThreadHandle self) {
