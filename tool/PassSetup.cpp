@@ -84,7 +84,11 @@ int CStabilizerTool::RunFrameProcessing(int frame) {
   host->setRenderMode(getRenderFlag() ? 1 : 0);
   if (const int result = sendParameters(RANGE_PASS, reporter); result != 0) return result;
   singleFrameRun_ = false;
-  wholeRangeRun_ = first == markIn && end == markOut;
+  passEnd_ = end == markOut ? end : NO_FRAME;
+  if (first == markIn)
+    renderedFrom_ = renderedUpTo_ = first;
+  else if (renderedFrom_ != markIn)  // it does not go on where a pause left this range
+    renderedUpTo_ = NO_FRAME;
   host->RunActiveToolSetup();
   return 0;
 }
@@ -116,7 +120,7 @@ int CStabilizerTool::ProcessSingleFrame(int kind) {
   }
   if (const int result = sendParameters(SINGLE_FRAME_PASS, reporter); result != 0) return result;
   singleFrameRun_ = true;
-  wholeRangeRun_ = false;
+  passEnd_ = NO_FRAME;
   host->RunActiveToolSetup();
   return 0;
 }
@@ -126,13 +130,19 @@ CToolProcessor* CStabilizerTool::makeToolProcessorInstance(const CAbortFlag* abo
                              getProgressMonitor());
 }
 
+// Frames come in their order; where one is left out the chain ends.
+void CStabilizerTool::frameRendered(int frame) {
+  int next = frame;
+  if (passEnd_ != NO_FRAME) renderedUpTo_.compare_exchange_strong(next, frame + 1);
+}
+
 // The processor finishes its range on its own thread and reports "stopped" after that, so what it
 // finished is entered here, before the run state moves on. Points that were edited meanwhile are
 // not the ones that were rendered.
 int CStabilizerTool::onToolProcessingStatus(const CAutotoolStatus* status) {
   if (status->status == CAutotoolStatus::STOPPED) editor_.setZoomSource(passZoomSource_);
   if (status->status == CAutotoolStatus::STOPPED && passCompleted_.exchange(false) &&
-      wholeRangeRun_ && isTracked()) {
+      passEnd_ != NO_FRAME && renderedUpTo_ == passEnd_ && isTracked()) {
     editor_.setRendered();
   }
   return CToolObject::onToolProcessingStatus(status);

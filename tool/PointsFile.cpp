@@ -157,7 +157,7 @@ void CStabilizerTool::forgetWhatHasNotBegun() {
   if (!begun && state != RUN_ERROR) runState_ = RUN_IDLE;
   forgetPendingRequest();
   deferredRender_ = false;
-  wholeRangeRun_ = false;  // what a pass renders now are not these points
+  renderedUpTo_ = NO_FRAME;  // what a pass renders now are not these points
 }
 
 void CStabilizerTool::onTrackedPointsLoaded() {

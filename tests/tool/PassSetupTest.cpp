@@ -189,7 +189,7 @@ TEST_F(PassSetup, AFinishedRangeIsRenderedAFinishedFrameIsNot) {
     makeSmoothed();
     tool.startProcessing(c.event, false);
     ASSERT_EQ(host.calls.count("RunActiveToolSetup"), 1);
-    if (c.completed) shot.setRendered();
+    if (c.completed) complete(IN);
     if (c.edited) tool.livePoints().SetTrackState(TRACK_STATE_Untracked);
     EXPECT_NE(tool.livePoints().TrackState(), TRACK_STATE_Rendered)
         << "not from the processor's thread";

@@ -360,7 +360,7 @@ TEST_F(PointsFile, ARenderUnderWayDoesNotClaimTheNewPoints) {
   ASSERT_EQ(tool.startProcessing(ETool::EVENT_RENDER_RANGE, false), 0);
   ASSERT_EQ(tool.runState(), RUN_RENDERING);
   ASSERT_TRUE(load('G'));
-  shot.setRendered();
+  complete(IN);
   report(CAutotoolStatus::STOPPED);
   heartbeat();
   EXPECT_EQ(tool.runState(), RUN_IDLE);

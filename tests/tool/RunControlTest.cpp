@@ -185,7 +185,7 @@ TEST_F(RunControl, RenderAllOfAnUntrackedShotTracksSmoothsAndRenders) {
                                    "SetActiveToolSetup 0", "SetToolFrameRange 0 100 110",
                                    "setRenderMode 1", "SetToolParameters", "RunActiveToolSetup"}));
   report(CAutotoolStatus::RUNNING);
-  shot.setRendered();
+  complete(IN);
   report(CAutotoolStatus::END_OF_MATERIAL);
   report(CAutotoolStatus::STOPPED);
   EXPECT_EQ(tool.runState(), RUN_RENDERED);
@@ -323,6 +323,39 @@ TEST_F(RunControl, PauseAndResumeGoOnAtTheResumeFrame) {
   tool.request(REQUEST_RESUME);
   EXPECT_TRUE(host.calls.contains("SetToolFrameRange 0 104 110"));
   EXPECT_TRUE(host.calls.contains("RunActiveToolSetup"));
+}
+
+TEST_F(RunControl, ARangeIsRenderedWhenNoFrameOfItWasLeftOutWhateverThePauses) {
+  const struct {
+    const char* name;
+    int doneBeforeThePause, resume;
+    bool looksAround, rendered;
+  } cases[] = {{"goes on where it stopped", 104, 104, false, true},
+               {"does some again", 104, 102, false, true},
+               {"leaves one out", 104, 105, false, false},
+               {"a frame is looked at meanwhile", 104, 105, true, false},
+               {"begins anew", 104, IN, false, true}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    makeSmoothed();
+    tool.startProcessing(CToolObject::EVENT_RENDER_RANGE, false);
+    report(CAutotoolStatus::RUNNING);
+    for (int frame = IN; frame < c.doneBeforeThePause; ++frame) shot.frameRendered(frame);
+    tool.pauseProcessing();
+    report(CAutotoolStatus::PAUSED);
+    if (c.looksAround) {
+      host.displayedFrame = c.doneBeforeThePause;
+      tool.startProcessing(CToolObject::EVENT_RENDER_FRAME, false);
+      shot.frameRendered(c.doneBeforeThePause);
+      report(CAutotoolStatus::STOPPED);
+    }
+    tool.resumeProcessing(c.resume);
+    complete(c.resume);
+    report(CAutotoolStatus::STOPPED);
+    EXPECT_EQ(tool.livePoints().TrackState() == TRACK_STATE_Rendered, c.rendered);
+    heartbeat();
+    forgetCalls();
+  }
 }
 
 TEST_F(RunControl, StartTrackingNamesWhatIsMissing) {

@@ -137,6 +137,11 @@ class ToolTest : public testing::Test {
     makeTracked();
     shot.setSmoothedFlag(true);
   }
+  /// What the processor says of a range up to mark OUT whose every frame is done.
+  void complete(int first) {
+    for (int frame = first; frame < OUT; ++frame) shot.frameRendered(frame);
+    shot.setRendered();
+  }
 
   /// The heartbeat after the smoothing thread has done its work.
   void heartbeat() {

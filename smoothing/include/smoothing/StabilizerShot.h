@@ -41,7 +41,9 @@ class IStabilizerShot {
   virtual SRect mattingBox() = 0;
   /// Index of the point that the editor holds as its current one, -1 for none.
   virtual int selectedPoint() = 0;
-  /// A pass over the whole range has completed with the tracked array.
+  /// A frame of the running pass is done. Called by the processor's thread, and so is setRendered.
+  virtual void frameRendered(int frame) = 0;
+  /// The running pass has done every frame of its range.
   virtual void setRendered() = 0;
   /// The part of the picture that the running pass enlarges to its processing rectangle (zoom
   /// fill). Called by the processor's thread before its first frame.

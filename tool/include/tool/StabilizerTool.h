@@ -205,6 +205,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   CTrackingArray& trackedArray() override { return pass_.points; }
   SRect mattingBox() override { return pass_.mattingBox; }
   int selectedPoint() override { return pass_.selectedPoint; }
+  void frameRendered(int frame) override;
   void setRendered() override { passCompleted_ = true; }
   void setZoomSource(const SRectD& source) override { passZoomSource_ = source; }
   void setRunState(int state) override;
@@ -312,7 +313,9 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   int renderFrameSetup_ = -1;
   int singleFrame_ = -1;
   bool singleFrameRun_ = false;
-  bool wholeRangeRun_ = false;
+  static constexpr int NO_FRAME = -1;
+  int passEnd_ = NO_FRAME;       ///< of a pass up to mark OUT; NO_FRAME: another one
+  int renderedFrom_ = NO_FRAME;  ///< where the frames that are done began
 
   // Mark questions.
   CHRTimer trackingTimer_;
@@ -326,6 +329,8 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   std::atomic<int> runState_{RUN_IDLE};
   std::atomic<bool> smoothed_{false};
   std::atomic<bool> passCompleted_{false};
+  /// Every frame from `renderedFrom_` to here is done, be it with pauses.
+  std::atomic<int> renderedUpTo_{NO_FRAME};
   SRectD passZoomSource_;  // the processor's until it reports "stopped", then this thread's
   CThreadLock statusLock_;
   std::string statusMessage_;

@@ -23,6 +23,7 @@ class CShotDouble : public IStabilizerShot {
   int selected = -1;
   CRecordingProgressMonitor monitor;
   std::atomic<bool> smoothed{false};
+  std::vector<int> framesRendered;
   std::atomic<bool> rendered{false};
   SRectD zoomSource;
 
@@ -34,6 +35,7 @@ class CShotDouble : public IStabilizerShot {
   CTrackingArray& syntheticSmoothedArray() override { return syntheticSmoothed; }
   SRect mattingBox() override { return box; }
   int selectedPoint() override { return selected; }
+  void frameRendered(int frame) override { framesRendered.push_back(frame); }
   void setRendered() override;
   void setZoomSource(const SRectD& source) override { zoomSource = source; }
 
