@@ -47,23 +47,48 @@ CToolFrameBuffer::~CToolFrameBuffer() {
   releaseSamples();
 }
 
-bool CToolFrameBuffer::takeBuffer(std::uint16_t*& buffer) {
-  if (!buffer && allocator_) buffer = static_cast<std::uint16_t*>(allocator_->allocateBuffer());
-  return buffer != nullptr;
+bool CToolFrameBuffer::takeSamples() {
+  if (!samples_ && allocator_) {
+    samples_ = std::static_pointer_cast<std::uint16_t>(allocator_->allocateShared());
+    shared_ = false;
+  }
+  return samples_ != nullptr;
 }
 
 bool CToolFrameBuffer::takeFieldBuffers() {
-  return std::all_of(invisibleFields_.begin(), invisibleFields_.end(),
-                     [this](SInvisibleFieldBuffer& field) { return takeBuffer(field.buffer); });
+  const auto take = [this](SInvisibleFieldBuffer& field) {
+    if (!field.buffer && allocator_)
+      field.buffer = static_cast<std::uint16_t*>(allocator_->allocateBuffer());
+    return field.buffer != nullptr;
+  };
+  return std::all_of(invisibleFields_.begin(), invisibleFields_.end(), take);
 }
 
 bool CToolFrameBuffer::ensureSamples() {
-  return takeBuffer(samples_) && takeFieldBuffers();
+  return takeSamples() && takeFieldBuffers();
+}
+
+std::uint16_t* CToolFrameBuffer::samples() {
+  if (!shared_) return samples_.get();
+  const std::shared_ptr<std::uint16_t> before = std::move(samples_);
+  if (!takeSamples()) {
+    samples_ = before;
+    shared_ = true;
+    return nullptr;
+  }
+  std::memcpy(samples_.get(), before.get(), allocator_->bytesPerBuffer());
+  return samples_.get();
+}
+
+std::shared_ptr<const std::uint16_t> CToolFrameBuffer::shareSamples() {
+  shared_ = samples_ != nullptr;
+  return samples_;
 }
 
 void CToolFrameBuffer::releaseSamples() {
+  samples_.reset();
+  shared_ = false;
   if (!allocator_) return;
-  allocator_->freeBuffer(std::exchange(samples_, nullptr));
   for (SInvisibleFieldBuffer& field : invisibleFields_) {
     allocator_->freeBuffer(std::exchange(field.buffer, nullptr));
   }
@@ -73,7 +98,10 @@ bool CToolFrameBuffer::CopyFrom(const CToolFrameBuffer& source, bool withSamples
   frameKind_ = source.frameKind_;
   endOfMaterial_ = source.endOfMaterial_;
   copied_ = source.copied_;
-  if (withSamples && !takeBuffer(samples_)) return false;
+  if (withSamples) {
+    if (shared_) samples_.reset();  // they stay with their other holders
+    if (!takeSamples()) return false;
+  }
   if (withFields) {
     if (invisibleFields_.size() < source.invisibleFields_.size()) {
       invisibleFields_.resize(source.invisibleFields_.size());
@@ -87,7 +115,7 @@ bool CToolFrameBuffer::CopyFrom(const CToolFrameBuffer& source, bool withSamples
   changedRegions_ = source.changedRegions_;
   if (!format_) return true;
   const std::size_t bytes = format_->getBytesPerField();
-  if (withSamples && source.samples_) std::memcpy(samples_, source.samples_, bytes);
+  if (withSamples && source.samples_) std::memcpy(samples_.get(), source.samples(), bytes);
   if (withFields) {
     for (std::size_t i = 0; i < source.invisibleFields_.size(); ++i) {
       const std::uint16_t* from = source.invisibleFields_[i].buffer;
@@ -100,7 +128,7 @@ bool CToolFrameBuffer::CopyFrom(const CToolFrameBuffer& source, bool withSamples
 void CToolFrameBuffer::keepOriginals() {
   if (format_ && samples_) {
     originalValues_.ReplacePixelsFromFrame(
-        samples_, format_->getPixelsPerLine(), format_->getLinesPerFrame(),
+        samples_.get(), format_->getPixelsPerLine(), format_->getLinesPerFrame(),
         format_->getComponentCountExcAlpha(), CPixelRegionList::EField::both);
   }
   changedRegions_.TakeFrom(originalValues_);
@@ -111,9 +139,9 @@ void CToolFrameBuffer::mergeInvisibleFields() {
   for (const SInvisibleFieldBuffer& field : invisibleFields_) {
     if (!field.buffer) continue;
     const auto copyLinesOf = [this, &field](CPixelRegionList::EField lines) {
-      originalValues_.CopyPixelsFrameToFrame(samples_, field.buffer, format_->getPixelsPerLine(),
-                                             format_->getLinesPerFrame(),
-                                             format_->getComponentCountExcAlpha(), lines);
+      originalValues_.CopyPixelsFrameToFrame(
+          samples_.get(), field.buffer, format_->getPixelsPerLine(), format_->getLinesPerFrame(),
+          format_->getComponentCountExcAlpha(), lines);
     };
     const bool everyField = field.fieldPeriod < 2;
     const bool ownField = !everyField && field.fieldIndex % field.fieldPeriod == 0;

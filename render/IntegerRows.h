@@ -360,7 +360,6 @@ struct SIntegerRows {
       } else {
         GENERAL(job, y, job.area.left, job.area.right + 1);
       }
-      KeepRow(job, y);
     }
   }
 };

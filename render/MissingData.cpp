@@ -81,17 +81,6 @@ SRect ClampedToFrame(const SRect& rect, int pixelsPerLine, int lines) {
           std::min(rect.bottom, lines - 1)};
 }
 
-void CopyArea(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, const SRect& area,
-              SRows rows) {
-  const std::size_t count =
-      static_cast<std::size_t>(area.right - area.left + 1) * SAMPLES_PER_PIXEL;
-  const int last = std::min(rows.last, area.bottom);
-  for (int y = std::max(rows.first, area.top); y <= last; ++y) {
-    const std::size_t first = sampleIndex(pixelsPerLine, area.left, y);
-    std::memcpy(to + first, from + first, count * sizeof *to);
-  }
-}
-
 void CopyOutside(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, SRows rows,
                  const SRect& inside) {
   forEachPartOutside(pixelsPerLine, rows, inside, [=](std::size_t first, std::size_t count) {
@@ -111,34 +100,4 @@ void PaintOutside(std::uint16_t* samples, int pixelsPerLine, SRows rows, const S
       std::copy_n(color, SAMPLES_PER_PIXEL, samples + i);
     }
   });
-}
-
-bool CKeptFrame::Allocate(int pixelsPerLine, int lines) {
-  if (samples_ && pixelsPerLine == pixelsPerLine_ && lines == lines_) return true;
-  Release();
-  const std::size_t bytes = sampleIndex(pixelsPerLine, 0, lines) * sizeof(std::uint16_t);
-  memory_ = std::make_unique<CBufferPool>(bytes, 0);
-  samples_ = static_cast<std::uint16_t*>(memory_->allocateBuffer());
-  pixelsPerLine_ = pixelsPerLine;
-  lines_ = lines;
-  return samples_ != nullptr;
-}
-
-void CKeptFrame::swap(CKeptFrame& other) noexcept {
-  std::swap(memory_, other.memory_);
-  std::swap(samples_, other.samples_);
-  std::swap(pixelsPerLine_, other.pixelsPerLine_);
-  std::swap(lines_, other.lines_);
-  std::swap(filled_, other.filled_);
-}
-
-void CKeptFrame::Release() {
-  if (memory_) memory_->freeBuffer(samples_);
-  memory_.reset();
-  samples_ = nullptr;
-  filled_ = false;
-}
-
-void CKeptFrame::Take(const std::uint16_t* samples, const SRect& area, SRows rows) {
-  CopyArea(samples, samples_, pixelsPerLine_, area, rows);
 }

@@ -31,15 +31,12 @@ void resampleRowsScalar(const SResampleJob& job, int firstRow, int lastRow) {
     for (int x = job.area.left; x <= job.area.right; ++x) {
       ResamplePixel(job, x, y, job.map.sourceX(x, rowX), job.map.sourceY(x, rowY));
     }
-    KeepRow(job, y);
   }
 }
 
 void resampleRowsSpans(const SResampleJob& job, int firstRow, int lastRow) {
-  for (int y = firstRow; y <= lastRow; ++y) {
+  for (int y = firstRow; y <= lastRow; ++y)
     ResampleColumnsSpans(job, y, job.area.left, job.area.right + 1);
-    KeepRow(job, y);
-  }
 }
 
 constexpr SResampler resamplers[] = {

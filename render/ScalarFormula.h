@@ -37,14 +37,6 @@ inline void FillPixels(const SResampleJob& job, int x, int y, int count) {
   for (int i = 0; i < count; ++i, out += 3) std::memcpy(out, job.fillColor, 3 * sizeof *out);
 }
 
-/// Copies a finished output row to the frame that is to have it as well.
-inline void KeepRow(const SResampleJob& job, int y) {
-  if (!job.kept) return;
-  const auto count = static_cast<std::size_t>(job.area.right + 1 - job.area.left) * 3;
-  std::memcpy(job.kept + SampleOffset(job, job.area.left, y), OutputAt(job, job.area.left, y),
-              count * sizeof *job.kept);
-}
-
 /// One component of a source position inside the area. `p` is its sample at the integer position.
 inline double Interpolated(const SResampleJob& job, int ix, int iy, double sx, double sy,
                            const std::uint16_t* p) {

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <functional>
 #include <sstream>
+#include <utility>
 
 #include "SliceThreads.h"
 #include "render/StabilizerProc.h"
@@ -57,26 +58,25 @@ bool CStabilizerProc::isAnchorOut(int frame) const {
 }
 
 int CStabilizerProc::DoProcess(SIterationRecord& iteration) {
-  const CToolFrameBuffer* input = inputPorts()[0].slots[0];
+  CToolFrameBuffer* input = inputPorts()[0].slots[0];
   CToolFrameBuffer* output = outputPorts()[0].slots[0];
   const int frame = input->frameIndex();
   const std::string operation = "CStabilizerProc::DoProcess";
   if (!input->imageFormat() || input->imageFormat()->getPixelsPerLine() != pixelsPerLine_ ||
-      input->imageFormat()->getLinesPerFrame() != lines_ || !input->samples()) {
+      input->imageFormat()->getLinesPerFrame() != lines_ || !std::as_const(*input).samples()) {
     return fail(operation, FAILED_FRAME,
                 "Frame " + std::to_string(frame) + " has another size than the clip");
   }
   // Samples are copied below, and only those that are not overwritten at once.
-  iteration.done = copyInputToOutput(*inputPorts()[0].slots[0], *output, false);
+  iteration.done = copyInputToOutput(*input, *output, false);
   if (!iteration.done) return 0;
   if (const int code = prepareFill(); code != 0) return code;
 
-  source_ = input->samples();
+  source_ = std::as_const(*input).samples();
   output_ = output->samples();
   const int fill = parameters_.MissingDataFill;
-  if (FillNeedsPreviousFrame(fill) && (isLastAnchorIn(frame) || !previous_.isFilled())) {
-    keepSource();
-  }
+  const bool looksBack = FillNeedsPreviousFrame(fill);
+  if (looksBack && (isLastAnchorIn(frame) || !previous_)) previous_ = input->shareSamples();
   const bool isAnchorIn = iteration.index < parameters_.GoodFramesIn && fill != MISSING_DATA_Zoom;
   const bool isAnchor = isAnchorIn || isAnchorOut(frame);
   if (isAnchor) {
@@ -87,21 +87,16 @@ int CStabilizerProc::DoProcess(SIterationRecord& iteration) {
   output->setRenderFlag(!isAnchorIn);
   if (isAnchorIn) return 0;
   if (fill == MISSING_DATA_Zoom && isAnchor && !enlargeSource(frame)) return FAILED_FRAME;
-  if (fill == MISSING_DATA_Previous_Frame && isAnchor) keepSource();
+  if (looksBack) previous_ = output->shareSamples();
   output->changedRegions().Add(activePicture_, nullptr, pixelsPerLine_, lines_,
                                format_->getComponentCountExcAlpha());
   return 0;
 }
 
-void CStabilizerProc::keepSource() {
-  sliceThreads_->Run([this](int slice) { previous_.Take(source_, area_, rowsOfSlice(slice)); });
-  previous_.markFilled();
-}
-
 bool CStabilizerProc::enlargeSource(int frame) {
   const bool whole = enlargeInBands([this](int slice) {
     const SRows rows = rowsOfSlice(slice);
-    zoom_.convertRows(rows.first, rows.last, source_, output_, enlarged_.samples());
+    zoom_.convertRows(rows.first, rows.last, source_, output_);
   });
   if (whole) return true;
   fail("CStabilizerProc::DoProcess", FAILED_FRAME,
@@ -109,13 +104,8 @@ bool CStabilizerProc::enlargeSource(int frame) {
   return false;
 }
 
-/// `work` writes the rows of a band to `enlarged_` as well: what uncovered pixels show from now on.
-/// They get a frame of their own, because other bands may still need what stood there.
 bool CStabilizerProc::enlargeInBands(const std::function<void(int slice)>& work) {
-  if (!zoom_.prepare(*zoomSource_, area_) || !sliceThreads_->Run(work)) return false;
-  enlarged_.markFilled();
-  previous_.swap(enlarged_);
-  return true;
+  return zoom_.prepare(*zoomSource_, area_) && sliceThreads_->Run(work);
 }
 
 /// Equal heights by whole division; the last band takes the rest.
@@ -176,8 +166,7 @@ bool CStabilizerProc::resampleInBands(const SWarpMap& map) {
   job.map = map;
   job.output = output_;
   const int fill = parameters_.MissingDataFill;
-  if (FillNeedsPreviousFrame(fill)) job.previous = previous_.samples();
-  if (fill == MISSING_DATA_Previous_Frame) job.kept = previous_.samples();
+  if (FillNeedsPreviousFrame(fill)) job.previous = previous_.get();
   std::copy_n(fill == MISSING_DATA_Black ? black_ : white_, 3, job.fillColor);
 
   if (fill == MISSING_DATA_Zoom) {
@@ -204,5 +193,5 @@ void CStabilizerProc::enlargeRows(const SResampleJob& job, int slice) {
     return few.output;
   };
   const SRows rows = rowsOfSlice(slice);
-  zoom_.convertRows(rows.first, rows.last, warped, output_, enlarged_.samples());
+  zoom_.convertRows(rows.first, rows.last, warped, output_);
 }

@@ -82,8 +82,7 @@ int CStabilizerProc::BeginProcessing(SIterationRecord&) {
 
   shot_->setRunState(RUN_RENDERING);
   if (const int code = readGeometry(); code != 0) return code;
-  previous_.Release();
-  enlarged_.Release();
+  previous_.reset();
   zoomSource_.reset();
   if (const int code = prepareFill(); code != 0) return code;
   sliceThreads_->Start(threadCount_);
@@ -114,20 +113,14 @@ int CStabilizerProc::readGeometry() {
 
 /// Makes what the selected fill needs and what is not there yet: parameters may change in mid-pass.
 int CStabilizerProc::prepareFill() {
-  if (!FillNeedsPreviousFrame(parameters_.MissingDataFill)) return 0;
-  const std::string operation = "CStabilizerProc::BeginProcessing";
-  const bool zooms = parameters_.MissingDataFill == MISSING_DATA_Zoom;
-  if (!previous_.Allocate(pixelsPerLine_, lines_) ||
-      (zooms && !enlarged_.Allocate(pixelsPerLine_, lines_))) {
-    return fail(operation, FAILED_FRAME, "No memory for the previous frame");
-  }
-  if (zooms) warpedRows_.resize(CSliceThreads::MOST_SLICES * warpedRowsOfSlice());
-  if (!zooms || zoomSource_) return 0;
+  if (parameters_.MissingDataFill != MISSING_DATA_Zoom) return 0;
+  warpedRows_.resize(CSliceThreads::MOST_SLICES * warpedRowsOfSlice());
+  if (zoomSource_) return 0;
   const CTrackingArray& smoothed = shot_->syntheticSmoothedArray();
   zoomSource_ = ZoomSourceRectangle(area_, shot_->trackedArray().Trajectory(shot_->selectedPoint()),
                                     smoothed.Trajectory(0), smoothed.Trajectory(1));
   if (IsEmpty(*zoomSource_)) {
-    return fail(operation, FAILED_FRAME,
+    return fail("CStabilizerProc::BeginProcessing", FAILED_FRAME,
                 "Zoom: the motion leaves no picture area that all frames have in common");
   }
   shot_->setZoomSource(*zoomSource_);
@@ -136,8 +129,7 @@ int CStabilizerProc::prepareFill() {
 
 int CStabilizerProc::EndProcessing(SIterationRecord& iteration) {
   sliceThreads_->Stop();
-  previous_.Release();
-  enlarged_.Release();
+  previous_.reset();
   warpedRows_ = {};
   const bool complete = iteration.index >= frameCount_;
   if (*LastResamplerKernel()) TraceAt(1, std::string("Resampled by ") + LastResamplerKernel());
@@ -159,7 +151,8 @@ int CStabilizerProc::BeginIteration(SIterationRecord& iteration) {
   return 0;
 }
 
-int CStabilizerProc::EndIteration(SIterationRecord&) {
+int CStabilizerProc::EndIteration(SIterationRecord& iteration) {
+  shot_->frameRendered(firstFrame_ + iteration.index);
   if (IToolProgressMonitor* monitor = progressMonitor()) monitor->BumpProgress(1);
   return 0;
 }

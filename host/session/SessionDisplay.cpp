@@ -64,8 +64,9 @@ bool CShotSession::isRenderPermitted() {
 }
 
 void CShotSession::frameOutputHook(CToolFrameBuffer* frame, int, const std::string&, bool) {
-  if (!display_ || frame->samples() == nullptr) return;
-  display_->showResult(frame->frameIndex(), frame->samples());
+  const std::uint16_t* const samples = std::as_const(*frame).samples();
+  if (!display_ || samples == nullptr) return;
+  display_->showResult(frame->frameIndex(), samples);
   resultFrame_ = frame->frameIndex();
 }
 

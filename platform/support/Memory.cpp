@@ -10,7 +10,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <mutex>
 #include <new>
+#include <vector>
 
 namespace {
 
@@ -98,49 +100,82 @@ std::size_t MachineMemory() {
   return limit >> container ? std::min(machine, container) : machine;
 }
 
-CBufferPool::CBufferPool(std::size_t bytesPerBuffer, int limit)
-    : bytesPerBuffer_(bytesPerBuffer), limit_(limit) {}
+struct CBufferPool::SBuffers {
+  const std::size_t bytes;
+  const int limit;
+  std::mutex mutex;
+  std::vector<void*> free;
+  int inUse = 0;
 
-CBufferPool::~CBufferPool() {
-  for (void* buffer : free_) {
-    ASAN_UNPOISON_MEMORY_REGION(buffer, bytesPerBuffer_);
-    QTXfree(buffer);
+  SBuffers(std::size_t bytesPerBuffer, int most) : bytes(bytesPerBuffer), limit(most) {}
+  ~SBuffers() {
+    for (void* buffer : free) {
+      ASAN_UNPOISON_MEMORY_REGION(buffer, bytes);
+      QTXfree(buffer);
+    }
   }
-}
+  void* take();
+  void giveBack(void* buffer);
+};
 
-void* CBufferPool::allocateBuffer() {
+void* CBufferPool::SBuffers::take() {
   {
-    std::lock_guard lock(mutex_);
-    if (limit_ > 0 && inUse_ >= limit_) return nullptr;
-    ++inUse_;
-    if (!free_.empty()) {
-      void* const buffer = free_.back();  // the last one given back is the warmest
-      free_.pop_back();
-      ASAN_UNPOISON_MEMORY_REGION(buffer, bytesPerBuffer_);
+    std::lock_guard lock(mutex);
+    if (limit > 0 && inUse >= limit) return nullptr;
+    ++inUse;
+    if (!free.empty()) {
+      void* const buffer = free.back();  // the last one given back is the warmest
+      free.pop_back();
+      ASAN_UNPOISON_MEMORY_REGION(buffer, bytes);
       return buffer;
     }
   }
-  void* const buffer = QTXmallocLarge(bytesPerBuffer_);
+  void* const buffer = QTXmallocLarge(bytes);
   if (buffer == nullptr) {
-    std::lock_guard lock(mutex_);
-    --inUse_;
+    std::lock_guard lock(mutex);
+    --inUse;
   }
   return buffer;
 }
 
-void CBufferPool::freeBuffer(void* buffer) {
+void CBufferPool::SBuffers::giveBack(void* buffer) {
   if (buffer == nullptr) return;
-  std::lock_guard lock(mutex_);
-  --inUse_;
+  std::lock_guard lock(mutex);
+  --inUse;
   try {
-    free_.push_back(buffer);
-    ASAN_POISON_MEMORY_REGION(buffer, bytesPerBuffer_);  // use after giving back is caught
+    free.push_back(buffer);
+    ASAN_POISON_MEMORY_REGION(buffer, bytes);  // use after giving back is caught
   } catch (const std::bad_alloc&) {
     QTXfree(buffer);
   }
 }
 
+CBufferPool::CBufferPool(std::size_t bytesPerBuffer, int limit)
+    : bytesPerBuffer_(bytesPerBuffer),
+      buffers_(std::make_shared<SBuffers>(bytesPerBuffer, limit)) {}
+
+CBufferPool::~CBufferPool() = default;
+
+void* CBufferPool::allocateBuffer() {
+  return buffers_->take();
+}
+
+void CBufferPool::freeBuffer(void* buffer) {
+  buffers_->giveBack(buffer);
+}
+
+std::shared_ptr<void> CBufferPool::allocateShared() {
+  void* const buffer = buffers_->take();
+  if (buffer == nullptr) return nullptr;
+  try {
+    // When there is no memory for the count of holders, the buffer is given back at once.
+    return {buffer, [buffers = buffers_](void* last) { buffers->giveBack(last); }};
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 int CBufferPool::buffersInUse() const {
-  std::lock_guard lock(mutex_);
-  return inUse_;
+  std::lock_guard lock(buffers_->mutex);
+  return buffers_->inUse;
 }

@@ -33,8 +33,7 @@ struct CZoomFractional::SImpl {
   bool accepts(const SRectD& from, const SRect& to) const;
   void setUp(const SRectD& newSource, const SRect& newTarget);
   const std::uint16_t* copyOf(const std::uint16_t* frame);
-  void convertRows(int first, int last, const LinesFunction& input, std::uint16_t* output,
-                   std::uint16_t* kept) const;
+  void convertRows(int first, int last, const LinesFunction& input, std::uint16_t* output) const;
 };
 
 namespace {
@@ -89,15 +88,15 @@ class CZoomWalk {
       : kernel_(kernel), vertical_(vertical), lines_(lines), count_(count), stride_(stride) {}
 
   /// Makes the first ones of the rows [first, last], counted from the target's top, and returns how
-  /// many. `output`, and `kept` if there is one: where row `first` begins.
-  int makeRows(int first, int last, std::uint16_t* output, std::uint16_t* kept) {
+  /// many. `output`: where row `first` begins.
+  int makeRows(int first, int last, std::uint16_t* output) {
     if (vertical_.taps != ZOOM_TAPS) {
-      makeWideRow(first, output, kept);
+      makeWideRow(first, output);
       return 1;
     }
     const int rows =
         last - first + 1 >= SZoomRows::MOST && areStaggered(first) ? SZoomRows::MOST : 1;
-    makeStaggered(first, rows, output, kept);
+    makeStaggered(first, rows, output);
     return rows;
   }
 
@@ -117,7 +116,7 @@ class CZoomWalk {
     return true;
   }
 
-  void makeStaggered(int first, int count, std::uint16_t* output, std::uint16_t* kept) {
+  void makeStaggered(int first, int count, std::uint16_t* output) {
     SZoomRows rows;
     rows.rows = count;
     rows.count = count_;
@@ -129,18 +128,16 @@ class CZoomWalk {
       rows.lines[row + ZOOM_TAPS - 1] = lines_.line(samples(first + r)[ZOOM_TAPS - 1]);
       std::copy_n(weights(first + r), ZOOM_TAPS, rows.weights[row].begin());
       rows.output[row] = output + r * stride_;
-      if (kept) rows.kept[row] = kept + r * stride_;
     }
     kernel_.combineRows(rows);
   }
 
-  void makeWideRow(int row, std::uint16_t* output, std::uint16_t* kept) {
+  void makeWideRow(int row, std::uint16_t* output) {
     const int taps = vertical_.taps;
     lines_.filterUpTo(samples(row)[taps - 1]);
     wide_.clear();
     for (int t = 0; t < taps; ++t) wide_.push_back(lines_.line(samples(row)[t]));
     CombineZoomLines(wide_.data(), weights(row), taps, count_, output);
-    if (kept) std::copy_n(output, count_, kept);
   }
 
   const SZoomKernel& kernel_;
@@ -212,7 +209,7 @@ const std::uint16_t* CZoomFractional::SImpl::copyOf(const std::uint16_t* frame) 
 }
 
 void CZoomFractional::SImpl::convertRows(int first, int last, const LinesFunction& input,
-                                         std::uint16_t* output, std::uint16_t* kept) const {
+                                         std::uint16_t* output) const {
   first = std::max(first, target.top) - target.top;
   last = std::min(last, target.bottom) - target.top;
   if (last < first) return;
@@ -224,7 +221,7 @@ void CZoomFractional::SImpl::convertRows(int first, int last, const LinesFunctio
   for (int row = first; row <= last;) {
     const std::ptrdiff_t at = (target.top + row) * horizontal.stride +
                               static_cast<std::ptrdiff_t>(target.left) * ZOOM_COMPONENTS;
-    row += walk.makeRows(row, last, output + at, kept ? kept + at : nullptr);
+    row += walk.makeRows(row, last, output + at);
   }
 }
 
@@ -244,13 +241,13 @@ bool CZoomFractional::prepare(const SRectD& source, const SRect& target) {
 }
 
 void CZoomFractional::convertRows(int firstRow, int lastRow, const std::uint16_t* input,
-                                  std::uint16_t* output, std::uint16_t* kept) const {
+                                  std::uint16_t* output) const {
   const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(impl_->pixelsPerLine) * ZOOM_COMPONENTS;
   const auto lines = [=](int first, int /*count*/) { return input + first * stride; };
-  convertRows(firstRow, lastRow, LinesFunction(lines), output, kept);
+  convertRows(firstRow, lastRow, LinesFunction(lines), output);
 }
 
 void CZoomFractional::convertRows(int firstRow, int lastRow, const LinesFunction& lines,
-                                  std::uint16_t* output, std::uint16_t* kept) const {
-  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, lines, output, kept);
+                                  std::uint16_t* output) const {
+  if (impl_->isSetUp) impl_->convertRows(firstRow, lastRow, lines, output);
 }

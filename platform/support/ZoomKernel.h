@@ -17,8 +17,6 @@ struct SZoomRows {
   std::array<const float*, MOST + ZOOM_TAPS - 1> lines{};
   std::array<std::array<float, ZOOM_TAPS>, MOST> weights{};
   std::array<std::uint16_t*, MOST> output{};
-  /// A second place for each row; null for all: there is none.
-  std::array<std::uint16_t*, MOST> kept{};
 };
 
 /// One way to compute both halves of the filter; all give the same bits. Each value is limited to

@@ -17,9 +17,9 @@ namespace {
 
 using ZoomPlaces = std::array<std::uint16_t*, SZoomRows::MOST>;
 
-template <class LANES, int ROWS, bool KEPT>
+template <class LANES, int ROWS>
 STAB_ZOOM_INLINE void combineBlock(const SZoomRows& rows, std::ptrdiff_t x,
-                                   const ZoomPlaces& output, const ZoomPlaces& kept) {
+                                   const ZoomPlaces& output) {
   using Vector = typename LANES::Vector;
   Vector value[ROWS + ZOOM_TAPS - 1];
   for (int i = 0; i < ROWS + ZOOM_TAPS - 1; ++i)
@@ -41,47 +41,30 @@ STAB_ZOOM_INLINE void combineBlock(const SZoomRows& rows, std::ptrdiff_t x,
     }
     const Vector floored = LANES::greater(sum, LANES::lesser(low[r], low[r + 2]));
     const Vector limited = LANES::lesser(floored, LANES::greater(high[r], high[r + 2]));
-    const auto samples = LANES::cutOff(LANES::sum(limited, LANES::all(0.5F)));  // rounded
-    LANES::store(samples, output[row]);
-    if constexpr (KEPT) LANES::store(samples, kept[row]);
+    LANES::store(LANES::cutOff(LANES::sum(limited, LANES::all(0.5F))), output[row]);  // rounded
   }
 }
 
-template <class LANES, int ROWS, bool KEPT>
+template <class LANES, int ROWS>
 STAB_ZOOM_INLINE void combineRowsOf(const SZoomRows& rows) {
   ZoomPlaces output = rows.output;
-  ZoomPlaces kept = rows.kept;
   int x = 0;
   for (; x + LANES::SIZE <= rows.count; x += LANES::SIZE) {
-    combineBlock<LANES, ROWS, KEPT>(rows, x, output, kept);
-    for (std::size_t r = 0; r < ROWS; ++r) {
-      output[r] += LANES::SIZE;
-      if constexpr (KEPT) kept[r] += LANES::SIZE;
-    }
+    combineBlock<LANES, ROWS>(rows, x, output);
+    for (std::size_t r = 0; r < ROWS; ++r) output[r] += LANES::SIZE;
   }
   if (x == rows.count) return;
   std::uint16_t rest[SZoomRows::MOST][LANES::SIZE];
-  combineBlock<LANES, ROWS, false>(rows, x, {rest[0], rest[1], rest[2], rest[3]}, {});
-  for (std::size_t r = 0; r < ROWS; ++r) {
-    std::copy_n(rest[r], rows.count - x, output[r]);
-    if constexpr (KEPT) std::copy_n(rest[r], rows.count - x, kept[r]);
-  }
-}
-
-template <class LANES, bool KEPT>
-STAB_ZOOM_INLINE void combineRowsInto(const SZoomRows& rows) {
-  if (rows.rows == SZoomRows::MOST)
-    combineRowsOf<LANES, SZoomRows::MOST, KEPT>(rows);
-  else
-    combineRowsOf<LANES, 1, KEPT>(rows);
+  combineBlock<LANES, ROWS>(rows, x, {rest[0], rest[1], rest[2], rest[3]});
+  for (std::size_t r = 0; r < ROWS; ++r) std::copy_n(rest[r], rows.count - x, output[r]);
 }
 
 template <class LANES>
 STAB_ZOOM_INLINE void combineRowsBy(const SZoomRows& rows) {
-  if (rows.kept[0])
-    combineRowsInto<LANES, true>(rows);
+  if (rows.rows == SZoomRows::MOST)
+    combineRowsOf<LANES, SZoomRows::MOST>(rows);
   else
-    combineRowsInto<LANES, false>(rows);
+    combineRowsOf<LANES, 1>(rows);
 }
 
 }  // namespace

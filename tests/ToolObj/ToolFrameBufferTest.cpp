@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "ToolObj/ToolNode.h"
 #include "doubles/TraceCapture.h"
 
@@ -97,6 +102,39 @@ TEST_F(CFrameBufferTest, CopiesWhatIsAskedFor) {
   ASSERT_TRUE(marks.CopyFrom(source, false, false));
   EXPECT_EQ(marks.samples(), nullptr);
   EXPECT_TRUE(marks.invisibleFields().empty());
+}
+
+// The pool has three buffers.
+TEST_F(CFrameBufferTest, SharedSamplesStayAsTheyAreWhateverBecomesOfTheFrame) {
+  auto buffer = frame();
+  EXPECT_EQ(buffer->shareSamples(), nullptr);
+  ASSERT_TRUE(buffer->ensureSamples());
+  fill(buffer->samples(), 1);
+  const std::shared_ptr<const std::uint16_t> first = buffer->shareSamples();
+  EXPECT_EQ(std::as_const(*buffer).samples(), first.get()) << "looking on costs no copy";
+  EXPECT_EQ(buffer->samples()[47], 1);
+  fill(buffer->samples(), 2);
+  std::shared_ptr<const std::uint16_t> second = buffer->shareSamples();
+  fill(buffer->samples(), 3);
+  EXPECT_EQ(first.get()[47], 1);
+  EXPECT_EQ(second.get()[47], 2);
+
+  const std::shared_ptr<const std::uint16_t> third = buffer->shareSamples();
+  EXPECT_EQ(buffer->samples(), nullptr) << "a fourth buffer of three";
+  EXPECT_EQ(std::as_const(*buffer).samples()[47], 3) << "nothing is lost";
+  second.reset();
+  fill(buffer->samples(), 4);
+  EXPECT_EQ(third.get()[47], 3);
+
+  CToolFrameBuffer source(&format_, &pool_);
+  EXPECT_FALSE(source.ensureSamples());
+  buffer->releaseSamples();
+  ASSERT_TRUE(source.ensureSamples());
+  fill(source.samples(), 5);
+  const std::shared_ptr<const std::uint16_t> fifth = source.shareSamples();
+  EXPECT_FALSE(source.CopyFrom(*buffer, true, false)) << "not into what others look at";
+  EXPECT_EQ(fifth.get()[47], 5);
+  buffer.reset();
 }
 
 TEST_F(CFrameBufferTest, KeepsOriginalsInTheChangedRegions) {

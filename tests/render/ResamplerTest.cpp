@@ -221,31 +221,6 @@ TEST_P(EveryResampler, GivesTheScalarBitsForTheSmallestTurnsAndAnyAlignment) {
   }
 }
 
-TEST_P(EveryResampler, KeepsTheSameRowsInTheFrameThatFillsWhatIsMissing) {
-  const SPicture picture(300, 40, "random", 26);
-  const SPicture before(300, 40, "random", 27);
-  const SWarpMap maps[] = {{{-7.4F, 1, 0}, {5.3F, 0, 1}},
-                           {{9.4F, 1, 0.002F}, {-6.3F, -0.002F, 1}},
-                           {{500, 1, 0}, {0, 0, 1}},
-                           {{0, 1.2F, 0}, {3, 0.2F, 1}}};
-  for (const SWarpMap& map : maps) {
-    SResampleJob job;
-    job.area = {10, 3, 280, 30};
-    job.map = map;
-    job.previous = before.samples.data();
-    const Frame expected = render(scalar(), job, picture);
-    Frame kept = before.samples;
-    job.previous = job.kept = kept.data();
-    EXPECT_EQ(render(GetParam(), job, picture), expected);
-    for (std::size_t i = 0; i < kept.size(); ++i) {
-      const int x = static_cast<int>(i) / 3 % 300;
-      const int y = static_cast<int>(i) / 900;
-      const bool inside = x >= 10 && x <= 280 && y >= 3 && y <= 30;
-      ASSERT_EQ(kept[i], inside ? expected[i] : before.samples[i]) << i << " " << map.wx[0];
-    }
-  }
-}
-
 TEST_P(EveryResampler, KeepsAFlatPictureWhateverTheShift) {
   constexpr int WIDTH = 600;
   constexpr int HEIGHT = 300;

@@ -8,7 +8,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Faults.h"
@@ -152,9 +154,11 @@ class CPass {
     while (const auto frame = std::unique_ptr<CToolFrameBuffer>(results.queue().takeOldest())) {
       if (frame->isEndOfMaterial()) continue;
       const std::size_t count = format.getBytesPerField() / sizeof(std::uint16_t);
-      outputs[frame->frameIndex()] = {Samples(frame->samples(), frame->samples() + count),
-                                      frame->renderFlag(),
+      const std::uint16_t* const samples = std::as_const(*frame).samples();
+      outputs[frame->frameIndex()] = {Samples(samples, samples + count), frame->renderFlag(),
                                       frame->changedRegions().Regions().size()};
+      // It is ours: what later frames look back at must not be what becomes of it.
+      std::fill_n(frame->samples(), count, std::uint16_t{4711});
     }
   }
 
@@ -221,6 +225,9 @@ TEST(StabilizerProcTest, AnchorsKeepTheirPictureAndTheOthersAreMoved) {
             (std::vector<int>{Status::THREAD_STARTED, Status::RUNNING, Status::END_OF_MATERIAL,
                               Status::STOPPED, Status::THREAD_ENDED}));
   EXPECT_TRUE(pass.shot.rendered);
+  std::vector<int> range(10);
+  std::iota(range.begin(), range.end(), FIRST);
+  EXPECT_EQ(pass.shot.framesRendered, range);
   EXPECT_EQ(pass.shot.runState(), RUN_RENDERING);
   std::vector<std::string> progress{"SetFrameCount 10 1", "SetStatusMessage Stabilizing",
                                     "StartProgress"};
@@ -359,7 +366,11 @@ TEST(StabilizerProcTest, ZoomWarpsAndEnlargesTheAnchorsToo) {
 /// The fills that look back, frame by frame and pixel by pixel, with whole frames copied about.
 std::map<int, Samples> lookingBack(CPass& pass, const SRect& area) {
   const auto copyArea = [&](const Samples& from, Samples& to) {
-    CopyArea(from.data(), to.data(), pass.format.getPixelsPerLine(), area, {area.top, area.bottom});
+    const std::ptrdiff_t stride = std::ptrdiff_t{3} * pass.format.getPixelsPerLine();
+    for (int y = area.top; y <= area.bottom; ++y) {
+      const std::ptrdiff_t begin = y * stride + std::ptrdiff_t{3} * area.left;
+      std::copy_n(from.begin() + begin, 3 * (area.right - area.left + 1), to.begin() + begin);
+    }
   };
   CZoomFractional zoom(2);
   zoom.initialize(pass.format, 2, 2, 128, 128, 128);

@@ -59,8 +59,14 @@ class CToolFrameBuffer {
   bool copiedFlag() const { return copied_; }
 
   /// Null until ensureSamples succeeded.
-  std::uint16_t* samples() { return samples_; }
-  const std::uint16_t* samples() const { return samples_; }
+  const std::uint16_t* samples() const { return samples_.get(); }
+  /// The same to write to. A frame whose samples are shared takes its own copy first, so that what
+  /// others see stays as it is; null, and nothing changed, when there is no memory for it.
+  std::uint16_t* samples();
+  /// The samples as they are now, whatever becomes of the frame, even after its and the allocator's
+  /// end: a copy that costs nothing unless the frame is written to. Null until ensureSamples
+  /// succeeded.
+  std::shared_ptr<const std::uint16_t> shareSamples();
   /// Null without a format.
   const CImageFormat* imageFormat() const { return format_.get(); }
   CBufferPool* allocator() const { return allocator_; }
@@ -69,13 +75,14 @@ class CToolFrameBuffer {
   CPixelRegionList& changedRegions() { return changedRegions_; }
 
  private:
-  bool takeBuffer(std::uint16_t*& buffer);
+  bool takeSamples();
   bool takeFieldBuffers();
 
   int frameIndex_ = -1;
   int frameKind_ = 0;
   bool endOfMaterial_ = false;
-  std::uint16_t* samples_ = nullptr;
+  std::shared_ptr<std::uint16_t> samples_;
+  bool shared_ = false;  ///< the samples may have another holder
   std::vector<SInvisibleFieldBuffer> invisibleFields_;
   std::unique_ptr<CImageFormat> format_;
   bool copied_ = false;

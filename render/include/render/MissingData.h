@@ -1,11 +1,8 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 
 #include "params/StabilizerParameters.h"
-#include "support/Memory.h"
 #include "support/Rect.h"
 #include "tracking/TrackingArray.h"
 
@@ -40,9 +37,6 @@ struct SRows {
   int last;
 };
 
-/// Copies what of `rows` lies inside `area`. REQUIRES: as CopyOutside.
-void CopyArea(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, const SRect& area,
-              SRows rows);
 /// Copies what of `rows` lies outside `inside`. REQUIRES: `rows` and `inside`, which is not empty,
 /// lie within the frame.
 void CopyOutside(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine, SRows rows,
@@ -50,33 +44,3 @@ void CopyOutside(const std::uint16_t* from, std::uint16_t* to, int pixelsPerLine
 /// Paints what of `rows` lies outside `inside` in one colour. REQUIRES: as CopyOutside.
 void PaintOutside(std::uint16_t* samples, int pixelsPerLine, SRows rows, const SRect& inside,
                   const std::uint16_t color[3]);
-
-/// A frame that a pass keeps for itself, such as the one that uncovered pixels show with the fills
-/// that look back. Only the processing rectangle is ever kept: nothing else can be missing. One
-/// allocation per pass. THREAD: one at a time; disjoint rows from several.
-class CKeptFrame {
- public:
-  CKeptFrame() = default;
-  ~CKeptFrame() { Release(); }
-  CKeptFrame(const CKeptFrame&) = delete;
-  CKeptFrame& operator=(const CKeptFrame&) = delete;
-  void swap(CKeptFrame& other) noexcept;
-
-  /// Keeps what it has when the size is the same. False when there is no memory.
-  bool Allocate(int pixelsPerLine, int lines);
-  void Release();
-  /// Keeps the columns of `area` of `rows` of a frame.
-  void Take(const std::uint16_t* samples, const SRect& area, SRows rows);
-  /// Said to have been filled since Allocate.
-  bool isFilled() const { return filled_; }
-  void markFilled() { filled_ = true; }
-  /// Null before Allocate.
-  std::uint16_t* samples() { return samples_; }
-
- private:
-  std::unique_ptr<CBufferPool> memory_;  // a pool's buffers are made for whole frames
-  std::uint16_t* samples_ = nullptr;
-  int pixelsPerLine_ = 0;
-  int lines_ = 0;
-  bool filled_ = false;
-};

@@ -17,8 +17,7 @@
 /// Everything one frame's resampling needs; owns nothing. Samples are 16-bit, 3 per pixel,
 /// interleaved, rows of `pixelsPerLine` pixels directly one after another.
 /// REQUIRES: 0 <= left <= right < pixelsPerLine, 0 <= top <= bottom < lines, fewer than 2^29
-/// pixels; `source`, `output` and `previous` are different frames, and so are `source`, `output`
-/// and `kept`.
+/// pixels; `output` is neither `source` nor `previous`.
 struct SResampleJob {
   const std::uint16_t* source = nullptr;
   std::uint16_t* output = nullptr;
@@ -31,9 +30,6 @@ struct SResampleJob {
   /// Missing pixels show this frame's samples of the same place; null: they show `fillColor`.
   const std::uint16_t* previous = nullptr;
   std::uint16_t fillColor[3] = {0, 0, 0};
-  /// A second frame that receives the same rows; null: there is none. It may be `previous`: what is
-  /// missing in a row is read before the row is written.
-  std::uint16_t* kept = nullptr;
 };
 
 /// Resamples the rows [firstRow, lastRow] (inclusive; none when lastRow < firstRow) of the

@@ -63,7 +63,6 @@ class CStabilizerProc final : public CToolProcessor {
   SRows linesOfSlice(int slice) const;
   bool resampleInBands(const SWarpMap& map);
   void renderOutside(SRows rows);
-  void keepSource();
   bool enlargeSource(int frame);
   bool enlargeInBands(const std::function<void(int slice)>& work);
   void enlargeRows(const SResampleJob& job, int slice);
@@ -90,8 +89,9 @@ class CStabilizerProc final : public CToolProcessor {
   std::uint16_t black_[3] = {0, 0, 0};
   std::uint16_t white_[3] = {0, 0, 0};
   std::optional<SRectD> zoomSource_;
-  CKeptFrame previous_;  ///< what uncovered pixels show
-  CKeptFrame enlarged_;  ///< what they will show after this frame, with the fill Zoom
+  /// What uncovered pixels show with the fills that look back: mostly the last output, which is on
+  /// its way already. Null: nothing yet.
+  std::shared_ptr<const std::uint16_t> previous_;
   std::vector<std::uint16_t> warpedRows_;  ///< for each band, rows that are being enlarged
   std::unique_ptr<CSliceThreads> sliceThreads_;
 

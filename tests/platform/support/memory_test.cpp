@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <numeric>
 #include <set>
 #include <string>
@@ -92,6 +93,23 @@ TEST(CBufferPool, HandsOutAtMostItsLimitAndTheLastReturnedFirst) {
   }
 }
 
+TEST(CBufferPool, ASharedBufferGoesBackWithItsLastHolderEvenAfterThePool) {
+  auto pool = std::make_unique<CBufferPool>(1000, 2);
+  std::shared_ptr<void> first = pool->allocateShared();
+  const std::shared_ptr<void> second = pool->allocateShared();
+  EXPECT_EQ(pool->allocateShared(), nullptr);
+  std::shared_ptr<void> holder = first;
+  first.reset();
+  EXPECT_EQ(pool->allocateBuffer(), nullptr) << "somebody still looks at it";
+  void* const memory = holder.get();
+  holder.reset();
+  EXPECT_EQ(pool->buffersInUse(), 1);
+  first = pool->allocateShared();
+  EXPECT_EQ(first.get(), memory);
+  pool.reset();
+  std::memset(first.get(), 1, 1000);
+}
+
 TEST(CBufferPool, BuffersStartOnACacheLineAndLargeOnesOnAHugePage) {
   const struct {
     std::size_t bytes, boundary;
@@ -124,6 +142,7 @@ TEST(CBufferPool, NoMemoryIsNullAndCountsNothing) {
 #endif
   CBufferPool pool(std::size_t{1} << 60, 2);
   for (int i = 0; i < 5; ++i) EXPECT_EQ(pool.allocateBuffer(), nullptr);
+  EXPECT_EQ(pool.allocateShared(), nullptr);
   EXPECT_EQ(pool.buffersInUse(), 0);
 }
 

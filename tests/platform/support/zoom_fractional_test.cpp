@@ -153,13 +153,11 @@ TEST(ZoomFractional, PartsEqualTheWhole) {
   CZoomFractional parts(2);
   parts.initialize(CImageFormat(64, 48), 2, 2, 128, 128, 128);
   SFrame to = from;
-  SFrame kept = from;
   ASSERT_TRUE(parts.prepare(source, target));
   for (const auto& [first, last] : {std::pair{30, 100}, {-5, 3}, {4, 4}, {9, 8}, {5, 29}}) {
-    parts.convertRows(first, last, from.samples.data(), to.samples.data(), kept.samples.data());
+    parts.convertRows(first, last, from.samples.data(), to.samples.data());
   }
   EXPECT_EQ(to.samples, whole.samples);
-  EXPECT_EQ(kept.samples, whole.samples);
 
   EXPECT_FALSE(parts.prepare({50, 9, 10, 40}, target));
   parts.convertRows(0, 47, whole.samples.data(), to.samples.data());

@@ -93,9 +93,6 @@ TEST_P(ZoomKernel, CombinesRowsToTheSameBits) {
       const auto combined = [&](const SZoomKernel& kernel) {
         std::vector<std::vector<std::uint16_t>> made(
             SZoomRows::MOST, std::vector<std::uint16_t>(static_cast<std::size_t>(count) + 1, 7));
-        // Beside each other in all alignments.
-        std::vector<std::vector<std::uint16_t>> kept(
-            SZoomRows::MOST, std::vector<std::uint16_t>(static_cast<std::size_t>(count) + 2, 7));
         SZoomRows job;
         job.rows = rows;
         job.count = count;
@@ -104,12 +101,9 @@ TEST_P(ZoomKernel, CombinesRowsToTheSameBits) {
           std::copy_n(axis.weights.begin() + static_cast<std::ptrdiff_t>(r) * ZOOM_TAPS, ZOOM_TAPS,
                       job.weights[r].begin());
           job.output[r] = made[r].data();
-          job.kept[r] = kept[r].data() + 1;
         }
         kernel.combineRows(job);
         for (const auto& row : made) EXPECT_EQ(row.back(), 7) << "written behind the row";
-        for (std::size_t r = 0; r < made.size(); ++r)
-          EXPECT_TRUE(std::equal(made[r].begin(), made[r].end(), kept[r].begin() + 1));
         return made;
       };
       EXPECT_EQ(combined(GetParam()), combined(plain())) << count << " values, " << rows << " rows";

@@ -85,7 +85,8 @@ class CNavSystemInterface {
   /// Called before each frame is sent on.
   virtual void frameOutputHook(CToolFrameBuffer* frame, int toolNumber, const std::string& name,
                                bool processingStarted) = 0;
-  /// A pool of buffers for `count` frames of `bytesPerField`; null when there is none. The host's.
+  /// A pool of buffers for `count` frames of `bytesPerField`, and for what looks back at one that
+  /// was sent on; null when there is none. The host's.
   virtual CBufferPool* getFrameAllocator(std::size_t bytesPerField, int count, int valueA,
                                          int valueB) = 0;
 

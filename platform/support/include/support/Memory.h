@@ -2,10 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
+#include <memory>
 #include <new>
 #include <utility>
-#include <vector>
 
 /// Raw memory of the support library. Null on failure, never an exception.
 void* QTXmalloc(std::size_t bytes);
@@ -81,7 +80,7 @@ std::size_t MachineMemory();
 /// system once and reused until the pool dies, the last one given back first: a fresh 50 MB buffer
 /// costs far more in page faults than the work done in it. Buffers are QTXmallocLarge's. At most
 /// `limit` buffers are handed out at a time.
-/// THREAD: any. The pool must outlive its buffers' use.
+/// THREAD: any. The pool must outlive its buffers' use, but for shared ones.
 class CBufferPool {
  public:
   /// `limit` 0: no limit.
@@ -94,14 +93,16 @@ class CBufferPool {
   void* allocateBuffer();
   /// Null is ignored.
   void freeBuffer(void* buffer);
+  /// A buffer that goes back when the last of its holders lets go, which may be after the pool's
+  /// end. Null as allocateBuffer.
+  std::shared_ptr<void> allocateShared();
 
   std::size_t bytesPerBuffer() const { return bytesPerBuffer_; }
   int buffersInUse() const;
 
  private:
+  struct SBuffers;
+
   const std::size_t bytesPerBuffer_;
-  const int limit_;
-  mutable std::mutex mutex_;
-  std::vector<void*> free_;
-  int inUse_ = 0;
+  const std::shared_ptr<SBuffers> buffers_;  // shared with the shared buffers
 };

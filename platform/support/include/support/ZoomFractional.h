@@ -41,11 +41,10 @@ class CZoomFractional {
   /// target.bottom] are done, in any division and with the same result. False, and convertRows
   /// writes nothing, where convert would write nothing.
   bool prepare(const SRectD& source, const SRect& target);
-  /// Rows [firstRow, lastRow] of the target; those outside it are left out. `kept` is a second
-  /// frame that receives them, or null. The frames do not overlap. THREAD: any, several at once for
-  /// different rows.
-  void convertRows(int firstRow, int lastRow, const std::uint16_t* input, std::uint16_t* output,
-                   std::uint16_t* kept = nullptr) const;
+  /// Rows [firstRow, lastRow] of the target; those outside it are left out. The frames do not
+  /// overlap. THREAD: any, several at once for different rows.
+  void convertRows(int firstRow, int lastRow, const std::uint16_t* input,
+                   std::uint16_t* output) const;
 
   static constexpr int MOST_LINES = 4;
   /// Gives `count` whole lines of the input, 1 to MOST_LINES, from `first` on, directly one after
@@ -55,8 +54,8 @@ class CZoomFractional {
   /// The same from lines that are made while they are wanted: each that the rows are made of once,
   /// from top to bottom; rows of another call may be made of some of them too. So an input that is
   /// itself calculated need not go through memory.
-  void convertRows(int firstRow, int lastRow, const LinesFunction& lines, std::uint16_t* output,
-                   std::uint16_t* kept) const;
+  void convertRows(int firstRow, int lastRow, const LinesFunction& lines,
+                   std::uint16_t* output) const;
 
  private:
   struct SImpl;
