@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 
 #include "Commands.h"
 #include "support/Trace.h"
@@ -15,6 +16,11 @@ std::string Printable(std::string text) {
 
 void LogLine(const std::string& text) {
   if (ZRNQLogLevel >= 1) SendZRNQMessage(text, true, false);
+}
+
+void Complain(const std::string& what) {
+  LogLine(what);
+  std::fprintf(stderr, "stabilize: %s\n", Printable(what).c_str());
 }
 
 void AddQuietFlag(CLI::App& command, SProgram& program) {

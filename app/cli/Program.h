@@ -25,3 +25,7 @@ std::string Printable(std::string text);
 
 /// A line of what the program did, for --log alone. THREAD: any.
 void LogLine(const std::string& text);
+
+/// The one way to tell an error: on standard error behind the program's name, and in the log.
+/// THREAD: any.
+void Complain(const std::string& what);

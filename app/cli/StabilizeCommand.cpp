@@ -38,8 +38,7 @@ int stabilize(const SStabilizeOptions& options, const SProgram& program) {
   if (!program.isQuiet()) std::printf("%s\n", summary.c_str());
   const std::string unsteady = TooUnsteady(result);
   if (unsteady.empty()) return EXIT_DONE;
-  LogLine(unsteady);
-  std::fprintf(stderr, "stabilize: %s\n", unsteady.c_str());
+  Complain(unsteady);
   return EXIT_FAILED;
 }
 

@@ -31,30 +31,23 @@ void installLog(const SProgram& program, std::ofstream& log) {
 }
 
 int complain(const std::string& what, int status) {
-  LogLine(what);
-  std::fprintf(stderr, "stabilize: %s\n", Printable(what).c_str());
+  Complain(what);
   return status;
-}
-
-int complain(const std::exception& error, int status) {
-  return complain(std::string(error.what()), status);
 }
 
 int run(const SProgram& program) {
   try {
     return program.command();
   } catch (const CUsageError& error) {
-    return complain(error, EXIT_USAGE);
+    return complain(error.what(), EXIT_USAGE);
   } catch (const CClipExists& error) {
     return complain(std::string(error.what()) + "; --overwrite replaces it", EXIT_FAILED);
   } catch (const CInterrupted& error) {
-    return complain(error, EXIT_INTERRUPTED);
+    return complain(error.what(), EXIT_INTERRUPTED);
   } catch (const CJobError& error) {
-    LogLine(error.what());
-    std::fprintf(stderr, "stabilize: %s (code %d)\n", Printable(error.what()).c_str(), error.code);
-    return EXIT_FAILED;
+    return complain(error.what() + (" (code " + std::to_string(error.code) + ")"), EXIT_FAILED);
   } catch (const std::exception& error) {
-    return complain(error, EXIT_FAILED);
+    return complain(error.what(), EXIT_FAILED);
   }
 }
 
@@ -74,13 +67,11 @@ int main(int argc, char** argv) {
   try {
     installLog(program, log);
   } catch (const CUsageError& error) {
-    return complain(error, EXIT_USAGE);
+    return complain(error.what(), EXIT_USAGE);
   }
   status = run(program);
-  if (std::fflush(stdout) != 0 && status == EXIT_DONE) {
-    std::fprintf(stderr, "stabilize: standard output cannot be written\n");
-    status = EXIT_FAILED;
-  }
+  if (std::fflush(stdout) != 0 && status == EXIT_DONE)
+    status = complain("standard output cannot be written", EXIT_FAILED);
   SetLogSink({});
   SetTraceSink({});
   return status;

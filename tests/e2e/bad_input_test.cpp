@@ -67,6 +67,8 @@ const SBadInput BAD_INPUTS[] = {
     {"OutputBelowAFile", "touch file", "scan.####.dpx -o file/out.####.dpx", 1, "file"},
     {"UnknownContainer", "", "scan.####.dpx -o out.xyz", 1, "out.xyz"},
     {"UnknownOption", "", "scan.####.dpx -o out.####.dpx --frobnicate", 2, "--frobnicate"},
+    {"OptionCutShort", "", "scan.####.dpx -o out.####.dpx --fil zoom", 2,
+     "stabilize: The following arguments were not expected: zoom --fil"},
     {"UnknownChoice", "", "scan.####.dpx -o out.####.dpx --motion wobble", 2,
      "--motion: wants one of match, remove, smooth, not \"wobble\""},
     {"NumberForAChoice", "", "scan.####.dpx -o out.####.dpx --fill 1", 2, "--fill: wants one of"},
@@ -102,6 +104,8 @@ TEST_P(BadInput, IsToldAndLosesNothing) {
   const SRun run = RunLine(folder.path(), "stabilize " + quoted);
   EXPECT_EQ(run.status, bad.status) << run.output;
   EXPECT_NE(run.output.find(bad.says), std::string::npos) << run.output;
+  EXPECT_NE(("\n" + run.output).find("\nstabilize: "), std::string::npos)
+      << "every error has the program's name: " << run.output;
   EXPECT_EQ(FileText(folder.path() / "scan.1002.dpx"), before);
   for (const auto& entry : fs::directory_iterator(folder.path()))
     EXPECT_EQ(entry.path().filename().string().find("tmp"), std::string::npos) << entry.path();

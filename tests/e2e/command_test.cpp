@@ -187,6 +187,11 @@ TEST_F(Command, SaysHowItIsUsed) {
                              "--verbose",     "--points",        "--tracker-origin",
                              "--save-points", "--export-motion", "--cache-memory"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
+  const SRun shotHelp = run("stabilize test-shot --help");
+  EXPECT_EQ(shotHelp.status, 0);
+  for (const char* standard : {"--frames INT=240", "--width INT=2048", "--drift-y FLOAT=-4",
+                               "--rotation FLOAT=0.03", "--matte INT=0", "--no-subject "})
+    EXPECT_NE(shotHelp.output.find(standard), std::string::npos) << shotHelp.output;
   const SRun version = run("stabilize --version");
   EXPECT_EQ(version.status, 0);
   EXPECT_NE(version.output.find("1.2.0.0"), std::string::npos) << version.output;
