@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 #include "Commands.h"
+#include "support/ErrorReport.h"
+#include "support/Files.h"
 #include "support/Trace.h"
 
 std::string Printable(std::string text) {
@@ -12,6 +16,17 @@ std::string Printable(std::string text) {
       [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\n') || c == '\x7f'; },
       '?');
   return text;
+}
+
+void BeginLog(const std::string& path) {
+  std::error_code ignored;
+  // A new file: the old one may have another name, under which it shall keep what it holds.
+  if (std::filesystem::is_regular_file(path, ignored) && !WriteFileWhole(path, {}))
+    throw CUsageError("--log " + theError.getMessage());
+  const auto log = std::make_shared<std::ofstream>(path, std::ios::app);
+  if (!*log) throw CUsageError("--log " + path + " cannot be written");
+  ZRNQLogLevel = 2;
+  SetLogSink([log](const std::string& line) { *log << line << std::endl; });
 }
 
 void LogLine(const std::string& text) {

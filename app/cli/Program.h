@@ -12,7 +12,6 @@ struct SProgram {
   /// The command that was chosen, with its options; returns the exit status, or throws one of the
   /// session's errors.
   std::function<int()> command;
-  std::string logFile;
   int verbosity = 0;                         ///< -1 quiet
   std::atomic<bool>* interrupted = nullptr;  ///< becomes true when the command shall stop
 
@@ -22,6 +21,10 @@ struct SProgram {
 /// Texts of files that anybody may have made are shown on the terminal, not obeyed by it: control
 /// characters become "?". Line breaks stay.
 std::string Printable(std::string text);
+
+/// Begins the log that the two below write to, in place of what stands there. The caller has made
+/// sure that nothing is lost by that. Throws CUsageError where it cannot be written.
+void BeginLog(const std::string& path);
 
 /// A line of what the program did, for --log alone. THREAD: any.
 void LogLine(const std::string& text);

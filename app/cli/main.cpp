@@ -1,11 +1,9 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
 
 #include "CommandLine.h"
 #include "clip/ClipWriter.h"
-#include "session/ResultFiles.h"
 #include "session/StabilizeJob.h"
 #include "support/Trace.h"
 
@@ -18,14 +16,7 @@ void onInterrupt(int signal) {
   std::signal(signal, SIG_DFL);  // a second one ends the program at once
 }
 
-void installLog(const SProgram& program, std::ofstream& log) {
-  if (!program.logFile.empty()) {
-    CheckTextName("--log", program.logFile);
-    log.open(program.logFile);
-    if (!log) throw CUsageError("--log " + program.logFile + " cannot be written");
-    ZRNQLogLevel = 2;
-    SetLogSink([&log](const std::string& line) { log << line << std::endl; });
-  }
+void installTrace(const SProgram& program) {
   ZRNQTraceLevel = program.verbosity > 0 ? program.verbosity : -1;
   SetTraceSink([](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); });
 }
@@ -63,12 +54,7 @@ int main(int argc, char** argv) {
   std::signal(SIGHUP, onInterrupt);
   std::signal(SIGPIPE, SIG_IGN);  // who stops reading our progress does not stop the work
   std::signal(SIGXFSZ, SIG_IGN);  // a full quota is an error of the write that meets it
-  std::ofstream log;
-  try {
-    installLog(program, log);
-  } catch (const CUsageError& error) {
-    return complain(error.what(), EXIT_USAGE);
-  }
+  installTrace(program);
   status = run(program);
   if (std::fflush(stdout) != 0 && status == EXIT_DONE)
     status = complain("standard output cannot be written", EXIT_FAILED);
