@@ -86,11 +86,15 @@ TEST_F(Command, ARotationThatIsLeftAloneIsNotBlamedOnTheResult) {
 
 TEST_F(Command, ResidualAboveTheLimitFails) {
   makeSmallShot("scan.####.tif");
-  const SRun strict =
-      run("stabilize scan.####.tif -o steady.####.tif --verify --max-residual 0.00001");
+  mustRun("echo old > run.log");
+  const SRun strict = run(
+      "stabilize scan.####.tif -o steady.####.tif --verify --max-residual 0.00001 --log run.log");
   EXPECT_EQ(strict.status, 1);
   EXPECT_NE(strict.output.find("--max-residual"), std::string::npos) << strict.output;
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "steady.1040.tif"));
+  const std::string log = FileText(folder_.path() / "run.log");
+  EXPECT_EQ(log.find("stabilize 1.2.0.0: scan.####.tif -> steady.####.tif\n"), 0u) << log;
+  EXPECT_NE(log.find("--max-residual"), std::string::npos) << log;
 }
 
 TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnMemoryNorOnTheRun) {
