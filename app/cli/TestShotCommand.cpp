@@ -4,6 +4,8 @@
 #include "clip/ClipWriter.h"
 #include "clip/TestShot.h"
 #include "session/ClipCopy.h"
+#include "session/PointsOutput.h"
+#include "session/ResultFiles.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
 #include "support/Threads.h"
@@ -18,6 +20,8 @@ struct SRequest {
 };
 
 int makeTestShot(const SRequest& request, const SProgram& program) {
+  CheckTextName("--truth", request.truth);
+  CheckWritable(request.truth);
   const int threads = AvailableProcessorCoreCount();
   const std::unique_ptr<IClipReader> shot = MakeTestShotReader(request.shot);
   const SClipInfo& info = shot->info();

@@ -50,6 +50,12 @@ const SBadInput BAD_INPUTS[] = {
     {"ALogThatIsAnotherNameOfTheScan", "mkdir d && ln scan.1002.dpx d/l.txt",
      "scan.####.dpx -o out.xyz --log d/l.txt", 1, "out.xyz"},
     {"ALogOfACommand", "cp scan.1001.dpx copy", "--log copy info scan.####.dpx", 2, "--log"},
+    {"ATruthOverTheVideo", "", "test-shot -o v.mkv --width 64 --height 64 --frames 2 --truth v.mkv",
+     2, "--truth v.mkv: a text"},
+    {"ATruthThatHasNoPlace", "",
+     "test-shot -o scan.####.dpx --overwrite --width 320 --height 240 --frames 2 --truth "
+     "nowhere/t.json",
+     1, "nowhere"},
     {"NothingToVerify", "", "scan.####.dpx -o null: --max-residual 0.1", 2, "null:"},
     {"HoleInTheSequence", "rm scan.1004.dpx scan.1005.dpx", "scan.####.dpx -o out.####.dpx", 1,
      "1004"},
