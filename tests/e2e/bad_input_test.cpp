@@ -56,6 +56,8 @@ const SBadInput BAD_INPUTS[] = {
      "test-shot -o scan.####.dpx --overwrite --width 320 --height 240 --frames 2 --truth "
      "nowhere/t.json",
      1, "nowhere"},
+    {"NothingToCompare", "", "scan.####.dpx -o null: --compare c.mp4", 2,
+     "--compare needs an output that can be read, not null:"},
     {"NothingToVerify", "", "scan.####.dpx -o null: --max-residual 0.1", 2, "null:"},
     {"HoleInTheSequence", "rm scan.1004.dpx scan.1005.dpx", "scan.####.dpx -o out.####.dpx", 1,
      "1004"},
