@@ -42,22 +42,27 @@ int run(const SProgram& program) {
   }
 }
 
+/// What was printed has arrived, or the status says that it has not.
+int finishOutput(int status) {
+  const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
+  return failed && status == EXIT_DONE ? complain("standard output cannot be written", EXIT_FAILED)
+                                       : status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   SProgram program;
   program.interrupted = &interrupted;
   int status = EXIT_DONE;
-  if (!ParseCommandLine(argc, argv, program, status)) return status;
+  if (!ParseCommandLine(argc, argv, program, status)) return finishOutput(status);
   std::signal(SIGINT, onInterrupt);
   std::signal(SIGTERM, onInterrupt);
   std::signal(SIGHUP, onInterrupt);
   std::signal(SIGPIPE, SIG_IGN);  // who stops reading our progress does not stop the work
   std::signal(SIGXFSZ, SIG_IGN);  // a full quota is an error of the write that meets it
   installTrace(program);
-  status = run(program);
-  if (std::fflush(stdout) != 0 && status == EXIT_DONE)
-    status = complain("standard output cannot be written", EXIT_FAILED);
+  status = finishOutput(run(program));
   SetLogSink({});
   SetTraceSink({});
   return status;

@@ -203,4 +203,12 @@ TEST_F(Command, SaysHowItIsUsed) {
             std::string::npos);
 }
 
+TEST_F(Command, AnAnswerThatCannotBeWrittenIsAFailure) {
+  for (const char* question : {"--help", "info --help", "--version", "info test:frames=2"}) {
+    const SRun lost = run(std::string("stabilize ") + question + " > /dev/full");
+    EXPECT_EQ(lost.status, 1) << question;
+    EXPECT_NE(lost.output.find("standard output cannot be written"), std::string::npos) << question;
+  }
+}
+
 }  // namespace
