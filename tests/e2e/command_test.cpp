@@ -177,6 +177,18 @@ TEST_F(Command, VideoGoesInAndOut) {
   EXPECT_EQ(run("stabilize info both.mp4").status, 0);
 }
 
+TEST_F(Command, SaysWhichStreamOfTheSourceIsNotInTheOutput) {
+  mustRun(
+      "stabilize test-shot -o scan.mkv --width 320 --height 240 --frames 6 -q && printf '1\n"
+      "00:00:00,000 --> 00:00:01,000\nsub\n' > sub.srt && ffmpeg -v error -i scan.mkv -i sub.srt "
+      "-c copy with.mkv");
+  const SRun done = run("stabilize with.mkv -o steady.mp4 -v");
+  EXPECT_EQ(done.status, 0) << done.output;
+  EXPECT_NE(done.output.find("with.mkv: stream 1 (subrip) is not carried to steady.mp4\n"),
+            std::string::npos)
+      << done.output;
+}
+
 TEST_F(Command, SaysHowItIsUsed) {
   const SRun help = run("stabilize --help");
   EXPECT_EQ(help.status, 0);
