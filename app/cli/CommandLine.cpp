@@ -16,8 +16,13 @@ bool ParseCommandLine(int argc, char** argv, SProgram& program, int& status) {
   AddQueueCommand(app, program);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& help) {
+    app.exit(help);
+    status = EXIT_DONE;
+    return false;
   } catch (const CLI::ParseError& error) {
-    status = app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+    Complain(error.what() + std::string("\nRun with --help for more information."));
+    status = EXIT_USAGE;
     return false;
   }
   return true;

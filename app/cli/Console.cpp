@@ -1,8 +1,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 #include "Commands.h"
+#include "support/ErrorReport.h"
+#include "support/Files.h"
 #include "support/Trace.h"
 
 std::string Printable(std::string text) {
@@ -13,8 +18,24 @@ std::string Printable(std::string text) {
   return text;
 }
 
+void BeginLog(const std::string& path) {
+  std::error_code ignored;
+  // A new file: the old one may have another name, under which it shall keep what it holds.
+  if (std::filesystem::is_regular_file(path, ignored) && !WriteFileWhole(path, {}))
+    throw CUsageError("--log " + theError.getMessage());
+  const auto log = std::make_shared<std::ofstream>(path, std::ios::app);
+  if (!*log) throw CUsageError("--log " + path + " cannot be written");
+  ZRNQLogLevel = 2;
+  SetLogSink([log](const std::string& line) { *log << line << std::endl; });
+}
+
 void LogLine(const std::string& text) {
   if (ZRNQLogLevel >= 1) SendZRNQMessage(text, true, false);
+}
+
+void Complain(const std::string& what) {
+  LogLine(what);
+  std::fprintf(stderr, "stabilize: %s\n", Printable(what).c_str());
 }
 
 void AddQuietFlag(CLI::App& command, SProgram& program) {

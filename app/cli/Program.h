@@ -12,7 +12,6 @@ struct SProgram {
   /// The command that was chosen, with its options; returns the exit status, or throws one of the
   /// session's errors.
   std::function<int()> command;
-  std::string logFile;
   int verbosity = 0;                         ///< -1 quiet
   std::atomic<bool>* interrupted = nullptr;  ///< becomes true when the command shall stop
 
@@ -23,5 +22,13 @@ struct SProgram {
 /// characters become "?". Line breaks stay.
 std::string Printable(std::string text);
 
+/// Begins the log that the two below write to, in place of what stands there. The caller has made
+/// sure that nothing is lost by that. Throws CUsageError where it cannot be written.
+void BeginLog(const std::string& path);
+
 /// A line of what the program did, for --log alone. THREAD: any.
 void LogLine(const std::string& text);
+
+/// The one way to tell an error: on standard error behind the program's name, and in the log.
+/// THREAD: any.
+void Complain(const std::string& what);

@@ -42,12 +42,11 @@ std::string successText(const SStabilizeResult& result, bool whole) {
 
 void tell(const SShotOutcome& outcome, const SProgram& program) {
   const SQueuedShot& shot = outcome.shot;
-  const std::string output = Printable(shot.options.output);
   if (shot.state == EShotState::failed)
-    std::fprintf(stderr, "entry %d: failed: %s: %s\n", shot.number, output.c_str(),
-                 Printable(shot.message).c_str());
+    Complain("entry " + std::to_string(shot.number) + ": failed: " + shot.options.output + ": " +
+             shot.message);
   else if (!program.isQuiet())
-    std::printf("entry %d: done: %s: %s\n", shot.number, output.c_str(),
+    std::printf("entry %d: done: %s: %s\n", shot.number, Printable(shot.options.output).c_str(),
                 successText(*outcome.result, program.verbosity > 0).c_str());
   std::fflush(stdout);  // the order of both streams in a log that takes both
 }

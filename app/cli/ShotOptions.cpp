@@ -88,11 +88,13 @@ CLI::Option* AddInput(CLI::App& command, std::string& input) {
 }
 
 CLI::Option* AddOutput(CLI::App& command, SStabilizeOptions& options) {
-  command.add_flag("--overwrite", options.overwrite, "Replace output that exists");
+  command.add_flag("--overwrite", options.overwrite,
+                   "Replace an output, a --compare and a --save-points file that exist");
   return command
-      .add_option("-o,--output", options.output,
-                  "Where the steady shot goes: a sequence pattern (name.####.dpx), a folder, or a "
-                  "video (.mov, .mkv, .mp4)")
+      .add_option(
+          "-o,--output", options.output,
+          "Where the steady shot goes: a sequence pattern (name.####.dpx), a folder, a video "
+          "(.mov, .mkv, .mp4), or null: (nowhere)")
       ->type_name("OUTPUT");
 }
 

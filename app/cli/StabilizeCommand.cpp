@@ -4,6 +4,7 @@
 #include "Commands.h"
 #include "ShotOptions.h"
 #include "session/PluginLibrary.h"
+#include "session/ResultFiles.h"
 #include "session/ShotReport.h"
 #include "support/ErrorReport.h"
 #include "support/Kernels.h"
@@ -12,6 +13,7 @@ namespace {
 
 struct SRequest {
   SStabilizeOptions options;
+  std::string log;
   bool version = false;
 };
 
@@ -29,7 +31,10 @@ int showVersions() {
   return EXIT_DONE;
 }
 
-int stabilize(const SStabilizeOptions& options, const SProgram& program) {
+int stabilize(const SRequest& request, const SProgram& program) {
+  const SStabilizeOptions& options = request.options;
+  CheckResultFiles(options, request.log);
+  if (!request.log.empty()) BeginLog(request.log);
   const CConsoleObserver console(program);
   LogLine("stabilize " STAB_VERSION ": " + options.input + " -> " + options.output);
   const SStabilizeResult result = CStabilizeJob(options, console.observer()).run();
@@ -38,8 +43,7 @@ int stabilize(const SStabilizeOptions& options, const SProgram& program) {
   if (!program.isQuiet()) std::printf("%s\n", summary.c_str());
   const std::string unsteady = TooUnsteady(result);
   if (unsteady.empty()) return EXIT_DONE;
-  LogLine(unsteady);
-  std::fprintf(stderr, "stabilize: %s\n", unsteady.c_str());
+  Complain(unsteady);
   return EXIT_FAILED;
 }
 
@@ -57,16 +61,19 @@ void AddStabilizeCommand(CLI::App& app, SProgram& program) {
   AddResultOptions(app, options);
   AddThreadsOption(app, options.threads);
   AddCacheOption(app, options.cacheMemory);
-  app.add_option("--log", program.logFile, "Write a log")->type_name("FILE");
+  CLI::Option* log = app.add_option("--log", request->log, "Write a log")->type_name("FILE");
   AddVerboseFlag(app, program);
   AddQuietFlag(app, program);
-  app.final_callback([request, input, output, &program] {
+  app.final_callback([request, input, output, log, &program] {
     if (request->version) {
       program.command = showVersions;
     } else if (!program.command) {
       if (input->count() == 0) throw CLI::RequiredError("INPUT");
       if (output->count() == 0) throw CLI::RequiredError("--output");
-      program.command = [request, &program] { return stabilize(request->options, program); };
+      program.command = [request, &program] { return stabilize(*request, program); };
+    } else if (log->count() > 0) {
+      throw CLI::ValidationError("--log",
+                                 "goes with a shot that is stabilised, not with a command");
     }
   });
 }

@@ -1,7 +1,11 @@
+#include <limits>
+
 #include "Commands.h"
 #include "clip/ClipWriter.h"
 #include "clip/TestShot.h"
 #include "session/ClipCopy.h"
+#include "session/PointsOutput.h"
+#include "session/ResultFiles.h"
 #include "support/ErrorReport.h"
 #include "support/Files.h"
 #include "support/Threads.h"
@@ -16,6 +20,8 @@ struct SRequest {
 };
 
 int makeTestShot(const SRequest& request, const SProgram& program) {
+  CheckTextName("--truth", request.truth);
+  CheckWritable(request.truth);
   const int threads = AvailableProcessorCoreCount();
   const std::unique_ptr<IClipReader> shot = MakeTestShotReader(request.shot);
   const SClipInfo& info = shot->info();
@@ -31,10 +37,11 @@ int makeTestShot(const SRequest& request, const SProgram& program) {
 }
 
 void addSceneOptions(CLI::App* command, STestShotSettings& shot) {
-  command->add_option("--frames", shot.frames, "Frames")
-      ->check(CLI::PositiveNumber.description(""));
+  constexpr int any = std::numeric_limits<int>::max();
+  command->option_defaults()->always_capture_default();
+  command->add_option("--frames", shot.frames, "Frames")->check(CLI::Range(1, any).description(""));
   command->add_option("--first", shot.firstFrame, "Number of the first frame")
-      ->check(CLI::NonNegativeNumber.description(""));
+      ->check(CLI::Range(0, any).description(""));
   command->add_option("--width", shot.width, "Pixels")
       ->check(CLI::Range(64, 16384).description(""));
   command->add_option("--height", shot.height, "Pixels")
@@ -49,7 +56,8 @@ void addSceneOptions(CLI::App* command, STestShotSettings& shot) {
   command->add_option("--flicker", shot.flicker, "RMS, of the exposure");
   command->add_option("--dust", shot.dust, "Specks a frame");
   command->add_option("--matte", shot.matte, "Width of a matted border, pixels");
-  command->add_flag("!--no-subject", shot.subject, "Nothing moves on its own");
+  command->add_flag_callback(
+      "--no-subject", [&shot] { shot.subject = false; }, "Nothing moves on its own");
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
 
 #include "CommandLine.h"
 #include "clip/ClipWriter.h"
-#include "session/ResultFiles.h"
 #include "session/StabilizeJob.h"
 #include "support/Trace.h"
 
@@ -18,44 +16,37 @@ void onInterrupt(int signal) {
   std::signal(signal, SIG_DFL);  // a second one ends the program at once
 }
 
-void installLog(const SProgram& program, std::ofstream& log) {
-  if (!program.logFile.empty()) {
-    CheckTextName("--log", program.logFile);
-    log.open(program.logFile);
-    if (!log) throw CUsageError("--log " + program.logFile + " cannot be written");
-    ZRNQLogLevel = 2;
-    SetLogSink([&log](const std::string& line) { log << line << std::endl; });
-  }
+void installTrace(const SProgram& program) {
   ZRNQTraceLevel = program.verbosity > 0 ? program.verbosity : -1;
   SetTraceSink([](const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); });
 }
 
 int complain(const std::string& what, int status) {
-  LogLine(what);
-  std::fprintf(stderr, "stabilize: %s\n", Printable(what).c_str());
+  Complain(what);
   return status;
-}
-
-int complain(const std::exception& error, int status) {
-  return complain(std::string(error.what()), status);
 }
 
 int run(const SProgram& program) {
   try {
     return program.command();
   } catch (const CUsageError& error) {
-    return complain(error, EXIT_USAGE);
+    return complain(error.what(), EXIT_USAGE);
   } catch (const CClipExists& error) {
     return complain(std::string(error.what()) + "; --overwrite replaces it", EXIT_FAILED);
   } catch (const CInterrupted& error) {
-    return complain(error, EXIT_INTERRUPTED);
+    return complain(error.what(), EXIT_INTERRUPTED);
   } catch (const CJobError& error) {
-    LogLine(error.what());
-    std::fprintf(stderr, "stabilize: %s (code %d)\n", Printable(error.what()).c_str(), error.code);
-    return EXIT_FAILED;
+    return complain(error.what() + (" (code " + std::to_string(error.code) + ")"), EXIT_FAILED);
   } catch (const std::exception& error) {
-    return complain(error, EXIT_FAILED);
+    return complain(error.what(), EXIT_FAILED);
   }
+}
+
+/// What was printed has arrived, or the status says that it has not.
+int finishOutput(int status) {
+  const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
+  return failed && status == EXIT_DONE ? complain("standard output cannot be written", EXIT_FAILED)
+                                       : status;
 }
 
 }  // namespace
@@ -64,23 +55,14 @@ int main(int argc, char** argv) {
   SProgram program;
   program.interrupted = &interrupted;
   int status = EXIT_DONE;
-  if (!ParseCommandLine(argc, argv, program, status)) return status;
+  if (!ParseCommandLine(argc, argv, program, status)) return finishOutput(status);
   std::signal(SIGINT, onInterrupt);
   std::signal(SIGTERM, onInterrupt);
   std::signal(SIGHUP, onInterrupt);
   std::signal(SIGPIPE, SIG_IGN);  // who stops reading our progress does not stop the work
   std::signal(SIGXFSZ, SIG_IGN);  // a full quota is an error of the write that meets it
-  std::ofstream log;
-  try {
-    installLog(program, log);
-  } catch (const CUsageError& error) {
-    return complain(error, EXIT_USAGE);
-  }
-  status = run(program);
-  if (std::fflush(stdout) != 0 && status == EXIT_DONE) {
-    std::fprintf(stderr, "stabilize: standard output cannot be written\n");
-    status = EXIT_FAILED;
-  }
+  installTrace(program);
+  status = finishOutput(run(program));
   SetLogSink({});
   SetTraceSink({});
   return status;

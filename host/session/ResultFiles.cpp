@@ -23,15 +23,19 @@ std::string oneName(const std::string& path) {
 }  // namespace
 
 void CheckTextName(const std::string& option, const std::string& path) {
-  for (const char* extension : OTHER_FILES)
-    if (HasExtension(path, extension))
-      throw CUsageError(option + " " + path + ": a text is not written under the name of a " +
-                        extension + " file");
+  if (path.empty()) return;
+  // What a link leads to is what would be lost.
+  for (const std::string& name : {path, oneName(path)})
+    for (const char* extension : OTHER_FILES)
+      if (HasExtension(name, extension))
+        throw CUsageError(option + " " + name + ": a text is not written under the name of a " +
+                          extension + " file");
 }
 
-void CheckResultFiles(const SStabilizeOptions& options) {
+void CheckResultFiles(const SStabilizeOptions& options, const std::string& log) {
   CheckTextName("--report", options.report);
   CheckTextName("--graph", options.graph);
+  CheckTextName("--log", log);
   const std::pair<const char*, const std::string*> files[] = {
       {"INPUT", &options.input},
       {"--output", &options.output},
@@ -40,7 +44,8 @@ void CheckResultFiles(const SStabilizeOptions& options) {
       {"--report", &options.report},
       {"--graph", &options.graph},
       {"--save-points", &options.savePoints},
-      {"--export-motion", &options.exportMotion}};
+      {"--export-motion", &options.exportMotion},
+      {"--log", &log}};
   std::map<std::string, const char*> taken;
   for (const auto& [option, path] : files) {
     if (path->empty() || *path == "null:") continue;

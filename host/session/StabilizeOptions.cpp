@@ -174,6 +174,8 @@ void CheckAndComplete(SStabilizeOptions& options, const SClipInfo& clip) {
   if (options.maxResidual) options.verify = true;
   if (options.verify && options.output == "null:")
     throw CUsageError("--verify and --max-residual need an output that can be read, not null:");
+  if (!options.compare.empty() && options.output == "null:")
+    throw CUsageError("--compare needs an output that can be read, not null:");
 }
 
 CPDLEntry MakeEntry(const SStabilizeOptions& options) {

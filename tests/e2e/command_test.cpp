@@ -86,11 +86,15 @@ TEST_F(Command, ARotationThatIsLeftAloneIsNotBlamedOnTheResult) {
 
 TEST_F(Command, ResidualAboveTheLimitFails) {
   makeSmallShot("scan.####.tif");
-  const SRun strict =
-      run("stabilize scan.####.tif -o steady.####.tif --verify --max-residual 0.00001");
+  mustRun("echo old > run.log");
+  const SRun strict = run(
+      "stabilize scan.####.tif -o steady.####.tif --verify --max-residual 0.00001 --log run.log");
   EXPECT_EQ(strict.status, 1);
   EXPECT_NE(strict.output.find("--max-residual"), std::string::npos) << strict.output;
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "steady.1040.tif"));
+  const std::string log = FileText(folder_.path() / "run.log");
+  EXPECT_EQ(log.find("stabilize 1.2.0.0: scan.####.tif -> steady.####.tif\n"), 0u) << log;
+  EXPECT_NE(log.find("--max-residual"), std::string::npos) << log;
 }
 
 TEST_F(Command, TheBytesDependNeitherOnThreadsNorOnMemoryNorOnTheRun) {
@@ -173,6 +177,18 @@ TEST_F(Command, VideoGoesInAndOut) {
   EXPECT_EQ(run("stabilize info both.mp4").status, 0);
 }
 
+TEST_F(Command, SaysWhichStreamOfTheSourceIsNotInTheOutput) {
+  mustRun(
+      "stabilize test-shot -o scan.mkv --width 320 --height 240 --frames 6 -q && printf '1\n"
+      "00:00:00,000 --> 00:00:01,000\nsub\n' > sub.srt && ffmpeg -v error -i scan.mkv -i sub.srt "
+      "-c copy with.mkv");
+  const SRun done = run("stabilize with.mkv -o steady.mp4 -v");
+  EXPECT_EQ(done.status, 0) << done.output;
+  EXPECT_NE(done.output.find("with.mkv: stream 1 (subrip) is not carried to steady.mp4\n"),
+            std::string::npos)
+      << done.output;
+}
+
 TEST_F(Command, SaysHowItIsUsed) {
   const SRun help = run("stabilize --help");
   EXPECT_EQ(help.status, 0);
@@ -187,11 +203,24 @@ TEST_F(Command, SaysHowItIsUsed) {
                              "--verbose",     "--points",        "--tracker-origin",
                              "--save-points", "--export-motion", "--cache-memory"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
+  const SRun shotHelp = run("stabilize test-shot --help");
+  EXPECT_EQ(shotHelp.status, 0);
+  for (const char* standard : {"--frames INT=240", "--width INT=2048", "--drift-y FLOAT=-4",
+                               "--rotation FLOAT=0.03", "--matte INT=0", "--no-subject "})
+    EXPECT_NE(shotHelp.output.find(standard), std::string::npos) << shotHelp.output;
   const SRun version = run("stabilize --version");
   EXPECT_EQ(version.status, 0);
   EXPECT_NE(version.output.find("1.2.0.0"), std::string::npos) << version.output;
   EXPECT_NE(run("STABILIZE_KERNEL=plain stabilize --version").output.find("kernel plain"),
             std::string::npos);
+}
+
+TEST_F(Command, AnAnswerThatCannotBeWrittenIsAFailure) {
+  for (const char* question : {"--help", "info --help", "--version", "info test:frames=2"}) {
+    const SRun lost = run(std::string("stabilize ") + question + " > /dev/full");
+    EXPECT_EQ(lost.status, 1) << question;
+    EXPECT_NE(lost.output.find("standard output cannot be written"), std::string::npos) << question;
+  }
 }
 
 }  // namespace

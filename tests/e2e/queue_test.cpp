@@ -68,7 +68,7 @@ TEST_F(Queue, AShotThatFailsFailsAlone) {
   const SRun first = run("cd elsewhere && stabilize queue run ../list.pdl");
   EXPECT_EQ(first.status, 1);
   EXPECT_TRUE(says(first, "entry 1: done: ")) << first.output;
-  EXPECT_TRUE(says(first, "entry 2: failed: ")) << first.output;
+  EXPECT_TRUE(says(first, "stabilize: entry 2: failed: ")) << first.output;
   EXPECT_TRUE(says(first, "entry 3: done: ")) << first.output;
   EXPECT_TRUE(says(first, "2 done, 1 failed, 0 left")) << first.output;
   EXPECT_TRUE(fs::exists(at("out-c/scan.1004.dpx")));

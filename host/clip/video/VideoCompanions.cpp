@@ -27,7 +27,8 @@ int AddCopy(const AVStream& source, AVFormatContext& output) {
 }  // namespace
 
 CVideoCompanions::CVideoCompanions(const std::string& source, AVFormatContext& output,
-                                   double origin, double begin, double end)
+                                   const std::string& outputName, double origin, double begin,
+                                   double end)
     : output_(output),
       input_(OpenInput(source)),
       origin_(origin),
@@ -43,7 +44,7 @@ CVideoCompanions::CVideoCompanions(const std::string& source, AVFormatContext& o
     if (targets_.back() < 0 && !isVideo)
       TraceAt(1, source + ": stream " + std::to_string(i) + " (" +
                      avcodec_get_name(stream.codecpar->codec_id) + ") is not carried to " +
-                     output.url);
+                     outputName);
   }
 }
 

@@ -10,10 +10,11 @@
 /// (level 1). THREAD: one at a time.
 class CVideoCompanions {
  public:
-  /// Adds the streams to `output`, whose header is not written yet. [begin, end): seconds of the
+  /// Adds the streams to `output`, whose header is not written yet; `outputName`: what the trace
+  /// calls it, whose file has a temporary name until it is whole. [begin, end): seconds of the
   /// source that are written, infinite where the whole is wanted; `origin` becomes 0.
-  CVideoCompanions(const std::string& source, AVFormatContext& output, double origin, double begin,
-                   double end);
+  CVideoCompanions(const std::string& source, AVFormatContext& output,
+                   const std::string& outputName, double origin, double begin, double end);
   /// Writes every packet that begins before `second` (of the source). Returns a library code.
   int writeUntil(double second);
   /// Writes the rest of the range.

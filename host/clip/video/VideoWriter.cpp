@@ -223,7 +223,7 @@ class CVideoWriter : public IClipWriter {
     const SClipInfo& info = source_.info();
     const double begin = first_ == info.firstFrame ? -HUGE_VAL : secondOf(first_);
     const double end = end_ == info.endFrame ? HUGE_VAL : secondOf(end_);
-    companions_.emplace(info.path, *file_, secondOf(first_), begin, end);
+    companions_.emplace(info.path, *file_, path_, secondOf(first_), begin, end);
   }
 
   void carryRotation(const AVStream& original) {
