@@ -1,30 +1,16 @@
 #include <cmath>
 #include <random>
 
+#include "ClipCopies.h"
 #include "TemporaryFolder.h"
 #include "VideoFiles.h"
-#include "clip/ClipReader.h"
-#include "clip/ClipWriter.h"
-#include "clip/TestShot.h"
 
 namespace {
 
-using Samples = std::vector<std::uint16_t>;
-
-std::unique_ptr<IClipReader> SmallShot(int frames, int depth = 16) {
-  STestShotSettings settings;
-  settings.width = 96;
-  settings.height = 64;
-  settings.frames = frames;
-  settings.firstFrame = 1001;
-  settings.depth = depth;
-  return MakeTestShotReader(settings);
-}
-
-Samples ReadFrame(IClipReader& clip, int frame) {
-  Samples samples(clip.info().format.getBytesPerField() / 2);
-  clip.readFrame(frame, samples.data());
-  return samples;
+std::unique_ptr<IClipReader> SmallShot(int frames, int depth = 16, int width = 96) {
+  return OpenClip("test:height=64,firstFrame=1001,width=" + std::to_string(width) +
+                      ",frames=" + std::to_string(frames) + ",depth=" + std::to_string(depth),
+                  1);
 }
 
 std::vector<Samples> ReadAll(IClipReader& clip) {
@@ -32,13 +18,6 @@ std::vector<Samples> ReadAll(IClipReader& clip) {
   for (int frame = clip.info().firstFrame; frame < clip.info().endFrame; ++frame)
     frames.push_back(ReadFrame(clip, frame));
   return frames;
-}
-
-void CopyRange(IClipReader& source, const std::string& path, int first, int end) {
-  const auto writer = CreateClip(path, source, first, end, {});
-  for (int frame = first; frame < end; ++frame)
-    writer->writeFrame(frame, ReadFrame(source, frame).data());
-  writer->finish();
 }
 
 /// Root of the mean squared difference, in parts of full range.
@@ -195,15 +174,9 @@ TEST(Video, WhatIsNoVideoIsRefused) {
   ExpectMentions(ErrorOf([&] { OpenClip(folder("b.mp4"), 1); }), {"b.mp4", "no such file"});
   const auto shot = SmallShot(3);
   CopyRange(*shot, folder("odd.mkv"), 1001, 1004);
-  STestShotSettings odd;
-  odd.width = 97;
-  odd.height = 64;
-  odd.frames = 1;
-  ExpectMentions(ErrorOf([&] {
-                   CreateClip(folder("odd.mp4"), *MakeTestShotReader(odd), odd.firstFrame,
-                              odd.firstFrame + 1, {});
-                 }),
-                 {"odd.mp4", "even width", "97 x 64"});
+  ExpectMentions(
+      ErrorOf([&] { CreateClip(folder("odd.mp4"), *SmallShot(1, 10, 97), 1001, 1002, {}); }),
+      {"odd.mp4", "even width", "97 x 64"});
   EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.mp4", "odd.mkv"}));
 }
 
