@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <chrono>
-#include <thread>
 #include <vector>
 
 #include "Program.h"
@@ -81,49 +79,40 @@ const SBadInput BAD_INPUTS[] = {
     {"PointTooNearTheEdge", "", "scan.####.dpx -o out.####.dpx --point 3,100", 2, "track box"},
 };
 
-class BadInput : public ::testing::TestWithParam<SBadInput> {};
+class BadInput : public ProgramTest, public ::testing::WithParamInterface<SBadInput> {};
 
 TEST_P(BadInput, IsToldAndLosesNothing) {
   const SBadInput& bad = GetParam();
-  CTemporaryFolder folder;
-  const SRun made =
-      RunLine(folder.path(),
-              "stabilize test-shot -o scan.####.dpx --width 320 --height 240 --frames "
-              "12 --dust 0 --no-subject -q");
-  ASSERT_EQ(made.status, 0) << made.output;
-  if (*bad.prepare) {
-    const SRun prepared = RunLine(folder.path(), bad.prepare);
-    ASSERT_EQ(prepared.status, 0) << prepared.output;
-  }
-  const std::string before = FileText(folder.path() / "scan.1002.dpx");
+  mustRun(
+      "stabilize test-shot -o scan.####.dpx --width 320 --height 240 --frames 12 --dust 0 "
+      "--no-subject -q");
+  if (*bad.prepare) mustRun(bad.prepare);
+  const std::string before = fileText("scan.1002.dpx");
   const std::string arguments = bad.arguments;
   std::string quoted;
   for (char c : arguments) quoted += c == ';' ? std::string("\\;") : std::string(1, c);
-  const SRun run = RunLine(folder.path(), "stabilize " + quoted);
-  EXPECT_EQ(run.status, bad.status) << run.output;
-  EXPECT_NE(run.output.find(bad.says), std::string::npos) << run.output;
-  EXPECT_EQ(FileText(folder.path() / "scan.1002.dpx"), before);
-  for (const auto& entry : fs::directory_iterator(folder.path()))
+  const SRun done = run("stabilize " + quoted);
+  EXPECT_EQ(done.status, bad.status) << done.output;
+  EXPECT_TRUE(says(done, bad.says)) << done.output;
+  EXPECT_EQ(fileText("scan.1002.dpx"), before);
+  for (const auto& entry : fs::directory_iterator(folder))
     EXPECT_EQ(entry.path().filename().string().find("tmp"), std::string::npos) << entry.path();
 }
 
 INSTANTIATE_TEST_SUITE_P(Command, BadInput, ::testing::ValuesIn(BAD_INPUTS),
                          [](const auto& info) { return std::string(info.param.name); });
 
-class BadLuck : public ::testing::Test {
+class BadLuck : public ProgramTest {
  protected:
   void makeShot(const char* frames) {
-    const SRun made = RunLine(folder_.path(), std::string("stabilize test-shot -o scan.####.dpx "
-                                                          "--width 640 --height 480 --dust 0 -q "
-                                                          "--frames ") +
-                                                  frames);
-    ASSERT_EQ(made.status, 0) << made.output;
+    mustRun("stabilize test-shot -o scan.####.dpx --width 640 --height 480 --dust 0 -q --frames " +
+            std::string(frames));
   }
   /// Whole frames of out.####.dpx; anything else that begins with "out" or hides is a failure.
   int wholeFrames() {
     int count = 0;
     std::vector<std::uint16_t> samples(640 * 480 * 3);
-    for (const auto& entry : fs::directory_iterator(folder_.path())) {
+    for (const auto& entry : fs::directory_iterator(folder)) {
       const std::string name = entry.path().filename().string();
       EXPECT_EQ(name.find("tmp"), std::string::npos) << name;
       if (name.rfind("out.", 0) != 0) continue;
@@ -133,26 +122,22 @@ class BadLuck : public ::testing::Test {
     }
     return count;
   }
-  CTemporaryFolder folder_;
 };
 
 TEST_F(BadLuck, AFullDiskLeavesOnlyWholeFrames) {
   makeShot("8");
   // The limit lies between the size of a frame and nothing: every frame is too large. With
   // one thread the first of them fails first.
-  const SRun run = RunLine(
-      folder_.path(), "( ulimit -f 400; stabilize scan.####.dpx -o out.####.dpx --threads 1 )");
-  EXPECT_EQ(run.status, 1) << run.output;
-  EXPECT_NE(run.output.find("out.1001.dpx"), std::string::npos) << run.output;
+  const SRun full = run("( ulimit -f 400; stabilize scan.####.dpx -o out.####.dpx --threads 1 )");
+  EXPECT_EQ(full.status, 1) << full.output;
+  EXPECT_TRUE(says(full, "out.1001.dpx")) << full.output;
   EXPECT_EQ(wholeFrames(), 0);
 }
 
 TEST_F(BadLuck, AnInterruptStopsCleanlyAndWholeFramesStay) {
   makeShot("150");
-  CRunningProgram program(folder_.path(),
-                          "exec '" STAB_PROGRAM "' scan.####.dpx -o out.####.dpx -q");
-  while (program.isRunning() && !fs::exists(folder_.path() / "out.1003.dpx"))
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  CRunningProgram program(folder, "exec '" STAB_PROGRAM "' scan.####.dpx -o out.####.dpx -q");
+  waitForFile(program, "out.1003.dpx");
   program.signal(SIGINT);
   EXPECT_EQ(program.wait(), 130);
   const int whole = wholeFrames();
@@ -163,22 +148,14 @@ TEST_F(BadLuck, AnInterruptStopsCleanlyAndWholeFramesStay) {
 TEST_F(BadLuck, AKilledRenderIsMadeWholeBySayingItAgain) {
   makeShot("40");
   {
-    CRunningProgram program(folder_.path(),
-                            "exec '" STAB_PROGRAM "' scan.####.dpx -o out.####.dpx -q");
-    while (program.isRunning() && !fs::exists(folder_.path() / "out.1003.dpx"))
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    CRunningProgram program(folder, "exec '" STAB_PROGRAM "' scan.####.dpx -o out.####.dpx -q");
+    waitForFile(program, "out.1003.dpx");
     program.signal(SIGKILL);
     program.wait();
   }
-  const SRun again =
-      RunLine(folder_.path(), "stabilize scan.####.dpx -o out.####.dpx --overwrite -q");
-  ASSERT_EQ(again.status, 0) << again.output;
-  const SRun fresh = RunLine(folder_.path(), "stabilize scan.####.dpx -o new.####.dpx -q");
-  ASSERT_EQ(fresh.status, 0) << fresh.output;
-  for (int frame = 1001; frame <= 1040; ++frame) {
-    const std::string name = "." + std::to_string(frame) + ".dpx";
-    EXPECT_EQ(FileText(folder_.path() / ("out" + name)), FileText(folder_.path() / ("new" + name)));
-  }
+  mustRun("stabilize scan.####.dpx -o out.####.dpx --overwrite -q");
+  mustRun("stabilize scan.####.dpx -o new.####.dpx -q");
+  expectSameFrames("out.", "new.", 40);
 }
 
 }  // namespace

@@ -8,42 +8,19 @@
 #include <sstream>
 #include <vector>
 
+#include "../host/session/MotionRows.h"
 #include "Program.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* SHOT =
     "stabilize test-shot -o scan.####.dpx --width 480 --height 360 --frames 24 --rotation 0.2 "
     "--no-subject --dust 0 -q";
 
-class Points : public ::testing::Test {
+class Points : public ProgramTest {
  protected:
   Points() { mustRun(SHOT); }
-
-  SRun run(const std::string& line) { return RunLine(folder_.path(), line); }
-  std::string mustRun(const std::string& line) {
-    const SRun done = run(line);
-    EXPECT_EQ(done.status, 0) << line << "\n" << done.output;
-    return done.output;
-  }
-  std::string fileText(const std::string& name) { return FileText(folder_.path() / name); }
-  void expectSamePictures(const std::string& a, const std::string& b) {
-    for (int frame = 1001; frame <= 1024; ++frame) {
-      const std::string name = "." + std::to_string(frame) + ".dpx";
-      ASSERT_FALSE(fileText(a + name).empty());
-      ASSERT_EQ(fileText(a + name), fileText(b + name)) << a << " and " << b << ", frame " << frame;
-    }
-  }
-  bool exists(const std::string& name) { return fs::exists(folder_.path() / name); }
-
-  CTemporaryFolder folder_;
 };
-
-bool contains(const std::string& text, const std::string& words) {
-  return text.find(words) != std::string::npos;
-}
 
 std::size_t linesWith(const std::string& text, const std::string& words) {
   std::size_t count = 0;
@@ -78,7 +55,7 @@ TEST_F(Points, ThatWereTrackedGiveTheSamePicturesWithoutBeingTrackedAgain) {
       options);
   EXPECT_TRUE(contains(said, "points loaded from full.txt, not tracked again")) << said;
   EXPECT_FALSE(contains(said, "Tracking  ")) << said;
-  expectSamePictures("direct", "text");
+  expectSameFrames("direct.", "text.", 24);
 
   // A points file has six digits: what it gives is what its own numbers give.
   const std::string loaded = mustRun(
@@ -93,7 +70,7 @@ TEST_F(Points, ThatWereTrackedGiveTheSamePicturesWithoutBeingTrackedAgain) {
   EXPECT_EQ(fileText("same.points").substr(0, sixDigits.size()), sixDigits);
   mustRun("stabilize points scan.####.dpx -o six.txt --points six.points");
   mustRun("stabilize scan.####.dpx -o sixtext.####.dpx --points six.txt" + options);
-  expectSamePictures("points", "sixtext");
+  expectSameFrames("points.", "sixtext.", 24);
 }
 
 TEST_F(Points, TurnUpsideDownAndBack) {
@@ -164,25 +141,6 @@ TEST_F(Points, CarryTheirMattingUnlessAnotherIsAskedFor) {
   EXPECT_EQ(regionWith(" --matting 10,10,400,300"), "[10,10,400,300]");
 }
 
-/// Rows of named numbers.
-std::vector<std::map<std::string, double>> rowsOf(const std::string& csv) {
-  std::istringstream lines(csv);
-  std::string line;
-  std::vector<std::string> names;
-  std::vector<std::map<std::string, double>> rows;
-  while (std::getline(lines, line)) {
-    std::istringstream fields(line.substr(0, line.find('\r')));
-    std::string field;
-    if (!names.empty()) rows.emplace_back();
-    for (std::size_t i = 0; std::getline(fields, field, ','); ++i)
-      if (rows.empty())
-        names.push_back(field);
-      else
-        rows.back()[names.at(i)] = std::stod(field);
-  }
-  return rows;
-}
-
 /// frame and point, to x and y.
 using Places = std::map<std::pair<int, int>, std::pair<double, double>>;
 
@@ -220,7 +178,7 @@ class ExportedMotion : public Points, public ::testing::WithParamInterface<SMoti
       if (!first) known->second = known->second && here;
     }
     std::map<int, int> numbers;  // as exported, to as tracked afresh
-    std::ofstream text(folder_.path() / "starts.txt");
+    std::ofstream text(folder + "starts.txt");
     text.precision(17);
     for (auto& row : rows) {
       const int point = static_cast<int>(row["point"]);
