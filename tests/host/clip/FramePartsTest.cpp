@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdlib>
 #include <thread>
 
 #include "ClipCopies.h"
@@ -50,10 +49,6 @@ void ExpectPartsOfTheWhole(IClipReader& clip, CBufferPool& pool) {
   for (const SRect& part : AwkwardParts(width, height))
     EXPECT_TRUE(PartOf(*opened, part) == CutOut(whole, width, part))
         << part.left << "," << part.top << " to " << part.right << "," << part.bottom;
-}
-
-void RunShell(const std::string& line) {
-  ASSERT_EQ(std::system((line + " > /dev/null 2>&1").c_str()), 0) << line;
 }
 
 }  // namespace
