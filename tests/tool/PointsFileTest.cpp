@@ -48,13 +48,13 @@ class PointsFile : public ToolTest {
 TEST_F(PointsFile, NamesAreSuggestedAfterMarkIn) {
   struct {
     bool clip;
-    int markIn, rate;
+    int markIn;
     const char* name;
   } const cases[] = {
-      {true, 10, 24, "stab_00_00_00_10.points"},
-      {true, 24 * 3661 + 5, 24, "stab_01_01_01_05.points"},
-      {false, 10, 24, "stab_10.points"},
-      {false, -1, 24, "stab_-1.points"},
+      {true, 10, "stab_00_00_00_10.points"},
+      {true, 24 * 3661 + 5, "stab_01_01_01_05.points"},
+      {false, 10, "stab_10.points"},
+      {false, -1, "stab_-1.points"},
   };
   for (const auto& c : cases) {
     host.clipOpen = c.clip;

@@ -33,21 +33,21 @@ TEST_F(Passes, ButtonsFollowTheProcessingState) {
   const struct {
     int state;
     bool render;
-    int runState, singleFrame;
+    int runState;
     std::string buttons, highlighted;
   } cases[] = {
-      {ETool::STATE_IDLE, true, RUN_IDLE, -1, "deded-de", ""},
-      {ETool::STATE_RUNNING, false, RUN_RENDERING, -1, "dddde-ed", "PreviewAllButtonPanel"},
-      {ETool::STATE_RUNNING, true, RUN_RENDERING, -1, "dddde-ed", "RenderAllButtonPanel"},
-      {ETool::STATE_RUNNING, true, RUN_TRACKING, -1, "ddddd-ed", "RenderAllButtonPanel"},
-      {ETool::STATE_PAUSING, true, RUN_RENDERING, -1, "ddddd-dd", "RenderAllButtonPanel"},
-      {ETool::STATE_PAUSED, true, RUN_RENDERING, -1, "dddd-eed", "RenderAllButtonPanel"},
-      {ETool::STATE_STOPPING, true, RUN_RENDERING, -1, "ddddd-dd", "RenderAllButtonPanel"},
-      {ETool::STATE_PREVIEW_FRAME, false, RUN_RENDERING, -1, "ddddd-dd", "PreviewFrameButtonPanel"},
-      {ETool::STATE_RENDER_FRAME_PAUSED, true, RUN_RENDERING, -1, "ddddd-dd",
-       "RenderFrameButtonPanel"},
-      {2, true, RUN_RENDERING, -1, "ddddd-dd", "RenderFrameButtonPanel"},
-      {99, true, RUN_RENDERING, -1, "ddddd-dd", "RenderFrameButtonPanel"},
+      {ETool::STATE_IDLE, true, RUN_IDLE, "deded-de", ""},
+      {ETool::STATE_RUNNING, false, RUN_RENDERING, "dddde-ed", "PreviewAllButtonPanel"},
+      {ETool::STATE_RUNNING, true, RUN_RENDERING, "dddde-ed", "RenderAllButtonPanel"},
+      {ETool::STATE_RUNNING, true, RUN_TRACKING, "ddddd-ed", "RenderAllButtonPanel"},
+      {ETool::STATE_PAUSING, true, RUN_RENDERING, "ddddd-dd", "RenderAllButtonPanel"},
+      {ETool::STATE_PAUSED, true, RUN_RENDERING, "dddd-eed", "RenderAllButtonPanel"},
+      {ETool::STATE_STOPPING, true, RUN_RENDERING, "ddddd-dd", "RenderAllButtonPanel"},
+      {ETool::STATE_PREVIEW_FRAME, false, RUN_RENDERING, "ddddd-dd", "PreviewFrameButtonPanel"},
+      {ETool::STATE_RENDER_FRAME_PAUSED, true, RUN_RENDERING, "ddddd-dd", "RenderFrameButtonPanel"},
+      {2, true, RUN_RENDERING, "ddddd-dd", "RenderFrameButtonPanel"},
+      {99, true, RUN_RENDERING, "ddddd-dd", "RenderFrameButtonPanel"},
+      {ETool::STATE_IDLE, true, RUN_IDLE, "deded-de", ""},
   };
   makeSmoothed();
   form->updatePointButtons();

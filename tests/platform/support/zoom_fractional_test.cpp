@@ -123,37 +123,36 @@ TEST(ZoomFractional, EqualRectanglesGiveIdenticalSamples) {
   EXPECT_EQ(to.samples, from.samples);
 }
 
+const SRectD SOURCE{10.25, 9.5, 50.75, 40.125};
+const SRect TARGET{4, 3, 59, 44};
+
 // The picture is enlarged within its mat; both ends of the frame are overwritten before they are
 // read unless a copy is kept.
 TEST(ZoomFractional, InPlaceEqualsTwoFrames) {
   const SFrame from = noiseFrame(64, 48);
   SFrame apart = from;
   SFrame inPlace = from;
-  const SRectD source{10.25, 9.5, 50.75, 40.125};
-  const SRect target{4, 3, 59, 44};
-  zoom(source, target, from, apart);
-  zoom(source, target, inPlace, inPlace);
+  zoom(SOURCE, TARGET, from, apart);
+  zoom(SOURCE, TARGET, inPlace, inPlace);
   EXPECT_EQ(inPlace.samples, apart.samples);
 }
 
 TEST(ZoomFractional, PartsEqualTheWhole) {
   const SFrame from = noiseFrame(64, 48);
-  const SRectD source{10.25, 9.5, 50.75, 40.125};
-  const SRect target{4, 3, 59, 44};
   SFrame whole = from;
-  zoom(source, target, from, whole);
+  zoom(SOURCE, TARGET, from, whole);
   CZoomFractional parts(2);
   parts.initialize(CImageFormat(64, 48), 2, 2, 128, 128, 128);
   SFrame to = from;
   SFrame kept = from;
-  ASSERT_TRUE(parts.prepare(source, target));
+  ASSERT_TRUE(parts.prepare(SOURCE, TARGET));
   for (const auto& [first, last] : {std::pair{30, 100}, {-5, 3}, {4, 4}, {9, 8}, {5, 29}}) {
     parts.convertRows(first, last, from.samples.data(), to.samples.data(), kept.samples.data());
   }
   EXPECT_EQ(to.samples, whole.samples);
   EXPECT_EQ(kept.samples, whole.samples);
 
-  EXPECT_FALSE(parts.prepare({50, 9, 10, 40}, target));
+  EXPECT_FALSE(parts.prepare({50, 9, 10, 40}, TARGET));
   parts.convertRows(0, 47, whole.samples.data(), to.samples.data());
   EXPECT_EQ(to.samples, whole.samples) << "a source without extent writes nothing";
 }
