@@ -225,63 +225,50 @@ INSTANTIATE_TEST_SUITE_P(
         SMotionCase{"RegionInABorder", "--matting 20,20,459,339 --fill zoom"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-struct SBadPoints {
-  const char* name;
-  const char* prepare;
-  const char* arguments;
-  int status;
-  const char* says;
-};
-
-void PrintTo(const SBadPoints& bad, std::ostream* stream) {
-  *stream << bad.arguments;
-}
-
-const SBadPoints BAD_POINTS[] = {
-    {"Missing", ":", "--points no.points", 1, "no.points"},
-    {"AFolder", "mkdir a.points", "--points a.points", 1, "a.points"},
-    {"NotAPointsFile", "echo hello > a.points", "--points a.points", 1, "a.points: line 1"},
-    {"CutOff", "head -c 200 good.points > a.points", "--points a.points", 1, "a.points: line"},
-    {"DamagedPoint", "sed '0,/(/s/(/</' good.points > a.points", "--points a.points", 1,
-     "a.points: point 0 of frame 1001 is damaged"},
-    {"Empty", "printf '{\\n}\\n[]\\n0 0 0 0 0\\nR\\n' > a.points", "--points a.points", 1,
-     "a.points: holds no points"},
-    {"TextWithoutPoints", "echo '# none' > a.txt", "--points a.txt", 1, "a.txt: holds no points"},
-    {"TextOfAnotherForm", "echo 1001,5,6 > a.txt", "--points a.txt", 1, "a.txt: line 1"},
-    {"BinaryText", "head -c 4096 scan.1001.dpx > a.txt", "--points a.txt", 1, "a.txt: line 1"},
-    {"Gigabyte", "truncate -s 1G a.txt", "--points a.txt", 1, "a.txt"},
-    {"OutsideThePicture", "echo 1001 500 90 > a.txt", "--points a.txt", 1,
-     "a.txt: point 0 at 500.000000,90.000000 is outside the picture"},
-    {"TooNearTheEdge", "printf '1001 90 90\\n\\n1001 3 90\\n' > a.txt", "--points a.txt", 1,
-     "a.txt: point 1 at 3.000000,90.000000: its track box would leave the picture"},
-    {"MattingOutside", "sed 's/^1 0 479 0 359/1 0 480 0 359/' good.points > a.points",
-     "--points a.points", 1, "a.points: its matting box"},
-    {"TwoSources", ":", "--points good.points --point 90,90", 2, "--point"},
-    {"FileAndSearch", ":", "--points good.points --auto 4", 2, "--auto"},
-    {"SavedOverAFile", ":", "--save-points good.points", 1, "good.points: exists already"},
-    {"SavedNowhere", ":", "--save-points no/such.points", 1, "no/such.points"},
-    {"SavedAsSomethingElse", ":", "--save-points a.doc", 2, "a.doc"},
-    {"MotionNowhere", ":", "--export-motion no/such.csv", 1, "no/such.csv"},
-    {"MotionAsSomethingElse", ":", "--export-motion a.txt", 2, "--export-motion a.txt"},
-};
-
-class BadPoints : public Points, public ::testing::WithParamInterface<SBadPoints> {};
-
-TEST_P(BadPoints, AreRefusedBeforeAnyWork) {
-  const SBadPoints& bad = GetParam();
+TEST_F(Points, ThatAreBadAreRefusedBeforeAnyWork) {
+  const struct {
+    const char *name, *prepare, *arguments;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"Missing", "", "--points no.points", 1, "no.points"},
+      {"AFolder", "mkdir a.points", "--points a.points", 1, "a.points"},
+      {"NotAPointsFile", "echo hello > a.points", "--points a.points", 1, "a.points: line 1"},
+      {"CutOff", "head -c 200 good.points > a.points", "--points a.points", 1, "a.points: line"},
+      {"DamagedPoint", "sed '0,/(/s/(/</' good.points > a.points", "--points a.points", 1,
+       "a.points: point 0 of frame 1001 is damaged"},
+      {"Empty", "printf '{\\n}\\n[]\\n0 0 0 0 0\\nR\\n' > a.points", "--points a.points", 1,
+       "a.points: holds no points"},
+      {"TextWithoutPoints", "echo '# none' > a.txt", "--points a.txt", 1, "a.txt: holds no points"},
+      {"TextOfAnotherForm", "echo 1001,5,6 > a.txt", "--points a.txt", 1, "a.txt: line 1"},
+      {"BinaryText", "head -c 4096 scan.1001.dpx > a.txt", "--points a.txt", 1, "a.txt: line 1"},
+      {"Gigabyte", "truncate -s 1G a.txt", "--points a.txt", 1, "a.txt"},
+      {"OutsideThePicture", "echo 1001 500 90 > a.txt", "--points a.txt", 1,
+       "a.txt: point 0 at 500.000000,90.000000 is outside the picture"},
+      {"TooNearTheEdge", "printf '1001 90 90\\n\\n1001 3 90\\n' > a.txt", "--points a.txt", 1,
+       "a.txt: point 1 at 3.000000,90.000000: its track box would leave the picture"},
+      {"MattingOutside", "sed 's/^1 0 479 0 359/1 0 480 0 359/' good.points > a.points",
+       "--points a.points", 1, "a.points: its matting box"},
+      {"TwoSources", "", "--points good.points --point 90,90", 2, "--point"},
+      {"FileAndSearch", "", "--points good.points --auto 4", 2, "--auto"},
+      {"SavedOverAFile", "", "--save-points good.points", 1, "good.points: exists already"},
+      {"SavedNowhere", "", "--save-points no/such.points", 1, "no/such.points"},
+      {"SavedAsSomethingElse", "", "--save-points a.doc", 2, "a.doc"},
+      {"MotionNowhere", "", "--export-motion no/such.csv", 1, "no/such.csv"},
+      {"MotionAsSomethingElse", "", "--export-motion a.txt", 2, "--export-motion a.txt"},
+  };
   mustRun("stabilize points scan.####.dpx -o good.points --auto 4 --track");
   const std::string good = fileText("good.points");
-  mustRun(bad.prepare);
-  const SRun run =
-      this->run(std::string("stabilize scan.####.dpx -o out.####.dpx ") + bad.arguments);
-  EXPECT_EQ(run.status, bad.status) << run.output;
-  EXPECT_TRUE(contains(run.output, bad.says)) << run.output;
-  EXPECT_FALSE(contains(run.output, "Tracking  ")) << run.output;
-  EXPECT_FALSE(exists("out.1001.dpx"));
-  EXPECT_EQ(fileText("good.points"), good);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    mustRun(std::string("rm -rf a.*\n") + c.prepare);
+    const SRun refused = run(std::string("stabilize scan.####.dpx -o out.####.dpx ") + c.arguments);
+    EXPECT_EQ(refused.status, c.status) << refused.output;
+    EXPECT_TRUE(says(refused, c.says)) << refused.output;
+    EXPECT_FALSE(says(refused, "Tracking  ")) << refused.output;
+    EXPECT_FALSE(exists("out.1001.dpx"));
+    EXPECT_EQ(fileText("good.points"), good);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Files, BadPoints, ::testing::ValuesIn(BAD_POINTS),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
