@@ -39,8 +39,7 @@ TEST_F(BadInput, IsToldAndLosesNothing) {
       {"CorruptFrame", "head -c 300000 /dev/zero > scan.1006.dpx", "scan.####.dpx -o out.####.dpx",
        1, "1006"},
       {"FrameOfAnotherSize",
-       "stabilize test-shot -o small.####.dpx --width 200 --height 150 --frames 1 --first 1008 -q "
-       "&& "
+       "stabilize test-shot -o small.#.dpx --width 200 --height 150 --frames 1 --first 1008 -q && "
        "mv small.1008.dpx scan.1008.dpx",
        "scan.####.dpx -o out.####.dpx", 1, "1008"},
       {"FewerFramesThanAnchors", "", "scan.####.dpx -o out.####.dpx --in 1003 --out 1004", 1,
