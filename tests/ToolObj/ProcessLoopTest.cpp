@@ -178,14 +178,12 @@ TEST_F(CProcessLoopTest, ReportsWhicheverOperationFailed) {
   EXPECT_EQ(run(), (Texts{"2", "4", "1"})) << "an error is over when the next run starts";
 }
 
-TEST_F(CProcessLoopTest, AnOperationThatThrowsFailsTheRunOnly) {
-  processor->processing = [](SIterationRecord&) -> int { throw std::runtime_error("no"); };
+TEST_F(CProcessLoopTest, WhateverThrowsFailsTheRunOnly) {
   const CTraceCapture trace(0);
+  processor->processing = [](SIterationRecord&) -> int { throw std::runtime_error("no"); };
   EXPECT_EQ(run(), (Texts{"2", "5 -1", "1"}));
   EXPECT_TRUE(trace.lines.contains("ERROR: CToolProcessor::ProcessLoop caught no"));
-}
-
-TEST_F(CProcessLoopTest, ASourceThatThrowsFailsTheRunOnly) {
+  processor->processing = nullptr;
   source.onFrame = [](CToolFrameBuffer&) { throw std::runtime_error("unreadable"); };
   EXPECT_EQ(run(), (Texts{"2", "5 -1", "1"}));
   source.onFrame = nullptr;
@@ -213,19 +211,14 @@ TEST_F(CProcessLoopTest, CommandsInTheMiddleOfARun) {
 }
 
 TEST_F(CProcessLoopTest, WaysOutOfAPause) {
-  const struct {
-    const char* name;
-    int command;
-    Texts statuses;
-  } cases[] = {{"stop", STOP, {"1"}}, {"abort", ABORT, {"1"}}};
-  for (const auto& c : cases) {
+  for (const int command : {STOP, ABORT}) {
     postAt("DoProcess 0", PAUSE);
     post(RUN);
     statusesUntil("3");
     processor->calls.clear();
-    post(c.command);
-    EXPECT_EQ(statusesUntil("1"), c.statuses) << c.name;
-    EXPECT_EQ(processor->calls.texts(), Texts{"EndProcessing 0"}) << c.name;
+    post(command);
+    EXPECT_EQ(statusesUntil("1"), Texts{"1"}) << command;
+    EXPECT_EQ(processor->calls.texts(), Texts{"EndProcessing 0"}) << command;
     abort = 0;
   }
   postAt("DoProcess 0", PAUSE);
@@ -258,38 +251,44 @@ TEST_F(CProcessLoopTest, RunIsIgnoredWhileAborted) {
   post(PARAMETERS, 4);  // too late, and still the processor's to delete
 }
 
-TEST_F(CProcessLoopTest, ExitWhileRunningEndsWithTheThread) {
-  postAt("DoProcess 1", EXIT);
-  post(RUN);
-  EXPECT_EQ(statusesUntil("7"), (Texts{"2", "7"}));
-  EXPECT_EQ(processor->calls.count("EndProcessing"), 0);
-  EXPECT_EQ(sentFrames(), Texts{});
-}
-
 // Wherever a run is interrupted, by whatever, no frame is held afterwards and none is lost (see the
 // rig).
 TEST(ProcessLoop, GivesEveryFrameBackWhereverItIsInterrupted) {
-  enum EWhere { IN_BEGIN, NO_INPUT, NO_MEMORY, IN_PROCESS, IN_OUTPUT_HOOK, OUTPUT_FULL, IN_END };
-  const char* names[] = {"begin", "no input", "no memory", "process", "output hook", "full", "end"};
+  enum EWhere { BEGIN, NO_INPUT, NO_MEMORY, COPY, PROCESS, OUTPUT_HOOK, FULL, END };
+  const char* names[] = {"begin",   "no input",    "no memory", "copy",
+                         "process", "output hook", "full",      "end"};
   const std::pair<int, const char*> ways[] = {{STOP, "1"}, {PAUSE, "3"}, {ABORT, "1"}, {EXIT, "7"}};
-  for (int where = IN_BEGIN; where <= IN_END; ++where) {
+  for (int where = BEGIN; where <= END; ++where) {
     for (const auto& [command, lastStatus] : ways) {
       SCOPED_TRACE(CCallLog::text(names[where], command));
-      CRig rig(where == NO_MEMORY ? 2 : 0);
-      rig.processor->outputsPerIteration = 2;
+      CRig rig(where == NO_MEMORY ? 2 : where == COPY ? 3 : 0);
+      rig.processor->outputsPerIteration = where == COPY ? 1 : 2;
       const auto act = [&rig, command = command] { rig.post(command); };
-      if (where == IN_BEGIN) rig.postAt("BeginIteration 0", command);
-      if (where == IN_PROCESS) rig.postAt("DoProcess 0", command);
-      if (where == IN_END) rig.postAt("EndIteration 0", command);
+      if (where == BEGIN) rig.postAt("BeginIteration 0", command);
+      if (where == PROCESS) rig.postAt("DoProcess 0", command);
+      if (where == END) rig.postAt("EndIteration 0", command);
       if (where == NO_INPUT) rig.postAt("BeginIteration 1", command);
       if (where == NO_INPUT) rig.source.withheldFrame = 101;
-      if (where == NO_MEMORY) rig.host.onEviction = act;
-      if (where == IN_OUTPUT_HOOK) rig.host.onCall = [&](const std::string&) { act(); };
-      if (where == OUTPUT_FULL) rig.sink.queue().raiseLimit(1);
-      if (where == OUTPUT_FULL) rig.sink.onPut = act;
+      if (where == NO_MEMORY || where == COPY) rig.host.onEviction = act;
+      if (where == COPY)
+        rig.source.onFrame = [](CToolFrameBuffer& frame) {
+          frame.invisibleFields().push_back({nullptr, 0, 2});  // needs a fourth buffer in the copy
+          EXPECT_TRUE(frame.ensureSamples());
+        };
+      if (where == OUTPUT_HOOK) rig.host.onCall = [&](const std::string&) { act(); };
+      if (where == FULL) rig.sink.queue().raiseLimit(1);
+      if (where == FULL) rig.sink.onPut = act;
       rig.post(RUN);
       EXPECT_EQ(rig.statusesUntil(lastStatus), (Texts{"2", lastStatus}));
-      EXPECT_EQ(rig.pool.buffersInUse(), rig.host.toolFrameCache.count());
+      const int buffersPerFrame = where == COPY ? 2 : 1;
+      EXPECT_EQ(rig.pool.buffersInUse(), buffersPerFrame * rig.host.toolFrameCache.count());
+      if (where == COPY) {
+        EXPECT_EQ(rig.processor->calls.count("DoProcess"), 1) << "it was the copy that waited";
+      }
+      if (command == EXIT) {
+        EXPECT_EQ(rig.processor->calls.count("EndProcessing"), 0);
+        EXPECT_EQ(rig.sentFrames(), Texts{});
+      }
     }
   }
 }
@@ -338,23 +337,6 @@ TEST_F(CProcessLoopTest, AnIterationMayTakeSeveralCalls) {
   EXPECT_EQ(processor->calls.count("DoProcess"), 3);
   EXPECT_EQ(processor->calls.count("BeginIteration"), 1);
   EXPECT_EQ(host.toolFrameCache.count(), 1) << "an input that was only looked at is cached";
-}
-
-// The input's hidden field needs a fourth buffer; whoever ends the run ends the wait, without
-// error.
-TEST(ProcessLoop, ACopyThatFindsNoMemoryEndsWithTheRun) {
-  const std::pair<int, const char*> ways[] = {{STOP, "1"}, {PAUSE, "3"}, {ABORT, "1"}, {EXIT, "7"}};
-  for (const auto& [command, lastStatus] : ways) {
-    CRig rig(3);
-    rig.source.onFrame = [](CToolFrameBuffer& frame) {
-      frame.invisibleFields().push_back({nullptr, 0, 2});
-      EXPECT_TRUE(frame.ensureSamples());
-    };
-    rig.host.onEviction = [&rig, command = command] { rig.post(command); };
-    rig.post(RUN);
-    EXPECT_EQ(rig.statusesUntil(lastStatus), (Texts{"2", lastStatus}));
-    EXPECT_EQ(rig.processor->calls.count("DoProcess"), 1) << "it was the copy that waited";
-  }
 }
 
 TEST_F(CProcessLoopTest, PassesInputFramesThrough) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <string>
@@ -9,6 +8,7 @@
 
 #include "ToolObj/ToolProcessor.h"
 #include "doubles/CallLog.h"
+#include "doubles/SourceEdge.h"
 
 /// Parameters with a number, which count how many of their kind are alive.
 class CNumberedParameters : public CToolParameters {
@@ -17,33 +17,6 @@ class CNumberedParameters : public CToolParameters {
   ~CNumberedParameters() override { --alive; }
   const int number;
   static inline std::atomic<int> alive{0};
-};
-
-/// Input edge that makes the frames it is asked for; a withheld frame never comes.
-class CSourceEdge : public CToolEdge {
- public:
-  explicit CSourceEdge(const CImageFormat& format, CBufferPool& pool) : pool_(pool) {
-    setImageFormat(format);
-  }
-  CCallLog requests;
-  int withheldFrame = -1;
-  std::function<void(CToolFrameBuffer&)> onFrame;
-
- protected:
-  CToolFrameBuffer* requestFrame(int frame) override {
-    requests.add(CCallLog::text("request", frame));
-    if (frame < 0 || frame == withheldFrame) return nullptr;
-    auto buffer = std::make_unique<CToolFrameBuffer>(imageFormat(), &pool_);
-    if (!buffer->ensureSamples()) return nullptr;
-    buffer->setFrameIndex(frame);
-    const std::size_t samples = imageFormat()->getBytesPerField() / sizeof(std::uint16_t);
-    std::fill_n(buffer->samples(), samples, static_cast<std::uint16_t>(frame));
-    if (onFrame) onFrame(*buffer);
-    return buffer.release();
-  }
-
- private:
-  CBufferPool& pool_;
 };
 
 /// Output edge that calls back for every frame that was put.

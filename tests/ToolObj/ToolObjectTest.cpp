@@ -9,19 +9,25 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-// Records its run operations together with the host's calls; `runResult` is what they return.
-class CTestTool : public CToolObject {
+/// A tool that overrides nothing.
+class CPlainTool : public CToolObject {
  public:
-  explicit CTestTool(CRecordingHost& host) : CToolObject("Test"), host_(host) {}
+  explicit CPlainTool(const std::string& name = "Plain") : CToolObject(name) {}
+  int toolInitialize(CNavSystemInterface*) override { return 0; }
+  int toolShutdown() override { return 0; }
+  CToolProcessor* makeToolProcessorInstance(const CAbortFlag*) override { return nullptr; }
+};
+
+// Records its run operations together with the host's calls; `runResult` is what they return.
+class CTestTool : public CPlainTool {
+ public:
+  explicit CTestTool(CRecordingHost& host) : CPlainTool("Test"), host_(host) {}
 
   int runResult = 0;
   bool asksBeforeRendering = false;
   bool consumesAll = false;
   int reportedState = -1;  // -1: the state machine's own
 
-  int toolInitialize(CNavSystemInterface*) override { return 0; }
-  int toolShutdown() override { return 0; }
-  CToolProcessor* makeToolProcessorInstance(const CAbortFlag*) override { return nullptr; }
   bool canRenderWithoutAsking() override { return !asksBeforeRendering; }
   bool consumesUnmappedInput() override { return consumesAll; }
   int onToolCommand(CToolCommand& command) override { return 100 + command.getCommandNumber(); }
@@ -258,13 +264,6 @@ TEST_F(CToolObjectTest, TheBufferPoolIsUnlockedOnlyWhileIdle) {
 }
 
 TEST_F(CToolObjectTest, ToolsThatOverrideNothingAnswerNotHandled) {
-  class CPlainTool : public CToolObject {
-   public:
-    CPlainTool() : CToolObject("Plain") {}
-    int toolInitialize(CNavSystemInterface*) override { return 0; }
-    int toolShutdown() override { return 0; }
-    CToolProcessor* makeToolProcessorInstance(const CAbortFlag*) override { return nullptr; }
-  };
   CPlainTool tool;
   tool.initBaseToolObject(1, &host_, nullptr, &emptyConfiguration_);
   CUserInput input;

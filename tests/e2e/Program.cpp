@@ -5,9 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
-#include <sstream>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -17,7 +18,7 @@ int statusOf(int wait) {
 
 /// The settings folders lie in the test's own, so that nothing of the person's is read or written.
 std::string scriptOf(const std::filesystem::path& folder, const std::string& line) {
-  const std::string home = folder.string();
+  const std::string home = (folder / ".").parent_path().string();  // without a separator behind
   return "cd '" + home + "' && export HOME='" + home + "' XDG_CONFIG_HOME='" + home +
          "/.config' XDG_STATE_HOME='" + home +
          "/.state' && stabilize() { '" STAB_PROGRAM "' \"$@\"; } && " + line;
@@ -30,7 +31,8 @@ SRun RunLine(const std::filesystem::path& folder, const std::string& line) {
   CRunningProgram program(folder, "{ " + line + "\n} > '" + output.string() + "' 2>&1");
   SRun run;
   run.status = program.wait();
-  run.output = FileText(output);
+  std::ifstream file(output, std::ios::binary);
+  run.output.assign(std::istreambuf_iterator<char>(file), {});
   return run;
 }
 
@@ -72,20 +74,16 @@ int CRunningProgram::wait() {
   return status_ = statusOf(state);
 }
 
-CTemporaryFolder::CTemporaryFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "stabilize-XXXXXX").string();
-  if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder: " + pattern);
-  path_ = pattern;
+void ProgramTest::expectSameFrames(const std::string& one, const std::string& other,
+                                   int frames) const {
+  for (int frame = 1001; frame < 1001 + frames; ++frame) {
+    const std::string name = std::to_string(frame) + ".dpx";
+    ASSERT_TRUE(exists(one + name)) << one + name;
+    ASSERT_TRUE(fileText(one + name) == fileText(other + name)) << one + name;
+  }
 }
 
-CTemporaryFolder::~CTemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::string FileText(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::ostringstream text;
-  text << stream.rdbuf();
-  return text.str();
+void ProgramTest::waitForFile(CRunningProgram& program, const std::string& name) const {
+  while (program.isRunning() && !exists(name))
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }

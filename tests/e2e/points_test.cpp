@@ -8,42 +8,19 @@
 #include <sstream>
 #include <vector>
 
+#include "../host/session/MotionRows.h"
 #include "Program.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* SHOT =
     "stabilize test-shot -o scan.####.dpx --width 480 --height 360 --frames 24 --rotation 0.2 "
     "--no-subject --dust 0 -q";
 
-class Points : public ::testing::Test {
+class Points : public ProgramTest {
  protected:
   Points() { mustRun(SHOT); }
-
-  SRun run(const std::string& line) { return RunLine(folder_.path(), line); }
-  std::string mustRun(const std::string& line) {
-    const SRun done = run(line);
-    EXPECT_EQ(done.status, 0) << line << "\n" << done.output;
-    return done.output;
-  }
-  std::string fileText(const std::string& name) { return FileText(folder_.path() / name); }
-  void expectSamePictures(const std::string& a, const std::string& b) {
-    for (int frame = 1001; frame <= 1024; ++frame) {
-      const std::string name = "." + std::to_string(frame) + ".dpx";
-      ASSERT_FALSE(fileText(a + name).empty());
-      ASSERT_EQ(fileText(a + name), fileText(b + name)) << a << " and " << b << ", frame " << frame;
-    }
-  }
-  bool exists(const std::string& name) { return fs::exists(folder_.path() / name); }
-
-  CTemporaryFolder folder_;
 };
-
-bool contains(const std::string& text, const std::string& words) {
-  return text.find(words) != std::string::npos;
-}
 
 std::size_t linesWith(const std::string& text, const std::string& words) {
   std::size_t count = 0;
@@ -78,7 +55,7 @@ TEST_F(Points, ThatWereTrackedGiveTheSamePicturesWithoutBeingTrackedAgain) {
       options);
   EXPECT_TRUE(contains(said, "points loaded from full.txt, not tracked again")) << said;
   EXPECT_FALSE(contains(said, "Tracking  ")) << said;
-  expectSamePictures("direct", "text");
+  expectSameFrames("direct.", "text.", 24);
 
   // A points file has six digits: what it gives is what its own numbers give.
   const std::string loaded = mustRun(
@@ -93,7 +70,7 @@ TEST_F(Points, ThatWereTrackedGiveTheSamePicturesWithoutBeingTrackedAgain) {
   EXPECT_EQ(fileText("same.points").substr(0, sixDigits.size()), sixDigits);
   mustRun("stabilize points scan.####.dpx -o six.txt --points six.points");
   mustRun("stabilize scan.####.dpx -o sixtext.####.dpx --points six.txt" + options);
-  expectSamePictures("points", "sixtext");
+  expectSameFrames("points.", "sixtext.", 24);
 }
 
 TEST_F(Points, TurnUpsideDownAndBack) {
@@ -164,25 +141,6 @@ TEST_F(Points, CarryTheirMattingUnlessAnotherIsAskedFor) {
   EXPECT_EQ(regionWith(" --matting 10,10,400,300"), "[10,10,400,300]");
 }
 
-/// Rows of named numbers.
-std::vector<std::map<std::string, double>> rowsOf(const std::string& csv) {
-  std::istringstream lines(csv);
-  std::string line;
-  std::vector<std::string> names;
-  std::vector<std::map<std::string, double>> rows;
-  while (std::getline(lines, line)) {
-    std::istringstream fields(line.substr(0, line.find('\r')));
-    std::string field;
-    if (!names.empty()) rows.emplace_back();
-    for (std::size_t i = 0; std::getline(fields, field, ','); ++i)
-      if (rows.empty())
-        names.push_back(field);
-      else
-        rows.back()[names.at(i)] = std::stod(field);
-  }
-  return rows;
-}
-
 /// frame and point, to x and y.
 using Places = std::map<std::pair<int, int>, std::pair<double, double>>;
 
@@ -220,7 +178,7 @@ class ExportedMotion : public Points, public ::testing::WithParamInterface<SMoti
       if (!first) known->second = known->second && here;
     }
     std::map<int, int> numbers;  // as exported, to as tracked afresh
-    std::ofstream text(folder_.path() / "starts.txt");
+    std::ofstream text(folder + "starts.txt");
     text.precision(17);
     for (auto& row : rows) {
       const int point = static_cast<int>(row["point"]);
@@ -267,63 +225,50 @@ INSTANTIATE_TEST_SUITE_P(
         SMotionCase{"RegionInABorder", "--matting 20,20,459,339 --fill zoom"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-struct SBadPoints {
-  const char* name;
-  const char* prepare;
-  const char* arguments;
-  int status;
-  const char* says;
-};
-
-void PrintTo(const SBadPoints& bad, std::ostream* stream) {
-  *stream << bad.arguments;
-}
-
-const SBadPoints BAD_POINTS[] = {
-    {"Missing", ":", "--points no.points", 1, "no.points"},
-    {"AFolder", "mkdir a.points", "--points a.points", 1, "a.points"},
-    {"NotAPointsFile", "echo hello > a.points", "--points a.points", 1, "a.points: line 1"},
-    {"CutOff", "head -c 200 good.points > a.points", "--points a.points", 1, "a.points: line"},
-    {"DamagedPoint", "sed '0,/(/s/(/</' good.points > a.points", "--points a.points", 1,
-     "a.points: point 0 of frame 1001 is damaged"},
-    {"Empty", "printf '{\\n}\\n[]\\n0 0 0 0 0\\nR\\n' > a.points", "--points a.points", 1,
-     "a.points: holds no points"},
-    {"TextWithoutPoints", "echo '# none' > a.txt", "--points a.txt", 1, "a.txt: holds no points"},
-    {"TextOfAnotherForm", "echo 1001,5,6 > a.txt", "--points a.txt", 1, "a.txt: line 1"},
-    {"BinaryText", "head -c 4096 scan.1001.dpx > a.txt", "--points a.txt", 1, "a.txt: line 1"},
-    {"Gigabyte", "truncate -s 1G a.txt", "--points a.txt", 1, "a.txt"},
-    {"OutsideThePicture", "echo 1001 500 90 > a.txt", "--points a.txt", 1,
-     "a.txt: point 0 at 500.000000,90.000000 is outside the picture"},
-    {"TooNearTheEdge", "printf '1001 90 90\\n\\n1001 3 90\\n' > a.txt", "--points a.txt", 1,
-     "a.txt: point 1 at 3.000000,90.000000: its track box would leave the picture"},
-    {"MattingOutside", "sed 's/^1 0 479 0 359/1 0 480 0 359/' good.points > a.points",
-     "--points a.points", 1, "a.points: its matting box"},
-    {"TwoSources", ":", "--points good.points --point 90,90", 2, "--point"},
-    {"FileAndSearch", ":", "--points good.points --auto 4", 2, "--auto"},
-    {"SavedOverAFile", ":", "--save-points good.points", 1, "good.points: exists already"},
-    {"SavedNowhere", ":", "--save-points no/such.points", 1, "no/such.points"},
-    {"SavedAsSomethingElse", ":", "--save-points a.doc", 2, "a.doc"},
-    {"MotionNowhere", ":", "--export-motion no/such.csv", 1, "no/such.csv"},
-    {"MotionAsSomethingElse", ":", "--export-motion a.txt", 2, "--export-motion a.txt"},
-};
-
-class BadPoints : public Points, public ::testing::WithParamInterface<SBadPoints> {};
-
-TEST_P(BadPoints, AreRefusedBeforeAnyWork) {
-  const SBadPoints& bad = GetParam();
+TEST_F(Points, ThatAreBadAreRefusedBeforeAnyWork) {
+  const struct {
+    const char *name, *prepare, *arguments;
+    int status;
+    const char* says;
+  } cases[] = {
+      {"Missing", "", "--points no.points", 1, "no.points"},
+      {"AFolder", "mkdir a.points", "--points a.points", 1, "a.points"},
+      {"NotAPointsFile", "echo hello > a.points", "--points a.points", 1, "a.points: line 1"},
+      {"CutOff", "head -c 200 good.points > a.points", "--points a.points", 1, "a.points: line"},
+      {"DamagedPoint", "sed '0,/(/s/(/</' good.points > a.points", "--points a.points", 1,
+       "a.points: point 0 of frame 1001 is damaged"},
+      {"Empty", "printf '{\\n}\\n[]\\n0 0 0 0 0\\nR\\n' > a.points", "--points a.points", 1,
+       "a.points: holds no points"},
+      {"TextWithoutPoints", "echo '# none' > a.txt", "--points a.txt", 1, "a.txt: holds no points"},
+      {"TextOfAnotherForm", "echo 1001,5,6 > a.txt", "--points a.txt", 1, "a.txt: line 1"},
+      {"BinaryText", "head -c 4096 scan.1001.dpx > a.txt", "--points a.txt", 1, "a.txt: line 1"},
+      {"Gigabyte", "truncate -s 1G a.txt", "--points a.txt", 1, "a.txt"},
+      {"OutsideThePicture", "echo 1001 500 90 > a.txt", "--points a.txt", 1,
+       "a.txt: point 0 at 500.000000,90.000000 is outside the picture"},
+      {"TooNearTheEdge", "printf '1001 90 90\\n\\n1001 3 90\\n' > a.txt", "--points a.txt", 1,
+       "a.txt: point 1 at 3.000000,90.000000: its track box would leave the picture"},
+      {"MattingOutside", "sed 's/^1 0 479 0 359/1 0 480 0 359/' good.points > a.points",
+       "--points a.points", 1, "a.points: its matting box"},
+      {"TwoSources", "", "--points good.points --point 90,90", 2, "--point"},
+      {"FileAndSearch", "", "--points good.points --auto 4", 2, "--auto"},
+      {"SavedOverAFile", "", "--save-points good.points", 1, "good.points: exists already"},
+      {"SavedNowhere", "", "--save-points no/such.points", 1, "no/such.points"},
+      {"SavedAsSomethingElse", "", "--save-points a.doc", 2, "a.doc"},
+      {"MotionNowhere", "", "--export-motion no/such.csv", 1, "no/such.csv"},
+      {"MotionAsSomethingElse", "", "--export-motion a.txt", 2, "--export-motion a.txt"},
+  };
   mustRun("stabilize points scan.####.dpx -o good.points --auto 4 --track");
   const std::string good = fileText("good.points");
-  mustRun(bad.prepare);
-  const SRun run =
-      this->run(std::string("stabilize scan.####.dpx -o out.####.dpx ") + bad.arguments);
-  EXPECT_EQ(run.status, bad.status) << run.output;
-  EXPECT_TRUE(contains(run.output, bad.says)) << run.output;
-  EXPECT_FALSE(contains(run.output, "Tracking  ")) << run.output;
-  EXPECT_FALSE(exists("out.1001.dpx"));
-  EXPECT_EQ(fileText("good.points"), good);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    mustRun(std::string("rm -rf a.*\n") + c.prepare);
+    const SRun refused = run(std::string("stabilize scan.####.dpx -o out.####.dpx ") + c.arguments);
+    EXPECT_EQ(refused.status, c.status) << refused.output;
+    EXPECT_TRUE(says(refused, c.says)) << refused.output;
+    EXPECT_FALSE(says(refused, "Tracking  ")) << refused.output;
+    EXPECT_FALSE(exists("out.1001.dpx"));
+    EXPECT_EQ(fileText("good.points"), good);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Files, BadPoints, ::testing::ValuesIn(BAD_POINTS),
-                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -9,21 +9,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Preferences : public ::testing::Test {
+class Preferences : public ProgramTest {
  protected:
   SRun run(const std::string& arguments) {
-    return RunLine(folder_.path(), "stabilize preferences " + arguments);
-  }
-  bool says(const SRun& run, const std::string& text) {
-    return run.output.find(text) != std::string::npos;
+    return RunLine(folder, "stabilize preferences " + arguments);
   }
   void put(const std::string& text) {
     fs::create_directories(file_.parent_path());
-    std::ofstream(file_, std::ios::binary) << text;
+    TempFolder::put(file_, text);
   }
 
-  CTemporaryFolder folder_;
-  const fs::path file_ = folder_.path() / ".config/stabilize/Stabilizer.ini";
+  const fs::path file_ = folder + ".config/stabilize/Stabilizer.ini";
 };
 
 TEST_F(Preferences, AreShownWithTheirFileAndMakeNone) {
@@ -48,14 +44,14 @@ TEST_F(Preferences, AreSetOneByOneAndReset) {
   EXPECT_TRUE(says(set, "ShowTrackPoints = true\n")) << "an unreadable value is no value";
   const SRun shown = run("");
   EXPECT_EQ(shown.output, set.output);
-  EXPECT_EQ(FileText(file_).find("TrackBoxExtentX"), std::string::npos)
+  EXPECT_EQ(textOf(file_).find("TrackBoxExtentX"), std::string::npos)
       << "what was not set stays with its default";
 
   const SRun reset = run("--reset --set TrackBoxExtentX=12");
   EXPECT_TRUE(says(reset, "MarkInMovePreference = 3\n")) << reset.output;
   EXPECT_TRUE(says(reset, "TrackBoxExtentX = 12\n"));
-  EXPECT_NE(FileText(file_).find("Key = value"), std::string::npos);
-  EXPECT_EQ(FileText(file_).find("Left"), std::string::npos);
+  EXPECT_NE(textOf(file_).find("Key = value"), std::string::npos);
+  EXPECT_EQ(textOf(file_).find("Left"), std::string::npos);
 }
 
 TEST_F(Preferences, WrongOnesAreNamedAndNothingIsWritten) {
@@ -77,7 +73,7 @@ TEST_F(Preferences, WrongOnesAreNamedAndNothingIsWritten) {
     const SRun wrong = run(c.arguments);
     EXPECT_EQ(wrong.status, 2) << c.arguments;
     EXPECT_TRUE(says(wrong, c.says)) << wrong.output;
-    EXPECT_EQ(FileText(file_), before) << c.arguments;
+    EXPECT_EQ(textOf(file_), before) << c.arguments;
   }
 }
 
@@ -90,7 +86,7 @@ TEST_F(Preferences, AForeignOrUnwritableFileIsNamedAndLeftAlone) {
     const SRun refused = run(arguments);
     EXPECT_EQ(refused.status, 1) << arguments;
     EXPECT_TRUE(says(refused, file_.string())) << refused.output;
-    EXPECT_EQ(FileText(file_), foreign);
+    EXPECT_EQ(textOf(file_), foreign);
   }
   fs::remove_all(file_.parent_path());
   std::ofstream(file_.parent_path()) << "in the way of the folder";
@@ -102,22 +98,15 @@ TEST_F(Preferences, AForeignOrUnwritableFileIsNamedAndLeftAlone) {
 
 // What lies in a home folder must not decide how a picture comes out.
 TEST_F(Preferences, AreNothingToABatchRun) {
-  const SRun made = RunLine(folder_.path(),
-                            "stabilize test-shot -o scan.####.dpx --width 320 --height 240 "
-                            "--frames 6 --dust 0 --no-subject -q && stabilize scan.####.dpx -o "
-                            "plain.####.dpx -q");
-  ASSERT_EQ(made.status, 0) << made.output;
+  mustRun(
+      "stabilize test-shot -o scan.####.dpx --width 320 --height 240 --frames 6 --dust 0 "
+      "--no-subject -q && stabilize scan.####.dpx -o plain.####.dpx -q");
   ASSERT_EQ(run("--set UFunction=U_Fcn_None --set MissingDataFill=MISSING_DATA_Zoom").status, 0);
-  const std::string stored = FileText(file_);
-  const SRun again = RunLine(folder_.path(), "stabilize scan.####.dpx -o again.####.dpx -q");
-  ASSERT_EQ(again.status, 0) << again.output;
-  for (int frame = 1001; frame <= 1006; ++frame) {
-    const std::string name = "." + std::to_string(frame) + ".dpx";
-    EXPECT_EQ(FileText(folder_.path() / ("plain" + name)),
-              FileText(folder_.path() / ("again" + name)));
-  }
-  EXPECT_EQ(FileText(file_), stored);
-  EXPECT_FALSE(fs::exists(folder_.path() / "stab_auto.points"));
+  const std::string stored = textOf(file_);
+  mustRun("stabilize scan.####.dpx -o again.####.dpx -q");
+  expectSameFrames("plain.", "again.", 6);
+  EXPECT_EQ(textOf(file_), stored);
+  EXPECT_FALSE(exists("stab_auto.points"));
 }
 
 }  // namespace

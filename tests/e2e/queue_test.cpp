@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <chrono>
-#include <fstream>
-#include <thread>
+#include <memory>
 
 #include "Program.h"
 
@@ -19,41 +17,22 @@ constexpr const char* MEMORY_LIMIT = "ulimit -v 2000000; ";
 
 namespace fs = std::filesystem;
 
-class Queue : public ::testing::Test {
+class Queue : public ProgramTest {
  protected:
-  SRun run(const std::string& line) { return RunLine(folder_.path(), line); }
-  void mustRun(const std::string& line) {
-    const SRun done = run(line);
-    ASSERT_EQ(done.status, 0) << line << "\n" << done.output;
-  }
   void makeShot(const std::string& name, int frames = 4, const char* size = "320 --height 240") {
     mustRun("mkdir -p " + name + " && stabilize test-shot -o " + name +
             "/scan.####.dpx --dust 0 --no-subject -q --width " + size + " --frames " +
             std::to_string(frames));
   }
-  fs::path at(const std::string& name) const { return folder_.path() / name; }
-  std::string list() const { return FileText(at("list.pdl")); }
+  std::string list() const { return fileText("list.pdl"); }
   bool lists(const std::string& text) { return says(run("stabilize queue list list.pdl"), text); }
-  static bool says(const SRun& run, const std::string& text) {
-    return run.output.find(text) != std::string::npos;
-  }
   /// A run of the list that has begun to write its third frame into `output`.
   std::unique_ptr<CRunningProgram> runInTheMiddle(const std::string& output) {
-    auto program = std::make_unique<CRunningProgram>(
-        folder_.path(), "exec '" STAB_PROGRAM "' queue run list.pdl -q");
-    while (program->isRunning() && !fs::exists(at(output + "/scan.1003.dpx")))
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    auto program =
+        std::make_unique<CRunningProgram>(folder, "exec '" STAB_PROGRAM "' queue run list.pdl -q");
+    waitForFile(*program, output + "/scan.1003.dpx");
     return program;
   }
-  void expectSameFrames(const std::string& one, const std::string& other, int frames) {
-    for (int frame = 1001; frame < 1001 + frames; ++frame) {
-      const std::string name = "/scan." + std::to_string(frame) + ".dpx";
-      ASSERT_TRUE(fs::exists(at(one + name))) << name;
-      EXPECT_EQ(FileText(at(one + name)), FileText(at(other + name))) << name;
-    }
-  }
-
-  CTemporaryFolder folder_;
 };
 
 TEST_F(Queue, AShotThatFailsFailsAlone) {
@@ -71,7 +50,7 @@ TEST_F(Queue, AShotThatFailsFailsAlone) {
   EXPECT_TRUE(says(first, "stabilize: entry 2: failed: ")) << first.output;
   EXPECT_TRUE(says(first, "entry 3: done: ")) << first.output;
   EXPECT_TRUE(says(first, "2 done, 1 failed, 0 left")) << first.output;
-  EXPECT_TRUE(fs::exists(at("out-c/scan.1004.dpx")));
+  EXPECT_TRUE(exists("out-c/scan.1004.dpx"));
   EXPECT_TRUE(lists("failed")) << "and says why";
 
   const std::string before = list();
@@ -81,7 +60,7 @@ TEST_F(Queue, AShotThatFailsFailsAlone) {
   const SRun again = run("stabilize queue run list.pdl --retry-failed");
   EXPECT_EQ(again.status, 0) << again.output;
   EXPECT_TRUE(says(again, "3 done, 0 failed, 0 left")) << again.output;
-  expectSameFrames("out-b", "out-a", 4);
+  expectSameFrames("out-b/scan.", "out-a/scan.", 4);
 }
 
 TEST_F(Queue, AnEntryMakesWhatTheCommandMakes) {
@@ -95,7 +74,7 @@ TEST_F(Queue, AnEntryMakesWhatTheCommandMakes) {
   ASSERT_EQ(done.status, 0) << done.output;
   EXPECT_TRUE(says(done, "3 of 3 points used")) << done.output;
   EXPECT_TRUE(says(done, "weave")) << done.output;
-  expectSameFrames("queued", "direct", 6);
+  expectSameFrames("queued/scan.", "direct/scan.", 6);
   EXPECT_EQ(run("grep -c verification queued.json").status, 0);
 }
 
@@ -106,13 +85,13 @@ TEST_F(Queue, AKilledRunIsTakenUpWithTheSameBytes) {
   mustRun("stabilize queue add list.pdl a -o out/scan.####.dpx -q");
   mustRun("stabilize queue add list.pdl b -o other/scan.####.dpx -q");
   runInTheMiddle("out")->signal(SIGKILL);
-  ASSERT_FALSE(fs::exists(at("out/scan.1060.dpx"))) << "the kill came too late";
+  ASSERT_FALSE(exists("out/scan.1060.dpx")) << "the kill came too late";
   EXPECT_TRUE(lists("interrupted"));
   const SRun resumed = run("stabilize queue run list.pdl");
   EXPECT_EQ(resumed.status, 0) << resumed.output;
   EXPECT_TRUE(says(resumed, "2 done, 0 failed, 0 left")) << resumed.output;
-  expectSameFrames("out", "whole", 60);
-  for (const auto& entry : fs::directory_iterator(folder_.path()))
+  expectSameFrames("out/scan.", "whole/scan.", 60);
+  for (const auto& entry : fs::directory_iterator(folder))
     EXPECT_EQ(entry.path().filename().string().find(".lock"), std::string::npos) << entry.path();
 }
 
@@ -133,8 +112,8 @@ TEST_F(Queue, AnInterruptedEntryWaitsForTheNextRun) {
   EXPECT_NE(list().find("State=\"interrupted\""), std::string::npos);
   EXPECT_NE(list().find("State=\"waiting\""), std::string::npos);
   mustRun("stabilize queue run list.pdl -q");
-  EXPECT_TRUE(fs::exists(at("out/scan.1060.dpx")));
-  EXPECT_TRUE(fs::exists(at("late/scan.1002.dpx")));
+  EXPECT_TRUE(exists("out/scan.1060.dpx"));
+  EXPECT_TRUE(exists("late/scan.1002.dpx"));
 }
 
 TEST_F(Queue, ForeignFramesAreNotReplacedByAnEntryThatHadNotBegun) {
@@ -142,7 +121,7 @@ TEST_F(Queue, ForeignFramesAreNotReplacedByAnEntryThatHadNotBegun) {
   mustRun("stabilize queue add list.pdl a -o out/scan.####.dpx -q");
   mustRun("sed -i 's/waiting/interrupted/' list.pdl; mkdir out; echo mine > out/scan.1002.dpx");
   EXPECT_EQ(run("stabilize queue run list.pdl").status, 1);
-  EXPECT_EQ(FileText(at("out/scan.1002.dpx")), "mine\n");
+  EXPECT_EQ(fileText("out/scan.1002.dpx"), "mine\n");
   EXPECT_TRUE(lists("exists already"));
   mustRun("rm -r out && stabilize queue reset list.pdl 1 && stabilize queue run list.pdl -q");
   EXPECT_NE(run("stabilize queue list list.pdl --json").output.find("\"done\""), std::string::npos);
@@ -174,7 +153,7 @@ TEST_F(Queue, AnAddThatFailsChangesNothing) {
     EXPECT_EQ(list(), before) << bad.arguments;
   }
   EXPECT_EQ(run("stabilize queue add new.pdl nowhere.mov -o o.mov").status, 1);
-  EXPECT_FALSE(fs::exists(at("new.pdl")));
+  EXPECT_FALSE(exists("new.pdl"));
 }
 
 TEST_F(Queue, AHostileListIsRefusedAndAHostileEntryFailsAlone) {
@@ -188,8 +167,8 @@ TEST_F(Queue, AHostileListIsRefusedAndAHostileEntryFailsAlone) {
       "echo \"<!ENTITY $i '&a;&a;&a;&a;&a;&a;&a;&a;&a;'>\"; done; "
       "echo ']><ProcessList Version=\"&i;\"/>'; } > bad/bomb && mkdir bad/folder");
   const auto contents = [this](const std::string& file) {
-    const bool small = fs::is_regular_file(at(file)) && fs::file_size(at(file)) < 4000000;
-    return small ? FileText(at(file)) : std::string();
+    const bool small = fs::is_regular_file(folder + file) && fs::file_size(folder + file) < 4000000;
+    return small ? fileText(file) : std::string();
   };
   for (const char* name : {"rubbish", "vast", "pipe", "deep", "bomb", "folder"}) {
     const std::string file = std::string("bad/") + name;
@@ -203,8 +182,8 @@ TEST_F(Queue, AHostileListIsRefusedAndAHostileEntryFailsAlone) {
     }
     EXPECT_EQ(contents(file), before);
   }
-  EXPECT_EQ(fs::file_size(at("bad/vast")), std::uintmax_t{1} << 30);
-  EXPECT_FALSE(fs::exists(at("new")));
+  EXPECT_EQ(fs::file_size(folder + "bad/vast"), std::uintmax_t{1} << 30);
+  EXPECT_FALSE(exists("new"));
 
   mustRun("sed -i '0,/TrackBoxExtentX=\"10\"/s//TrackBoxExtentX=\"1000000000\"/' list.pdl");
   const SRun done = run("stabilize queue run list.pdl");
@@ -212,7 +191,7 @@ TEST_F(Queue, AHostileListIsRefusedAndAHostileEntryFailsAlone) {
   EXPECT_TRUE(says(done, "entry 1: failed")) << done.output;
   EXPECT_TRUE(says(done, "TrackBoxExtentX=\"1000000000\"")) << done.output;
   EXPECT_TRUE(says(done, "entry 2: done")) << done.output;
-  EXPECT_FALSE(fs::exists(at("out")));
+  EXPECT_FALSE(exists("out"));
 }
 
 TEST_F(Queue, TenEntriesInOneProcess) {

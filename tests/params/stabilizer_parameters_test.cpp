@@ -78,51 +78,34 @@ TEST(CStabilizerParameters, NothingStoredLeavesTheRecordAsItWas) {
 
 // These names and numbers stand in people's files.
 TEST(CStabilizerParameters, StoredTextsAreFixed) {
-  const char* const keys[] = {"TrackBoxExtentX",
-                              "TrackBoxExtentY",
-                              "SearchBoxExtentLeft",
-                              "SearchBoxExtentRight",
-                              "SearchBoxExtentUp",
-                              "SearchBoxExtentDown",
-                              "GoodFramesIn",
-                              "GoodFramesOut",
-                              "RefFrameIndex",
-                              "Jitter",
-                              "Alpha2",
-                              "HMode",
-                              "VMode",
-                              "RMode",
-                              "UFunction",
-                              "MissingDataFill",
-                              "UseMatting",
-                              "KeepOriginalMatValues"};
-  const char* const stored[] = {"10",
-                                "10",
-                                "20",
-                                "20",
-                                "20",
-                                "20",
-                                "1",
-                                "1",
-                                "0",
-                                "0",
-                                "1e-04",
-                                "STABMODE_Flat",
-                                "STABMODE_Flat",
-                                "STABMODE_None",
-                                "U_Fcn_Euclidean",
-                                "MISSING_DATA_White",
-                                "true",
-                                "true"};
+  const struct {
+    const char *key, *stored;
+  } cases[] = {{"TrackBoxExtentX", "10"},
+               {"TrackBoxExtentY", "10"},
+               {"SearchBoxExtentLeft", "20"},
+               {"SearchBoxExtentRight", "20"},
+               {"SearchBoxExtentUp", "20"},
+               {"SearchBoxExtentDown", "20"},
+               {"GoodFramesIn", "1"},
+               {"GoodFramesOut", "1"},
+               {"RefFrameIndex", "0"},
+               {"Jitter", "0"},
+               {"Alpha2", "1e-04"},
+               {"HMode", "STABMODE_Flat"},
+               {"VMode", "STABMODE_Flat"},
+               {"RMode", "STABMODE_None"},
+               {"UFunction", "U_Fcn_Euclidean"},
+               {"MissingDataFill", "MISSING_DATA_White"},
+               {"UseMatting", "true"},
+               {"KeepOriginalMatValues", "true"}};
   CIniFile ini("never-saved.ini");
   P().WriteParameters(ini, "S");
   CPDLEntry entry;
   P().WritePDLEntry(entry.FirstElement());
   const CPDLElement element = entry.FirstElement().GetChild(0);
-  for (std::size_t i = 0; i < std::size(keys); ++i) {
-    const std::string inIni = ini.ReadString("S", keys[i], "missing");
-    EXPECT_EQ(inIni, element.GetAttribString(keys[i], "missing")) << keys[i];
-    EXPECT_EQ(inIni, stored[i]) << keys[i];
+  for (const auto& c : cases) {
+    EXPECT_EQ(ini.ReadString("S", c.key, "missing"), c.stored) << c.key;
+    EXPECT_EQ(element.GetAttribString(c.key, "missing"), c.stored) << c.key;
   }
 }
 

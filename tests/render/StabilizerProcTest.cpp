@@ -17,6 +17,7 @@
 #include "doubles/RecordingHost.h"
 #include "doubles/RecordingProgressMonitor.h"
 #include "doubles/ShotDouble.h"
+#include "doubles/SourceEdge.h"
 #include "doubles/TraceCapture.h"
 #include "render/StabilizerToolParameters.h"
 #include "support/Threads.h"
@@ -44,26 +45,6 @@ Samples sourceFrame(const CImageFormat& format, int frame) {
   }
   return samples;
 }
-
-/// Makes source frames on demand, up to and without `end`.
-class CSourceEdge : public CToolEdge {
- public:
-  CBufferPool* pool = nullptr;
-  int end = INT_MAX;
-  std::function<void(int frame)> onRequest = [](int) {};
-
- protected:
-  CToolFrameBuffer* requestFrame(int frame) override {
-    if (frame < 0 || frame >= end) return nullptr;
-    onRequest(frame);
-    auto buffer = std::make_unique<CToolFrameBuffer>(imageFormat(), pool);
-    buffer->setFrameIndex(frame);
-    EXPECT_TRUE(buffer->ensureSamples());
-    const Samples samples = sourceFrame(*imageFormat(), frame);
-    std::copy(samples.begin(), samples.end(), buffer->samples());
-    return buffer.release();
-  }
-};
 
 struct SOutput {
   Samples samples;
@@ -112,16 +93,16 @@ class CPass {
   void run() {
     CRecordingHost host;
     CAbortFlag abort{0};
-    CSourceEdge source;
+    CSourceEdge source(format, host.framePool(format.getBytesPerField()));
     CToolEdge results;
-    source.setImageFormat(format);
-    source.pool = &host.framePool(format.getBytesPerField());
-    source.end = framesAvailable == INT_MAX ? INT_MAX : FIRST + framesAvailable;
+    if (framesAvailable != INT_MAX) source.withheldFrame = FIRST + framesAvailable;
     CStabilizerProc processor(20, "Stabilize", &host, &abort, &monitor);
-    source.onRequest = [&](int frame) {
-      if (const auto found = onFetch.find(frame - FIRST); found != onFetch.end()) {
+    source.onFrame = [&](CToolFrameBuffer& frame) {
+      if (const auto found = onFetch.find(frame.frameIndex() - FIRST); found != onFetch.end()) {
         found->second(processor);
       }
+      const Samples samples = sourceFrame(format, frame.frameIndex());
+      std::copy(samples.begin(), samples.end(), frame.samples());
     };
     processor.node().connectInput(0, &source);
     processor.node().connectOutput(0, &results);

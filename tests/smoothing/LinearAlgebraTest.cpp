@@ -43,6 +43,17 @@ LongMatrix WarpSystem(const double (&p)[3][2]) {
   return a;
 }
 
+/// A decomposed matrix with what came out beside it.
+struct SDecomposed {
+  explicit SDecomposed(LongMatrix matrix) : a(std::move(matrix)), permutation(a.rows()) {
+    succeeded = LUDecompose(a, permutation, sign);
+  }
+  LongMatrix a;
+  mvector<int> permutation;
+  double sign = 0.0;
+  bool succeeded = false;
+};
+
 TEST(LinearAlgebra, CopiesAreDeep) {
   LongMatrix a = Matrix({{1, 2}, {3, 4}});
   LongMatrix b = a;
@@ -83,30 +94,25 @@ TEST(LinearAlgebra, ProductsAreSummedInExtendedPrecision) {
 }
 
 TEST(LUDecompose, FactorsMultiplyToTheMatrix) {
-  LongMatrix a = Matrix({{0, 2, 1}, {4, 0, 2}, {2, 3, 0}});
-  mvector<int> permutation(3);
-  double sign = 0.0;
-  ASSERT_TRUE(LUDecompose(a, permutation, sign));
-  long double determinant = sign;
-  for (int i = 0; i < 3; ++i) determinant *= a[i][i];
+  const SDecomposed lu(Matrix({{0, 2, 1}, {4, 0, 2}, {2, 3, 0}}));
+  ASSERT_TRUE(lu.succeeded);
+  long double determinant = lu.sign;
+  for (int i = 0; i < 3; ++i) determinant *= lu.a[i][i];
   EXPECT_NEAR(static_cast<double>(determinant), 20.0, 1e-15);
 }
 
 TEST(LUDecompose, OnEqualWeightsTheLaterRowBecomesThePivot) {
-  LongMatrix a = Matrix({{2, 1, 0}, {4, 0, 4}, {1, 1, 1}});
-  mvector<int> permutation(3);
-  double sign = 0.0;
-  ASSERT_TRUE(LUDecompose(a, permutation, sign));
-  EXPECT_EQ(permutation[0], 2);
+  const SDecomposed lu(Matrix({{2, 1, 0}, {4, 0, 4}, {1, 1, 1}}));
+  ASSERT_TRUE(lu.succeeded);
+  EXPECT_EQ(lu.permutation[0], 2);
 }
 
 TEST(LUDecompose, ARowKeepsItsScaleWhenItIsSwapped) {
-  LongMatrix a = Matrix({{1, 1e6L, 0}, {1, 1, 0.5L}, {0, 3, 0}});
-  mvector<int> permutation(3);
-  double sign = 0.0;
-  ASSERT_TRUE(LUDecompose(a, permutation, sign));
-  EXPECT_EQ(permutation[0], 1);
-  EXPECT_EQ(permutation[1], 2) << "measured against its own size the row of 1e6 is the lighter one";
+  const SDecomposed lu(Matrix({{1, 1e6L, 0}, {1, 1, 0.5L}, {0, 3, 0}}));
+  ASSERT_TRUE(lu.succeeded);
+  EXPECT_EQ(lu.permutation[0], 1);
+  EXPECT_EQ(lu.permutation[1], 2)
+      << "measured against its own size the row of 1e6 is the lighter one";
 }
 
 TEST(LUSolve, FindsTheSolutionOfRandomSystems) {
@@ -122,10 +128,9 @@ TEST(LUSolve, FindsTheSolutionOfRandomSystems) {
         x[i] = i - 2.5L;
       }
       LongVector b = a * x;
-      mvector<int> permutation(n);
-      double sign = 0.0;
-      ASSERT_TRUE(LUDecompose(a, permutation, sign));
-      LUSolve(a, permutation, b);
+      const SDecomposed lu(a);
+      ASSERT_TRUE(lu.succeeded);
+      LUSolve(lu.a, lu.permutation, b);
       for (int i = 0; i < n; ++i) ASSERT_NEAR(static_cast<double>(b[i] - x[i]), 0.0, 1e-12) << n;
     }
   }
@@ -145,21 +150,17 @@ TEST(LUDecompose, FailsForARowOfZerosOnly) {
       {"one point thrice", {{10, 10}, {10, 10}, {10, 10}}, true},
   };
   for (const SCase& c : cases) {
-    LongMatrix a = WarpSystem(c.points);
-    mvector<int> permutation(6);
-    double sign = 0.0;
-    EXPECT_EQ(LUDecompose(a, permutation, sign), c.succeeds) << c.name;
+    const SDecomposed lu(WarpSystem(c.points));
+    EXPECT_EQ(lu.succeeded, c.succeeds) << c.name;
     if (!c.succeeds) continue;
-    for (int i = 0; i < 6; ++i) EXPECT_NE(a[i][i], 0.0L) << c.name;
+    for (int i = 0; i < 6; ++i) EXPECT_NE(lu.a[i][i], 0.0L) << c.name;
   }
 }
 
 TEST(LUDecompose, AZeroPivotBecomesTinyAndDoesNotFail) {
-  LongMatrix a = Matrix({{1, 2}, {2, 4}});
-  mvector<int> permutation(2);
-  double sign = 0.0;
-  ASSERT_TRUE(LUDecompose(a, permutation, sign));
-  EXPECT_EQ(a[1][1], 1.0e-20L);
+  const SDecomposed lu(Matrix({{1, 2}, {2, 4}}));
+  ASSERT_TRUE(lu.succeeded);
+  EXPECT_EQ(lu.a[1][1], 1.0e-20L);
 }
 
 TEST(LUDecompose, ProgressEndsAtHundredAndAnAbortStopsBeforeTheNextColumn) {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "doubles/ShotDouble.h"
+#include "doubles/TraceCapture.h"
 #include "support/ErrorReport.h"
-#include "support/Trace.h"
 
 namespace {
 
@@ -185,23 +185,6 @@ TEST(RobustPoints, AReferenceFrameWithoutPointsFails) {
   EXPECT_EQ(theError.getMessage(), "Internal Error: A frame is missing a tracking point");
 }
 
-/// Collects trace lines at a level for the time of a scope.
-class CTraceLines {
- public:
-  explicit CTraceLines(int level) : before_(ZRNQTraceLevel) {
-    ZRNQTraceLevel = level;
-    SetTraceSink([this](const std::string& line) { lines.push_back(line); });
-  }
-  ~CTraceLines() {
-    SetTraceSink({});
-    ZRNQTraceLevel = before_;
-  }
-  std::vector<std::string> lines;
-
- private:
-  int before_;
-};
-
 TEST(RobustPoints, TheTraceShowsEveryFrameAndWarnsOfFitsThatCannotConverge) {
   CTrackingArray tracked;
   for (int i = 0; i < 3; ++i) {
@@ -211,12 +194,13 @@ TEST(RobustPoints, TheTraceShowsEveryFrameAndWarnsOfFitsThatCannotConverge) {
   SMotionArrays motion;
   motion.tracked = tracked;
   CShotDouble shot;
-  const CTraceLines trace(3);
+  const CTraceCapture trace(3);
   ASSERT_TRUE(ComputeRobustPoints(shot, motion, 7, STABMODE_None));
-  EXPECT_EQ(trace.lines, (Calls{"=== FRAME 7 ====", "=== FRAME 8 ====",
-                                "WARNING: Check frame 8 -- regression did not reach convergence",
-                                "OUT = (0,0)", "=== FRAME 9 ====", "IN[0] = (2.5,-1)",
-                                "IN[1] = (2.5,-1)", "IN[2] = (2.5,-1)", "OUT = (2.5,-1)"}));
+  EXPECT_EQ(trace.lines.texts(),
+            (Calls{"=== FRAME 7 ====", "=== FRAME 8 ====",
+                   "WARNING: Check frame 8 -- regression did not reach convergence", "OUT = (0,0)",
+                   "=== FRAME 9 ====", "IN[0] = (2.5,-1)", "IN[1] = (2.5,-1)", "IN[2] = (2.5,-1)",
+                   "OUT = (2.5,-1)"}));
   ExpectPoint(At(motion.original, 8, 0), 0.0, 0.0);
 }
 
@@ -225,13 +209,13 @@ TEST(RobustPoints, TheRotationTraceEndsWithBothPoints) {
   motion.tracked = Grid(3, 0, 1, 0, 0.0, 0.0, 0.0);
   CShotDouble shot;
   {
-    const CTraceLines trace(3);
+    const CTraceCapture trace(3);
     ASSERT_TRUE(ComputeRobustPoints(shot, motion, 0, STABMODE_Flat));
-    EXPECT_EQ(trace.lines, (Calls{"=== FRAME 0 ====", "0: (0,0)", "1: (100,0)"}));
+    EXPECT_EQ(trace.lines.texts(), (Calls{"=== FRAME 0 ====", "0: (0,0)", "1: (100,0)"}));
   }
-  const CTraceLines quiet(2);
+  const CTraceCapture quiet(2);
   ASSERT_TRUE(ComputeRobustPoints(shot, motion, 0, STABMODE_Flat));
-  EXPECT_EQ(quiet.lines, Calls{});
+  EXPECT_EQ(quiet.lines.texts(), Calls{});
 }
 
 }  // namespace

@@ -160,11 +160,34 @@ TEST_F(Commands, EveryKeyReachesItsAction) {
     EXPECT_TRUE(controls->calls.contains("buttons 0 0")) << "every command refreshes the buttons";
     EXPECT_EQ(effects(), row.effects);
   }
+  trace.clear();
+  for (const char* keys : {"Alt+G KeyDown", "G KeyUp"}) {
+    EXPECT_EQ(press(keys), NOT_CONSUMED) << keys;
+    EXPECT_TRUE(trace.empty()) << keys << " is nobody's";
+  }
+}
+
+// Hosts ask the table for numbers and names. It ends otherwise than the bindings do.
+TEST(CommandTable, HoldsTheBindingsCommandsInTheirOrder) {
+  const CToolCommandTable& table = StabilizerCommandTable();
+  ASSERT_EQ(table.getCount(), 34);
+  for (int i = 0; i < 34; ++i)
+    EXPECT_EQ(table.getEntry(i)->commandNumber, i < 31 ? keyRows[i].number : i - 1) << i;
+  EXPECT_EQ(table.getEntry(34), nullptr);
+  for (const auto& [index, name] :
+       std::map<int, const char*>{{0, "EXEC_BUTTON_PREVIEW_FRAME"},
+                                  {7, "EXEC_BUTTON_PAUSE_OR_RESUME"},
+                                  {23, "STAB_CMD_TURN_COLOR_PICKER_ON"},
+                                  {24, "STAB_CMD_TURN_COLOR_PICKER_ON"},
+                                  {31, "STAB_CMD_SET_MARKS_FROM_TRACK_ARRAY"},
+                                  {33, "STAB_CMD_SHIFT_IS_OFF"}})
+    EXPECT_STREQ(table.getEntry(index)->name, name);
 }
 
 TEST_F(Commands, FromTheHostComeMoreThanFromTheKeys) {
   EXPECT_EQ(command(STAB_CMD_TRACK), CONSUMED);
   EXPECT_EQ(tool.runState(), RUN_TRACKING_REQUESTED);
+  EXPECT_TRUE(controls->calls.contains("buttons 3 0"));
   controls->acceptedCommands = {20013};
   for (const auto& [number, result] :
        {std::pair{20007, NOT_CONSUMED}, std::pair{20008, NOT_CONSUMED},
@@ -299,14 +322,31 @@ TEST_F(Commands, BehindAHiddenPanelNothingActs) {
   tool.toolHide();
   tool.setTrackingPointsVisible(true);
   tool.showMattingBox(true);
+  shot.setRunState(RUN_TRACKING_REQUESTED);
   forgetCalls();
   for (const SKeyRow& row : keyRows) {
     EXPECT_EQ(press(row.keys), NOT_CONSUMED) << row.keys;
     EXPECT_EQ(command(row.number), NOT_CONSUMED) << row.keys;
   }
+  CUserInput mouse;
+  EXPECT_EQ(tool.onMouseMove(mouse), NOT_CONSUMED);
+  EXPECT_EQ(tool.onClipChange(), NOT_CONSUMED);
+  EXPECT_EQ(tool.onFramingChange(), NOT_CONSUMED);
+  EXPECT_EQ(tool.drawOverlay(), NOT_CONSUMED);
+  EXPECT_EQ(tool.onHeartbeat(), NOT_CONSUMED);
+  EXPECT_TRUE(host.calls.texts().empty());
+  EXPECT_TRUE(controls->calls.texts().empty());
   EXPECT_EQ(effects(), "");
+  EXPECT_TRUE(tool.isTracked());
+  EXPECT_EQ(tool.runState(), RUN_TRACKING_REQUESTED);
   EXPECT_TRUE(trace.empty());
   EXPECT_FALSE(tool.isColorPickerOn());
+}
+
+TEST_F(Commands, WithoutAClipKeysDoNothing) {
+  host.clipOpen = false;
+  EXPECT_EQ(press(" Shift+A KeyDown"), NOT_CONSUMED);
+  EXPECT_TRUE(trace.empty());
 }
 
 TEST_F(Commands, AToolWithoutAWindowAnswersEverything) {

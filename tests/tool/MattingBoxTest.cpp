@@ -48,7 +48,7 @@ TEST_F(MattingBox, IsKeptPerClip) {
   const std::string shot = host.clip.clipPath;
   tool.setMattingBox({4, 5, 60, 40});
   tool.onClipChange();
-  host.clip.clipPath = folder_ + "other.mov";
+  host.clip.clipPath = folder + "other.mov";
   tool.onNewClip();
   EXPECT_FALSE(tool.isMattingBoxValid());
   tool.onClipChange();

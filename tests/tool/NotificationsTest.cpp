@@ -1,6 +1,5 @@
 #include "ToolFixture.h"
 #include "support/Memory.h"
-#include "tool/StabilizerCommands.h"
 
 namespace {
 
@@ -62,38 +61,6 @@ TEST_F(Notifications, WhatArrivesWhileInactiveIsReplayed) {
   tool.toolDeactivate();
   tool.toolActivate();
   EXPECT_EQ(newClips + marks, 2) << "once is enough";
-}
-
-TEST_F(Notifications, AHiddenToolHandlesNothing) {
-  tool.toolHide();
-  forgetCalls();
-  CToolCommand command(&tool, STAB_CMD_TRACK);
-  CUserInput input;
-  ASSERT_EQ(input.parse(" Shift+G KeyDown"), 0);
-  makeTracked();
-  EXPECT_EQ(tool.onToolCommand(command), CToolObject::NOT_HANDLED);
-  EXPECT_TRUE(tool.isTracked());
-  EXPECT_EQ(tool.onUserInput(input), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(tool.onMouseMove(input), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(tool.onClipChange(), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(tool.onFramingChange(), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(tool.drawOverlay(), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(tool.onHeartbeat(), CToolObject::NOT_HANDLED);
-  EXPECT_TRUE(host.calls.texts().empty());
-  EXPECT_TRUE(window->calls.texts().empty());
-}
-
-TEST_F(Notifications, KeysReachTheCommandHandler) {
-  ZRNQTraceLevel = 3;
-  CUserInput input;
-  ASSERT_EQ(input.parse(" Shift+A          KeyDown"), 0);
-  EXPECT_EQ(tool.onUserInput(input), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(trace, std::vector<std::string>{"Stabilizer Tool command number 14"});
-  EXPECT_TRUE(window->calls.contains("buttons 0 0"));
-  host.clipOpen = false;
-  trace.clear();
-  EXPECT_EQ(tool.onUserInput(input), CToolObject::NOT_HANDLED);
-  EXPECT_TRUE(trace.empty());
 }
 
 TEST_F(Notifications, TheMouseReachesThePickerWhileItIsOn) {

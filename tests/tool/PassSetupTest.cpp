@@ -38,63 +38,43 @@ TEST_F(PassSetup, ValidateMarksNamesTheFirstThingThatIsWrong) {
   }
 }
 
-TEST_F(PassSetup, FailuresOfARangePassAreReportedInFull) {
-  struct {
+TEST_F(PassSetup, FailuresAreReportedInFull) {
+  const struct {
     const char* operation;
-    int result;
-    int expected;
-    const char* message;
-  } const cases[] = {
+    int result, expected;
+    const char *range, *frame;  ///< what a pass over the range says, what one over a frame
+  } cases[] = {
       {"MakeSimpleToolSetup", -7, -1,
-       "Stabilizer internal error: CNavSystemInterface::MakeSimpleToolSetup failed"},
+       "Stabilizer internal error: CNavSystemInterface::MakeSimpleToolSetup failed",
+       "Stabilize internal error: MakeSimpleToolSetup failed"},
       {"SetActiveToolSetup", -12, -12,
-       "Stabilizer internal error: SetActiveToolSetup(0) failed with return code -12"},
+       "Stabilizer internal error: SetActiveToolSetup(0) failed with return code -12",
+       "Stabilizer internal error: SetActiveToolSetup(1) failed with return code -12"},
       {"SetToolFrameRange", 4, 4,
-       "Stabilizer internal error: SetToolFrameRange failed with return code 4"},
-      {"SetToolParameters", -9, -9,
-       "Stabilizer internal error: SetToolParameters failed with return code -9"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.operation);
-    forgetCalls();
-    host.failures = {{c.operation, c.result}};
-    EXPECT_EQ(tool.RunFrameProcessing(-1), c.expected);
-    EXPECT_EQ(errors, std::vector<std::string>{"CStabilizerTool::RunFrameProcessing " +
-                                               std::to_string(c.expected) + " " + c.message});
-    EXPECT_EQ(tool.runState(), RUN_ERROR);
-    EXPECT_EQ(host.calls.count("RunActiveToolSetup"), 0);
-    tool.onHeartbeat();
-    EXPECT_EQ(tool.runState(), RUN_IDLE);
-  }
-  host.failures.clear();
-  EXPECT_EQ(tool.RunFrameProcessing(-1), 0) << "a failed pass must not stop the next one";
-}
-
-TEST_F(PassSetup, FailuresOfAOneFramePassAreReportedInFull) {
-  struct {
-    const char* operation;
-    int result;
-    int expected;
-    const char* message;
-  } const cases[] = {
-      {"MakeSimpleToolSetup", -7, -1, "Stabilize internal error: MakeSimpleToolSetup failed"},
-      {"SetActiveToolSetup", -12, -12,
-       "Stabilizer internal error: SetActiveToolSetup(0) failed with return code -12"},
-      {"SetToolFrameRange", 4, 4,
+       "Stabilizer internal error: SetToolFrameRange failed with return code 4",
        "Stabilization internal error: SetToolFrameRange failed with return code 4"},
       {"SetToolParameters", -9, -9,
+       "Stabilizer internal error: SetToolParameters failed with return code -9",
        "Stabilization internal error: SetToolParameters failed with return code -9"},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.operation);
-    forgetCalls();
-    host.failures = {{c.operation, c.result}};
-    EXPECT_EQ(tool.ProcessSingleFrame(1), c.expected);
-    EXPECT_EQ(errors, std::vector<std::string>{"CStabilizerTool::ProcessSingleFrame " +
-                                               std::to_string(c.expected) + " " + c.message});
-    EXPECT_EQ(tool.runState(), RUN_ERROR);
-    EXPECT_EQ(host.calls.count("RunActiveToolSetup"), 0);
+    for (const bool range : {true, false}) {
+      SCOPED_TRACE(std::string(c.operation) + (range ? ", range" : ", one frame"));
+      forgetCalls();
+      host.failures = {{c.operation, c.result}};
+      EXPECT_EQ(range ? tool.RunFrameProcessing(-1) : tool.ProcessSingleFrame(1), c.expected);
+      EXPECT_EQ(errors, std::vector<std::string>{
+                            std::string("CStabilizerTool::") +
+                            (range ? "RunFrameProcessing " : "ProcessSingleFrame ") +
+                            std::to_string(c.expected) + " " + (range ? c.range : c.frame)});
+      EXPECT_EQ(tool.runState(), RUN_ERROR);
+      EXPECT_EQ(host.calls.count("RunActiveToolSetup"), 0);
+      tool.onHeartbeat();
+      EXPECT_EQ(tool.runState(), RUN_IDLE);
+    }
   }
+  host.failures.clear();
+  EXPECT_EQ(tool.RunFrameProcessing(-1), 0) << "a failed pass must not stop the next one";
 }
 
 TEST_F(PassSetup, APassWithoutMarksOrClipDoesNotReachTheHost) {

@@ -2,9 +2,6 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "ToolFixture.h"
 
 namespace {
@@ -17,7 +14,7 @@ class PointsFile : public ToolTest {
   void SetUp() override {
     ToolTest::SetUp();
     ZRNQTraceLevel = 0;
-    path = folder_ + "shot.points";
+    path = folder + "shot.points";
     host.onCall = [this](const std::string& call) { react(call); };
     tool.setBoxExtents(6, 6, 8, 8, 8, 8);
     forgetCalls();
@@ -28,16 +25,6 @@ class PointsFile : public ToolTest {
     if (call.rfind("setMark", 0) != 0) return;
     if (refusedMark == call) (call[7] == 'I' ? host.markIn : host.markOut) = refusedValue;
     tool.onMarksChange();
-  }
-
-  static std::string textOf(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-  }
-  static void put(const std::string& file, const std::string& text) {
-    std::ofstream(file, std::ios::binary) << text;
   }
 
   /// Two points over [FIRST, END), the second one anchored; matting off.
@@ -61,13 +48,13 @@ class PointsFile : public ToolTest {
 TEST_F(PointsFile, NamesAreSuggestedAfterMarkIn) {
   struct {
     bool clip;
-    int markIn, rate;
+    int markIn;
     const char* name;
   } const cases[] = {
-      {true, 10, 24, "stab_00_00_00_10.points"},
-      {true, 24 * 3661 + 5, 24, "stab_01_01_01_05.points"},
-      {false, 10, 24, "stab_10.points"},
-      {false, -1, 24, "stab_-1.points"},
+      {true, 10, "stab_00_00_00_10.points"},
+      {true, 24 * 3661 + 5, "stab_01_01_01_05.points"},
+      {false, 10, "stab_10.points"},
+      {false, -1, "stab_-1.points"},
   };
   for (const auto& c : cases) {
     host.clipOpen = c.clip;
@@ -112,18 +99,18 @@ TEST_F(PointsFile, SavesTheShotAsItStands) {
 
 TEST_F(PointsFile, WhatCannotBeCreatedIsToldAndLeftAlone) {
   placePoints();
-  std::filesystem::create_directory(folder_ + "taken");
-  ASSERT_EQ(mkfifo((folder_ + "pipe").c_str(), 0600), 0);
+  std::filesystem::create_directory(folder + "taken");
+  ASSERT_EQ(mkfifo((folder + "pipe").c_str(), 0600), 0);
   tool.livePoints().SetMattingBox({1, 1, 2, 2});
   for (const std::string name : {"none/shot.points", "taken", "pipe"}) {
     trace.clear();
-    EXPECT_FALSE(tool.SaveTrackingPoints(folder_ + name));
+    EXPECT_FALSE(tool.SaveTrackingPoints(folder + name));
     ASSERT_EQ(trace.size(), 2u);
-    EXPECT_EQ(trace[0], "ERROR: Stabilizer: Can't create tracking point file " + folder_ + name);
-    EXPECT_NE(trace[1].find(folder_ + name), std::string::npos) << trace[1];
+    EXPECT_EQ(trace[0], "ERROR: Stabilizer: Can't create tracking point file " + folder + name);
+    EXPECT_NE(trace[1].find(folder + name), std::string::npos) << trace[1];
   }
   EXPECT_EQ(tool.livePoints().MattingBox(), (SRect{1, 1, 2, 2}));
-  EXPECT_TRUE(std::filesystem::is_fifo(folder_ + "pipe"));
+  EXPECT_TRUE(std::filesystem::is_fifo(folder + "pipe"));
 }
 
 TEST_F(PointsFile, AFullDiskKeepsTheOldFile) {
@@ -141,7 +128,7 @@ TEST_F(PointsFile, AFullDiskKeepsTheOldFile) {
   ASSERT_EQ(trace.size(), 2u);
   EXPECT_EQ(trace[0], "ERROR: Stabilizer: Can't save tracking points to file " + path);
   EXPECT_EQ(textOf(path), "old");
-  for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
   }
 }
@@ -149,14 +136,14 @@ TEST_F(PointsFile, AFullDiskKeepsTheOldFile) {
 TEST_F(PointsFile, AFileThatIsNoneChangesNothing) {
   constexpr const char* OPEN = "ERROR: Stabilizer: Can't open tracking point file ";
   constexpr const char* LOAD = "ERROR: Stabilizer: Can't load tracking points from file ";
-  std::filesystem::create_directory(folder_ + "folder");
-  ASSERT_EQ(mkfifo((folder_ + "pipe").c_str(), 0600), 0);
+  std::filesystem::create_directory(folder + "folder");
+  ASSERT_EQ(mkfifo((folder + "pipe").c_str(), 0600), 0);
   const std::string whole = pointsText('G');
-  put(folder_ + "empty", "");
-  put(folder_ + "rubbish", "no points\n");
-  put(folder_ + "cut short", whole.substr(0, whole.size() - 2));
-  put(folder_ + "huge", "{");
-  std::filesystem::resize_file(folder_ + "huge", std::uintmax_t{1} << 30);
+  put(folder + "empty", "");
+  put(folder + "rubbish", "no points\n");
+  put(folder + "cut short", whole.substr(0, whole.size() - 2));
+  put(folder + "huge", "{");
+  std::filesystem::resize_file(folder + "huge", std::uintmax_t{1} << 30);
   struct {
     const char *name, *line;
   } const cases[] = {{"none", OPEN},    {"folder", OPEN},    {"pipe", OPEN}, {"empty", LOAD},
@@ -168,9 +155,9 @@ TEST_F(PointsFile, AFileThatIsNoneChangesNothing) {
   for (const auto& c : cases) {
     for (const bool setMarks : {true, false}) {
       forgetCalls();
-      EXPECT_FALSE(tool.LoadTrackingPoints(folder_ + c.name, setMarks)) << c.name;
+      EXPECT_FALSE(tool.LoadTrackingPoints(folder + c.name, setMarks)) << c.name;
       ASSERT_EQ(trace.size(), 2u) << c.name;
-      EXPECT_EQ(trace[0], c.line + folder_ + c.name);
+      EXPECT_EQ(trace[0], c.line + folder + c.name);
       EXPECT_FALSE(trace[1].empty());
       EXPECT_EQ(tool.livePoints(), points) << c.name;
       EXPECT_EQ(window->gatherParameters(), parameters);
@@ -210,9 +197,7 @@ TEST_F(PointsFile, WithItsMarksATrackedSetStaysTrackedAndIsSmoothed) {
     heartbeat();
     EXPECT_TRUE(tool.isSmoothed());
     EXPECT_EQ(tool.syntheticSmoothedArray().FirstFrame(), FIRST);
-    host.markIn = IN;
-    host.markOut = OUT;
-    tool.onMarksChange();
+    putMarksBack();
   }
 }
 
@@ -317,9 +302,7 @@ TEST_F(PointsFile, AtEveryRunStateLoadingIsRefusedOrSafe) {
         EXPECT_TRUE(host.calls.take().empty());
       }
       shot.setRunState(RUN_IDLE);
-      host.markIn = IN;
-      host.markOut = OUT;
-      tool.onMarksChange();
+      putMarksBack();
     }
   }
 }
@@ -348,9 +331,7 @@ TEST_F(PointsFile, APathOfTheOldPointsNeverBelongsToTheNew) {
       ASSERT_EQ(motion != nullptr, tracked);
       EXPECT_EQ(motion ? motion->FirstFrame() : FIRST, FIRST);
       EXPECT_TRUE(errors.empty());
-      host.markIn = IN;
-      host.markOut = OUT;
-      tool.onMarksChange();
+      putMarksBack();
     }
   }
 }
@@ -399,19 +380,14 @@ TEST_F(PointsFile, ABatchTracksLoadedPointsOnlyWhereItMust) {
       report(CAutotoolStatus::STOPPED);
       heartbeat();
       ASSERT_EQ(tool.runState(), RUN_IDLE);
-      host.markIn = IN;
-      host.markOut = OUT;
-      tool.onMarksChange();
+      putMarksBack();
     }
   }
 }
 
 TEST_F(PointsFile, ALongPassBeforeTheLoadAsksNoMoreQuestions) {
   makeTracked();
-  tool.milliseconds = 61000.0;
-  shot.setRunState(RUN_TRACKING);
-  tool.onTrackingEnd(0);
-  shot.setRunState(RUN_IDLE);
+  endTracking(61.0);
   tool.setClearOnShotChange(false);
   ASSERT_TRUE(load('G'));
   EXPECT_EQ(application.questions.size(), 1u) << "moving IN costs the points that are there";
@@ -420,13 +396,9 @@ TEST_F(PointsFile, ALongPassBeforeTheLoadAsksNoMoreQuestions) {
   EXPECT_EQ(application.questions.size(), 1u);
 
   application.answer = EConfirmation::cancel;  // the marks stay: the points come to them
-  host.markIn = IN;
-  host.markOut = OUT;
-  tool.onMarksChange();
+  putMarksBack();
   makeTracked();
-  shot.setRunState(RUN_TRACKING);
-  tool.onTrackingEnd(0);
-  shot.setRunState(RUN_IDLE);
+  endTracking(61.0);
   ASSERT_TRUE(load('G'));
   EXPECT_EQ(host.markIn, IN);
   EXPECT_EQ(host.markOut, OUT);

@@ -76,11 +76,14 @@ TEST_F(ProcessListEntry, ABatchGoesFromEntryToRenderByItself) {
     tool.onTrackingEnd(0);
   };
   tool.runPDLEntry(entry);
-  tool.startProcessing(CToolObject::EVENT_RENDER_RANGE, false);
+  EXPECT_EQ(tool.startProcessing(CToolObject::EVENT_RENDER_RANGE, false), 0);
+  EXPECT_EQ(tool.runState(), RUN_TRACKING_REQUESTED);
   for (int beats = 0; beats < 10 && host.calls.count("RunActiveToolSetup") == 0; ++beats) {
     heartbeat();
   }
+  EXPECT_EQ(host.calls.count("StartTrackingRun"), 1);
   EXPECT_EQ(host.calls.count("RunActiveToolSetup"), 1);
+  EXPECT_EQ(tool.runState(), RUN_RENDERING);
   EXPECT_TRUE(host.calls.contains("SetToolFrameRange 0 100 110"));
   EXPECT_EQ(host.renderMode, 1);
   EXPECT_TRUE(errors.empty());

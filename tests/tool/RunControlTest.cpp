@@ -1,6 +1,4 @@
 #include "ToolFixture.h"
-#include "render/StabilizerToolParameters.h"
-#include "tool/StabilizerCommands.h"
 
 namespace {
 
@@ -9,6 +7,9 @@ enum EPoints { NO_POINTS, PLACED, TRACKED, SMOOTHED };
 class RunControl : public ToolTest {
  protected:
   void prepare(EPoints points) {
+    tool.clearAllTrackingData();
+    tool.editor().updateMarks();
+    shot.setSmoothedFlag(false);
     if (points == PLACED) placePoints();
     if (points == TRACKED) makeTracked();
     if (points == SMOOTHED) makeSmoothed();
@@ -64,9 +65,6 @@ TEST_F(RunControl, RequestsMoveTheRunStateOnlyWhereTheyFit) {
   };
   for (const SRequestCase& c : cases) {
     SCOPED_TRACE(c.name);
-    tool.clearAllTrackingData();
-    tool.editor().updateMarks();
-    shot.setSmoothedFlag(false);
     prepare(c.points);
     tool.request(REQUEST_STOP);
     shot.setRunState(c.runState);
@@ -77,20 +75,17 @@ TEST_F(RunControl, RequestsMoveTheRunStateOnlyWhereTheyFit) {
   }
 }
 
-TEST_F(RunControl, TrackKeepsOnlyTheFirstFrameAndAsksForANewPass) {
+TEST_F(RunControl, TrackKeepsOnlyTheFirstFrameUnlessItIsBeingRendered) {
   makeTracked();
   tool.request(REQUEST_TRACK);
   EXPECT_EQ(tool.livePoints().FrameCount(), 1);
   EXPECT_EQ(tool.livePoints().TrackState(), TRACK_STATE_Untracked);
   EXPECT_TRUE(tool.evaluateRetracking());
-}
 
-// A click on Track in the midst of a render must not cost the tracking.
-TEST_F(RunControl, TrackDuringARenderLeavesTheTrackingAlone) {
   makeTracked();
   shot.setRunState(RUN_RENDERING);
   tool.request(REQUEST_TRACK);
-  EXPECT_TRUE(tool.isTracked());
+  EXPECT_TRUE(tool.isTracked()) << "a click in the midst of a render must not cost the tracking";
 }
 
 TEST_F(RunControl, ARenderCommandWhileRenderingIsRefusedWithABeep) {
@@ -131,26 +126,14 @@ TEST_F(RunControl, HeartbeatsAdvanceTheRunState) {
   };
   for (const SHeartbeatCase& c : cases) {
     SCOPED_TRACE(c.name);
-    tool.clearAllTrackingData();
-    tool.editor().updateMarks();
-    shot.setSmoothedFlag(false);
     prepare(c.points);
     shot.setRunState(c.runState);
     EXPECT_EQ(tool.onHeartbeat(), 0);
     EXPECT_EQ(tool.runState(), c.expectedState);
-    const std::vector<std::string> calls = host.calls.texts();
-    EXPECT_EQ(calls,
+    EXPECT_EQ(host.calls.texts(),
               c.hostCall ? std::vector<std::string>{c.hostCall} : std::vector<std::string>{});
     shot.setRunState(RUN_IDLE);
   }
-}
-
-TEST_F(RunControl, AHiddenToolDoesNotMove) {
-  placePoints();
-  tool.toolHide();
-  shot.setRunState(RUN_TRACKING_REQUESTED);
-  EXPECT_EQ(tool.onHeartbeat(), CToolObject::NOT_HANDLED);
-  EXPECT_EQ(tool.runState(), RUN_TRACKING_REQUESTED);
 }
 
 TEST_F(RunControl, BusyStatesShowAsRunning) {
@@ -208,25 +191,6 @@ TEST_F(RunControl, TrackingAloneEndsWithTrackingComplete) {
   EXPECT_EQ(monitor.calls.take(), std::vector<std::string>{"SetStatusMessage Tracking Complete"});
   EXPECT_TRUE(window->calls.contains("buttons 0 0"));
   tool.setProgressMonitor(nullptr);
-}
-
-TEST_F(RunControl, ABatchRenderWaitsForItsTracking) {
-  host.batchRun = true;
-  placePoints();
-  EXPECT_EQ(tool.startProcessing(ETool::EVENT_RENDER_RANGE, false), 0);
-  EXPECT_EQ(tool.runState(), RUN_TRACKING_REQUESTED);
-  heartbeat();
-  ASSERT_TRUE(tool.onTrackingStart());
-  trackPoints();
-  tool.onTrackingEnd(0);
-  tool.onHeartbeat();
-  heartbeat();
-  ASSERT_EQ(tool.runState(), RUN_RENDER_REQUESTED);
-  heartbeat();
-  EXPECT_EQ(tool.runState(), RUN_RENDERING);
-  EXPECT_EQ(host.calls.count("StartTrackingRun"), 1);
-  EXPECT_EQ(host.calls.count("RunActiveToolSetup"), 1);
-  EXPECT_EQ(host.renderMode, 1);
 }
 
 TEST_F(RunControl, ABatchRenderWithCurrentTrackingStartsAtOnce) {
@@ -371,14 +335,6 @@ TEST_F(RunControl, StartTrackingNamesWhatIsMissing) {
             (std::vector<std::string>{"CStabilizerTool::StartTracking -1 Marks are invalid!    ",
                                       "CStabilizerTool::StartTracking -1 No clip is open   "}));
   EXPECT_EQ(host.calls.count("StartTrackingRun"), 0);
-}
-
-TEST_F(RunControl, CommandSixteenTracks) {
-  makeTracked();
-  CToolCommand command(&tool, STAB_CMD_TRACK);
-  EXPECT_EQ(command.execute(), CToolObject::HANDLED);
-  EXPECT_EQ(tool.runState(), RUN_TRACKING_REQUESTED);
-  EXPECT_TRUE(window->calls.contains("buttons 3 0"));
 }
 
 }  // namespace

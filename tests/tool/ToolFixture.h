@@ -1,12 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "../platform/support/temp_folder.h"
 #include "ParameterWindow.h"
 #include "doubles/RecordingHost.h"
 #include "doubles/RecordingProgressMonitor.h"
@@ -14,29 +11,6 @@
 #include "support/Trace.h"
 #include "tool/StabilizerTool.h"
 #include "toolkit/HeadlessApplication.h"
-
-/// A settings folder for the time of a test, so that none reads what another one, or a person, has
-/// left. Made before the tool, which keeps the name of its settings file, and gone after it.
-class CSettingsFolder {
- public:
-  CSettingsFolder() {
-    std::string name = testing::TempDir() + "stab_settings_XXXXXX";
-    path_ = mkdtemp(name.data());
-    if (const char* set = getenv(VARIABLE)) before_ = set;
-    setenv(VARIABLE, path_.c_str(), 1);
-  }
-  ~CSettingsFolder() {
-    before_.empty() ? unsetenv(VARIABLE) : setenv(VARIABLE, before_.c_str(), 1);
-    std::filesystem::remove_all(path_);
-  }
-  CSettingsFolder(const CSettingsFolder&) = delete;
-  CSettingsFolder& operator=(const CSettingsFolder&) = delete;
-
- private:
-  static constexpr const char* VARIABLE = "XDG_CONFIG_HOME";
-  std::string path_;
-  std::string before_;
-};
 
 /// A window that holds settings and records what it is told to show.
 class CRecordingWindow : public CParameterWindow {
@@ -63,18 +37,14 @@ class CTimedTool : public CStabilizerTool {
 };
 
 /// A tool that is shown and active on an open clip with marks [100, 110), its points untracked.
-class ToolTest : public testing::Test {
+class ToolTest : public TempFolder {
  protected:
   static constexpr int IN = 100;
   static constexpr int OUT = 110;
   using ETool = CToolObject;
 
   void SetUp() override {
-    folder_ = testing::TempDir() + "stab_tool_" +
-              testing::UnitTest::GetInstance()->current_test_info()->name() + "/";
-    std::filesystem::remove_all(folder_);
-    std::filesystem::create_directories(folder_);
-    host.clip.clipPath = folder_ + "shot.%04d.dpx";
+    host.clip.clipPath = folder + "shot.%04d.dpx";
     host.markIn = IN;
     host.markOut = OUT;
     host.displayedFrame = IN;
@@ -97,7 +67,6 @@ class ToolTest : public testing::Test {
     SetTraceSink({});
     ZRNQTraceLevel = savedTraceLevel_;
     SetApplication(nullptr);
-    std::filesystem::remove_all(folder_);
   }
 
   void forgetCalls() {
@@ -127,6 +96,21 @@ class ToolTest : public testing::Test {
       }
     }
     tool.editor().setTracked();
+  }
+
+  /// A tracking pass of the host that ends well after so many seconds.
+  void endTracking(double seconds) {
+    tool.milliseconds = seconds * 1000.0;
+    shot.setRunState(RUN_TRACKING);
+    tool.onTrackingEnd(0);
+    shot.setRunState(RUN_IDLE);
+  }
+
+  /// [IN, OUT) again, and the tool hears of it.
+  void putMarksBack() {
+    host.markIn = IN;
+    host.markOut = OUT;
+    tool.onMarksChange();
   }
 
   void makeTracked() {
@@ -160,7 +144,9 @@ class ToolTest : public testing::Test {
     return std::make_unique<CRecordingWindow>(owner);
   }
 
-  CSettingsFolder settingsFolder;
+  /// So that no test reads what another one has left. Made before the tool, which keeps the name of
+  /// its settings file.
+  CEnvironment settings{"XDG_CONFIG_HOME", (folder + "config").c_str()};
   CRecordingHost host;
   THeadlessApplication application;
   std::vector<std::string> errors;  ///< "operation code text"
@@ -172,7 +158,6 @@ class ToolTest : public testing::Test {
                     return made;
                   }};
   IStabilizerShot& shot = tool;  ///< as the smoothing thread and the processor see it
-  std::string folder_;
 
  private:
   int savedTraceLevel_ = ZRNQTraceLevel;

@@ -30,16 +30,14 @@ TEST_F(TrackingControl, APassStartsOnlyWithMarksClipAndPoints) {
     EXPECT_EQ(tool.livePoints().FrameCount(), c.starts ? 1 : frames);
     EXPECT_EQ(tool.runState(), c.starts ? RUN_TRACKING : RUN_IDLE);
     EXPECT_EQ(monitor.calls.contains("StopProgress 0"), !c.starts);
-    shot.setRunState(RUN_IDLE);
     tool.setProgressMonitor(nullptr);
+    if (!c.starts) {  // whoever waits for it already must not wait for ever
+      shot.setRunState(RUN_TRACKING);
+      EXPECT_FALSE(tool.onTrackingStart());
+      EXPECT_EQ(tool.runState(), RUN_ERROR);
+    }
+    shot.setRunState(RUN_IDLE);
   }
-}
-
-// Whoever waits for a pass that the tool refuses must not wait for ever.
-TEST_F(TrackingControl, ARefusedPassEndsTheWaitForIt) {
-  shot.setRunState(RUN_TRACKING);
-  EXPECT_FALSE(tool.onTrackingStart());
-  EXPECT_EQ(tool.runState(), RUN_ERROR);
 }
 
 TEST_F(TrackingControl, APassIsTrackedWithTheBoxesOfTheSettings) {
@@ -90,29 +88,8 @@ constexpr const char* DELETE_OUT =
     "Tracking information will be lost if you delete your OUT mark.\nContinue anyway?";
 constexpr const char* MOVE_OUT = "All points will need to be re-tracked.    \nContinue anyway?";
 
-/// A tool whose last tracking pass took as long as a test says.
 class MarkQuestions : public ToolTest {
  protected:
-  static const std::vector<SMarkCase>& cases() {
-    static const std::vector<SMarkCase> all = {
-        {"nothing moved", 2, true, true, false, true, IN, OUT, nullptr},
-        {"in deleted, one untracked point", 1, false, false, false, true, -1, OUT, nullptr},
-        {"in deleted, two points", 2, false, false, false, true, -1, OUT, DELETE_IN},
-        {"in deleted, one point long tracked", 1, true, true, false, true, -1, OUT, DELETE_IN},
-        {"in moved inside", 2, true, true, false, true, IN + 3, OUT, nullptr},
-        {"in moved outside, short pass", 2, true, false, false, true, IN - 10, OUT, nullptr},
-        {"in moved outside, long pass", 2, true, true, false, true, IN - 10, OUT, MOVE_IN},
-        {"in moved to another shot", 2, true, true, true, true, IN - 10, OUT, nullptr},
-        {"out moved inside", 2, true, true, false, true, IN, OUT - 3, nullptr},
-        {"out moved outside, long pass", 2, true, true, false, true, IN, OUT + 9, MOVE_OUT},
-        {"out moved outside, short pass", 2, true, false, false, true, IN, OUT + 9, nullptr},
-        {"out moved outside, no warnings", 2, true, true, false, false, IN, OUT + 9, nullptr},
-        {"out deleted, long pass", 2, true, true, false, true, IN, -1, DELETE_OUT},
-        {"out deleted, no warnings", 2, true, true, false, false, IN, -1, nullptr},
-    };
-    return all;
-  }
-
   void arrange(const SMarkCase& c) {
     host.markIn = IN;
     host.markOut = OUT;
@@ -120,7 +97,7 @@ class MarkQuestions : public ToolTest {
     tool.editor().updateMarks();
     placePoints(c.points);
     if (c.tracked) trackPoints();
-    setTrackingSeconds(c.protectedTracking ? 61.4 : 60.9);
+    endTracking(c.protectedTracking ? 61.4 : 60.9);
     tool.setClearOnShotChange(c.clearOnShotChange);
     tool.setMarkOutWarnings(c.warnMarkOut);
     host.markIn = c.markIn;
@@ -128,41 +105,43 @@ class MarkQuestions : public ToolTest {
     application.questions.clear();
     forgetCalls();
   }
-
-  void setTrackingSeconds(double seconds) {
-    tool.milliseconds = seconds * 1000.0;
-    shot.setRunState(RUN_TRACKING);
-    tool.onTrackingEnd(0);
-    shot.setRunState(RUN_IDLE);
-  }
-
-  bool markInMoved(const SMarkCase& c) const { return c.markIn != IN; }
 };
 
+// Cancelled, the mark goes back and the points stay.
 TEST_F(MarkQuestions, AreAskedWhereAMarkWouldCostWork) {
-  for (const SMarkCase& c : cases()) {
+  const SMarkCase cases[] = {
+      {"nothing moved", 2, true, true, false, true, IN, OUT, nullptr},
+      {"in deleted, one untracked point", 1, false, false, false, true, -1, OUT, nullptr},
+      {"in deleted, two points", 2, false, false, false, true, -1, OUT, DELETE_IN},
+      {"in deleted, one point long tracked", 1, true, true, false, true, -1, OUT, DELETE_IN},
+      {"in moved inside", 2, true, true, false, true, IN + 3, OUT, nullptr},
+      {"in moved outside, short pass", 2, true, false, false, true, IN - 10, OUT, nullptr},
+      {"in moved outside, long pass", 2, true, true, false, true, IN - 10, OUT, MOVE_IN},
+      {"in moved to another shot", 2, true, true, true, true, IN - 10, OUT, nullptr},
+      {"out moved inside", 2, true, true, false, true, IN, OUT - 3, nullptr},
+      {"out moved outside, long pass", 2, true, true, false, true, IN, OUT + 9, MOVE_OUT},
+      {"out moved outside, short pass", 2, true, false, false, true, IN, OUT + 9, nullptr},
+      {"out moved outside, no warnings", 2, true, true, false, false, IN, OUT + 9, nullptr},
+      {"out deleted, long pass", 2, true, true, false, true, IN, -1, DELETE_OUT},
+      {"out deleted, no warnings", 2, true, true, false, false, IN, -1, nullptr},
+  };
+  for (const SMarkCase& c : cases) {
     SCOPED_TRACE(c.name);
     arrange(c);
+    application.answer = EConfirmation::proceed;
     EXPECT_TRUE(tool.checkMarkChanges());
-    const std::vector<std::string> expected =
-        c.question ? std::vector<std::string>{c.question} : std::vector<std::string>{};
-    EXPECT_EQ(application.questions, expected);
+    EXPECT_EQ(application.questions,
+              c.question ? std::vector<std::string>{c.question} : std::vector<std::string>{});
     EXPECT_EQ(host.calls.count("setMarkIn") + host.calls.count("setMarkOut"), 0);
-  }
-}
-
-TEST_F(MarkQuestions, CancelPutsTheMarkBackAndKeepsThePoints) {
-  application.answer = EConfirmation::cancel;
-  for (const SMarkCase& c : cases()) {
     if (!c.question) continue;
-    SCOPED_TRACE(c.name);
     arrange(c);
+    application.answer = EConfirmation::cancel;
     const int frames = tool.livePoints().FrameCount();
     EXPECT_EQ(tool.onMarksChange(), CToolObject::HANDLED);
     EXPECT_EQ(host.markIn, IN);
     EXPECT_EQ(host.markOut, OUT);
-    EXPECT_EQ(host.calls.count("setMarkIn"), markInMoved(c) ? 1 : 0);
-    EXPECT_EQ(host.calls.count("setMarkOut"), markInMoved(c) ? 0 : 1);
+    EXPECT_EQ(host.calls.count("setMarkIn"), c.markIn != IN ? 1 : 0);
+    EXPECT_EQ(host.calls.count("setMarkOut"), c.markIn != IN ? 0 : 1);
     EXPECT_EQ(tool.livePoints().FrameCount(), frames);
   }
 }
@@ -173,7 +152,7 @@ TEST_F(MarkQuestions, MovingInIsAskedOncePerTrackingPass) {
   EXPECT_TRUE(tool.checkMarkInChange());
   EXPECT_TRUE(tool.checkMarkInChange());
   EXPECT_EQ(application.questions.size(), 1u);
-  setTrackingSeconds(61.0);
+  endTracking(61.0);
   EXPECT_TRUE(tool.checkMarkInChange());
   EXPECT_EQ(application.questions.size(), 2u);
 }
@@ -253,19 +232,19 @@ TEST_F(TrackingControl, ClearTakesThePointsAndTheMeasuredMotion) {
   EXPECT_EQ(tool.editor().selectedPoint, -1);
   EXPECT_TRUE(tool.pointNeedsRetracking());
   EXPECT_TRUE(window->calls.contains("pointButtons"));
+  EXPECT_FALSE(tool.isTracked());
+  makeTracked();
+  EXPECT_TRUE(tool.isTracked()) << "what is placed afterwards can be tracked";
 }
 
 TEST_F(TrackingControl, ClearEndsWhatIsUnderWayForThePoints) {
   const struct {
-    int state;
-    int after;       ///< of the clear
-    int inTheEnd;    ///< after a heartbeat
-    bool stopsPass;  ///< the host's tracking pass
-  } cases[] = {{RUN_TRACKING, RUN_TRACKING, RUN_TRACKING, true},
-               {RUN_TRACKED, RUN_IDLE, RUN_IDLE, false},
-               {RUN_SMOOTHED, RUN_IDLE, RUN_IDLE, false},
-               {RUN_RENDER_REQUESTED, RUN_IDLE, RUN_IDLE, false},
-               {RUN_RENDERING, RUN_RENDERING, RUN_RENDERING, false}};
+    int state, after;  ///< of the clear and of the next heartbeat
+  } cases[] = {{RUN_TRACKING, RUN_TRACKING},
+               {RUN_TRACKED, RUN_IDLE},
+               {RUN_SMOOTHED, RUN_IDLE},
+               {RUN_RENDER_REQUESTED, RUN_IDLE},
+               {RUN_RENDERING, RUN_RENDERING}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.state);
     makeTracked();
@@ -273,9 +252,9 @@ TEST_F(TrackingControl, ClearEndsWhatIsUnderWayForThePoints) {
     host.calls.clear();
     tool.clearAllTrackingData();
     EXPECT_EQ(tool.runState(), c.after);
-    EXPECT_EQ(host.calls.contains("StopTrackingRun"), c.stopsPass);
+    EXPECT_EQ(host.calls.contains("StopTrackingRun"), c.state == RUN_TRACKING);
     tool.onHeartbeat();
-    EXPECT_EQ(tool.runState(), c.inTheEnd);
+    EXPECT_EQ(tool.runState(), c.after);
     EXPECT_EQ(tool.editor().originalMotion(), nullptr);
     EXPECT_EQ(tool.livePoints().NumberOfPoints(), 0);
     shot.setRunState(RUN_IDLE);
@@ -300,14 +279,6 @@ TEST_F(TrackingControl, NewBoxSizesReachThePointsOnce) {
   EXPECT_EQ(host.calls.count("redrawDisplay"), 1);
   tool.setBoxExtents(6, 6, 8, 8, 8, 8);
   EXPECT_EQ(host.calls.count("redrawDisplay"), 1);
-}
-
-TEST_F(TrackingControl, PointsThatArePlacedAfterAClearCanBeTracked) {
-  makeTracked();
-  tool.clearAllTrackingData();
-  EXPECT_FALSE(tool.isTracked());
-  makeTracked();
-  EXPECT_TRUE(tool.isTracked());
 }
 
 }  // namespace

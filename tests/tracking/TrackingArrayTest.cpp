@@ -148,14 +148,6 @@ TEST(TrackingArray, CompactCarriesAttributesAndAnchorsAlong) {
   EXPECT_FALSE(array.attributes.contains(5));
 }
 
-TEST(TrackingArray, CompactLeavesACompactArrayAsItIs) {
-  CTrackingArray array = Tracked(3, 6, {0, 1});
-  array.attributes[1].AnIn = 0;
-  const CTrackingArray before = array;
-  EXPECT_EQ(array.Compact(), 2);
-  EXPECT_EQ(array, before);
-}
-
 /// What Compact means: one point after the other takes the next index.
 int CompactPointByPoint(CTrackingArray& array) {
   array.RemoveEmptyFrames();

@@ -267,12 +267,8 @@ TEST(TrackingText, ASetThatCouldNotBeReadAgainIsNotWritten) {
   void (*const edits[])(CTrackingArray&) = {
       [](CTrackingArray& a) { a.PointsAt(-1); },
       [](CTrackingArray& a) { a.PointsAt(1000100); },
-      [](CTrackingArray& a) {
-        a.PointsAt(100).Point(-1) = {1, 1};
-      },
-      [](CTrackingArray& a) {
-        a.PointsAt(100).Point(100000) = {1, 1};
-      },
+      [](CTrackingArray& a) { a.PointsAt(100).Point(-1) = CTrackPoint(1, 1); },
+      [](CTrackingArray& a) { a.PointsAt(100).Point(100000) = CTrackPoint(1, 1); },
       [](CTrackingArray& a) { a.attributes[100000]; },
   };
   for (const auto edit : edits) {

@@ -88,14 +88,7 @@ TEST_F(ExecButtons, AClickTellsWhatItsKeyTells) {
   EXPECT_EQ(commands.size(), 10u);
 }
 
-TEST_F(ExecButtons, HighlightHintsAndGroups) {
-  frame.highlightButton(EXEC_BUTTON_RENDER_ALL);
-  EXPECT_EQ(frame.RenderAllButtonPanel.innerBevel(), EBevel::raised);
-  frame.highlightButton(EXEC_BUTTON_PREVIEW_FRAME);
-  EXPECT_EQ(frame.RenderAllButtonPanel.innerBevel(), EBevel::none);
-  EXPECT_EQ(frame.PreviewFrameButtonPanel.innerBevel(), EBevel::raised);
-  frame.highlightButton(EXEC_BUTTON_NONE);
-  EXPECT_EQ(frame.PreviewFrameButtonPanel.innerBevel(), EBevel::none);
+TEST_F(ExecButtons, HintsAndGroups) {
   frame.setButtonHint(EXEC_BUTTON_STOP, "Not now");
   EXPECT_EQ(frame.StopButton.hint(), "Not now");
   frame.enableButton(EXEC_BUTTON_PREVIEW_ALL, false);

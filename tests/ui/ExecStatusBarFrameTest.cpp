@@ -37,27 +37,24 @@ class ExecStatusBar : public testing::Test {
 };
 
 TEST_F(ExecStatusBar, TextsOfTimes) {
-  for (const auto& [seconds, text] : std::initializer_list<std::pair<double, const char*>>{
-           {0.0, "0:00"},
-           {75.9, "1:15"},
-           {3599.0, "59:59"},
-           {3725.0, "1:02:05"},
-           {-4.0, "0:00"},
-           {36000.0, "10:00:00"},
-           {std::numeric_limits<double>::quiet_NaN(), "0:00"}})
-    EXPECT_EQ(TExecStatusBarFrame::TimeText(seconds), text);
+  struct SCase {
+    double seconds;
+    const char* text;
+  };
+  const SCase times[] = {{0.0, "0:00"},
+                         {75.9, "1:15"},
+                         {3599.0, "59:59"},
+                         {3725.0, "1:02:05"},
+                         {-4.0, "0:00"},
+                         {36000.0, "10:00:00"},
+                         {std::numeric_limits<double>::quiet_NaN(), "0:00"}};
+  for (const SCase& c : times) EXPECT_EQ(TExecStatusBarFrame::TimeText(c.seconds), c.text);
   EXPECT_FALSE(TExecStatusBarFrame::TimeText(std::numeric_limits<double>::infinity()).empty());
-  for (const auto& [seconds, text] :
-       std::initializer_list<std::pair<double, const char*>>{{0.5, "0.500"},
-                                                             {0.29, "0.290"},
-                                                             {9.9999, "9.999"},
-                                                             {12.25, "12.25"},
-                                                             {99.999, "99.99"},
-                                                             {123.45, "123.4"},
-                                                             {1234.9, "1234"},
-                                                             {0.0004, "0.000"},
-                                                             {-1.0, "0.000"}})
-    EXPECT_EQ(TExecStatusBarFrame::SecondsPerFrameText(seconds), text);
+  const SCase perFrame[] = {{0.5, "0.500"},   {0.29, "0.290"},   {9.9999, "9.999"},
+                            {12.25, "12.25"}, {99.999, "99.99"}, {123.45, "123.4"},
+                            {1234.9, "1234"}, {0.0004, "0.000"}, {-1.0, "0.000"}};
+  for (const SCase& c : perFrame)
+    EXPECT_EQ(TExecStatusBarFrame::SecondsPerFrameText(c.seconds), c.text);
 }
 
 TEST_F(ExecStatusBar, CountsUnitsAndShowsThemWithinTenMilliseconds) {

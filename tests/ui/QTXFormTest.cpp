@@ -1,11 +1,7 @@
 #include "ui/QTXForm.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-
 #include "../../ui/DesktopArea.h"
+#include "../platform/support/temp_folder.h"
 #include "support/ErrorReport.h"
 #include "toolkit/HeadlessApplication.h"
 
@@ -49,24 +45,17 @@ class CToolWindow : public TQTXForm {
   }
 };
 
-class FormBase : public testing::Test {
+class FormBase : public TempFolder {
  protected:
-  FormBase() {
-    SetApplication(&application);
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
-  }
+  FormBase() { SetApplication(&application); }
   ~FormBase() override {
     TQTXForm::setSectionPrefix("");
     SetApplication(nullptr);
-    std::filesystem::remove_all(folder);
   }
-  void put(const std::string& text) const { std::ofstream(file) << text; }
+  void put(const std::string& text) const { TempFolder::put(file, text); }
 
   THeadlessApplication application;
   Calls calls;
-  const std::string folder = testing::TempDir() + "stab_forms_" +
-                             testing::UnitTest::GetInstance()->current_test_info()->name() + "/";
   const std::string file = folder + "windows.ini";
 };
 

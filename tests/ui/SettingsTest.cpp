@@ -1,6 +1,3 @@
-#include <fstream>
-#include <sstream>
-
 #include "WindowFixture.h"
 #include "support/IniFile.h"
 
@@ -13,8 +10,8 @@ class Settings : public WindowTest {
     WindowTest::SetUp();
     ZRNQTraceLevel = 0;
     file = IniFileNameFor("Stabilizer");
-    host.folderText = folder_ + "shot.%04d.dpx";
-    autoPoints = folder_ + "stab_auto.points";
+    host.folderText = folder + "shot.%04d.dpx";
+    autoPoints = folder + "stab_auto.points";
     std::filesystem::create_directories(std::filesystem::path(file).parent_path());
   }
 
@@ -46,13 +43,7 @@ class Settings : public WindowTest {
     tool.livePoints().PointsAt(IN).Point(0) = CTrackPoint(x, 12.0);
   }
 
-  void put(const std::string& text) const { std::ofstream(file, std::ios::binary) << text; }
-  static std::string textOf(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-  }
+  void put(const std::string& text) const { TempFolder::put(file, text); }
 
   /// Every setting away from what a new window has.
   static void changeEverything(TStabilizerForm& window) {

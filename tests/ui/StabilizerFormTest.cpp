@@ -8,6 +8,22 @@ class Window : public WindowTest {
     return form->StatusMessageLabel.caption() + ", " + form->PointCountLabel.caption() + " " +
            form->PointsLabel.caption();
   }
+  void notifyPoints() {
+    tool.editor().pointsChangedHook.notify();
+    heartbeat();
+  }
+  /// Two points, and a click on Track that the tool has taken up.
+  void beginTracking() {
+    placePoints();
+    notifyPoints();
+    form->TrackButton.click();
+    heartbeat();
+  }
+  int key(const char* text) {
+    CUserInput input;
+    EXPECT_EQ(input.parse(text), 0) << text;
+    return tool.onUserInput(input);
+  }
   /// Track, Clear, Load, Save, Prev, Next.
   std::string pointButtons() const {
     std::string text;
@@ -47,8 +63,7 @@ TEST_F(Window, PointButtonsAndStatusFollowThePoints) {
                {2, "111111", "Idle, 2 points"}};
   for (const auto& c : cases) {
     placePoints(c.points);
-    tool.editor().pointsChangedHook.notify();
-    heartbeat();
+    notifyPoints();
     EXPECT_EQ(pointButtons(), c.buttons) << c.points;
     EXPECT_EQ(status(), c.status) << c.points;
   }
@@ -60,20 +75,16 @@ TEST_F(Window, PointButtonsAndStatusFollowThePoints) {
 TEST_F(Window, RunStatesAndTextsAreReadTwiceASecond) {
   tool.setStatusMessage("Phase 2");
   tool.setTimeMessage("3 s");
-  for (const auto& [state, label] :
-       std::initializer_list<std::pair<int, std::string>>{{1, "Error"},
-                                                          {2, "Tracking"},
-                                                          {4, "Tracking"},
-                                                          {5, "Smoothing"},
-                                                          {7, "Smoothing"},
-                                                          {8, "Rendering"},
-                                                          {10, "Rendering"},
-                                                          {11, "Unknown"},
-                                                          {-1, "Unknown"},
-                                                          {0, "Idle"}}) {
-    shot.setRunState(state);
+  const struct {
+    int state;
+    const char* label;
+  } cases[] = {{1, "Error"},     {2, "Tracking"},  {4, "Tracking"},   {5, "Smoothing"},
+               {7, "Smoothing"}, {8, "Rendering"}, {10, "Rendering"}, {11, "Unknown"},
+               {-1, "Unknown"},  {0, "Idle"}};
+  for (const auto& c : cases) {
+    shot.setRunState(c.state);
     application.advanceClock(500);
-    EXPECT_EQ(form->StatusMessageLabel.caption(), label);
+    EXPECT_EQ(form->StatusMessageLabel.caption(), c.label);
   }
   EXPECT_EQ(form->StatusBar.panels()[0].text, "Phase 2");
   EXPECT_EQ(form->StatusBar.panels()[1].text, "3 s");
@@ -141,18 +152,18 @@ TEST_F(Window, WidePicturesHaveTwiceTheBoxes) {
 }
 
 TEST_F(Window, ANewClipBeginsAtItsMarkIn) {
-  host.folderText = folder_ + "next/shot.%04d.dpx";
+  host.folderText = folder + "next/shot.%04d.dpx";
   host.markIn = IN + 3;
   tool.onNewClip();
   EXPECT_EQ(tool.resumeFrame(), IN + 3);
   EXPECT_EQ(form->gatherParameters().RefFrameIndex, IN + 3);
-  EXPECT_EQ(form->OpenTrackingPointsDialog.initialFolder, folder_ + "next/");
-  EXPECT_EQ(form->SaveTrackingPointsDialog.initialFolder, folder_ + "next/");
+  EXPECT_EQ(form->OpenTrackingPointsDialog.initialFolder, folder + "next/");
+  EXPECT_EQ(form->SaveTrackingPointsDialog.initialFolder, folder + "next/");
   form->AutoLoadCBox.setChecked(true);
   tool.onNewClip();  // there is no such file yet
   placePoints();
-  std::filesystem::create_directories(folder_ + "next");
-  ASSERT_TRUE(tool.SaveTrackingPoints(folder_ + "next/stab_auto.points"));
+  std::filesystem::create_directories(folder + "next");
+  ASSERT_TRUE(tool.SaveTrackingPoints(folder + "next/stab_auto.points"));
   tool.clearAllTrackingData();
   host.firstShow = true;
   tool.onNewClip();
@@ -192,18 +203,14 @@ TEST_F(Window, WhatIsBeingTypedCountsWhenThePanelIsHidden) {
 
 TEST_F(Window, LoadLeavesTheMarksAloneWhileShiftIsHeld) {
   placePoints();
-  ASSERT_TRUE(tool.SaveTrackingPoints(folder_ + "a.points"));
-  application.file = folder_ + "a.points";
+  ASSERT_TRUE(tool.SaveTrackingPoints(folder + "a.points"));
+  application.file = folder + "a.points";
   host.markIn = IN + 2;
   tool.onMarksChange();
-  CUserInput shiftDown;
-  ASSERT_EQ(shiftDown.parse("Shift+Shift KeyDown"), 0);
-  tool.onUserInput(shiftDown);
+  key("Shift+Shift KeyDown");
   form->LoadPointsButton.click();
   EXPECT_EQ(host.markIn, IN + 2);
-  CUserInput shiftUp;
-  ASSERT_EQ(shiftUp.parse("Shift KeyUp"), 0);
-  tool.onUserInput(shiftUp);
+  key("Shift KeyUp");
   form->LoadPointsButton.click();
   EXPECT_EQ(host.markIn, IN);
   const SFileDialog& dialog = application.fileDialogs.at(0);
@@ -235,11 +242,7 @@ TEST_F(Window, PreferencesChangeOnOkAlone) {
 
 TEST_F(Window, WorkThatComesToNothingGivesTheButtonsBack) {
   const TExecButtonsFrame& buttons = form->ExecButtonsToolbar;
-  placePoints();
-  tool.editor().pointsChangedHook.notify();
-  heartbeat();
-  form->TrackButton.click();
-  heartbeat();
+  beginTracking();
   ASSERT_TRUE(buttons.StopButton.isEnabled());
   form->ExecButtonsToolbar.StopButton.click();
   EXPECT_TRUE(host.calls.contains("StopTrackingRun"));
@@ -251,10 +254,8 @@ TEST_F(Window, WorkThatComesToNothingGivesTheButtonsBack) {
 
   makeSmoothed();
   host.renderPermitted = false;
-  CUserInput renderAll;
-  ASSERT_EQ(renderAll.parse("Shift+G KeyDown"), 0);
   form->updateExecutionButtons(CToolObject::STATE_IDLE, false);
-  EXPECT_EQ(tool.onUserInput(renderAll), 18);
+  EXPECT_EQ(key("Shift+G KeyDown"), 18);
   ASSERT_TRUE(buttons.StopButton.isEnabled());
   heartbeat();
   EXPECT_FALSE(buttons.StopButton.isEnabled());
@@ -262,11 +263,7 @@ TEST_F(Window, WorkThatComesToNothingGivesTheButtonsBack) {
 }
 
 TEST_F(Window, AnOperatorsFirstShot) {
-  placePoints();
-  tool.editor().pointsChangedHook.notify();
-  heartbeat();
-  form->TrackButton.click();
-  heartbeat();
+  beginTracking();
   EXPECT_EQ(form->StatusMessageLabel.caption(), "Tracking");
   EXPECT_TRUE(form->ExecButtonsToolbar.StopButton.isEnabled());
   EXPECT_FALSE(form->ExecButtonsToolbar.RenderAllButton.isEnabled());

@@ -103,19 +103,17 @@ TEST_F(TrackEdit, OfWhatIsPrintableOnlyDigitsAreTaken) {
 }
 
 TEST_F(TrackEdit, TextThatWasPutThereCountsByItsLeadingDigits) {
-  for (const auto& [text, state] :
-       std::initializer_list<std::pair<const char*, const char*>>{{"", "5 0 1"},
-                                                                  {"-12", "5 0 1"},
-                                                                  {"-99999999999", "5 0 1"},
-                                                                  {" 12", "5 0 1"},
-                                                                  {"12.9", "12 12 1"},
-                                                                  {"007", "7 7 1"}}) {
+  const struct {
+    const char *text, *state;
+  } cases[] = {{"", "5 0 1"},    {"-12", "5 0 1"},    {"-99999999999", "5 0 1"},
+               {" 12", "5 0 1"}, {"12.9", "12 12 1"}, {"007", "7 7 1"}};
+  for (const auto& c : cases) {
     frame->setValue(20);
     clicks = raised = 0;
     frame->Edit.focus();
-    frame->Edit.setText(text);
+    frame->Edit.setText(c.text);
     DropFocus();
-    EXPECT_EQ(this->state(), state) << text;
+    EXPECT_EQ(state(), c.state) << c.text;
   }
 }
 

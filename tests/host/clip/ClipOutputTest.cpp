@@ -3,33 +3,13 @@
 #include <csignal>
 #include <thread>
 
+#include "ClipCopies.h"
 #include "TemporaryFolder.h"
-#include "clip/ClipReader.h"
-#include "clip/ClipWriter.h"
-#include "clip/TestShot.h"
 
 namespace {
 
 std::unique_ptr<IClipReader> SmallShot(int frames = 3) {
-  STestShotSettings settings;
-  settings.width = 64;
-  settings.height = 48;
-  settings.frames = frames;
-  settings.firstFrame = 1;
-  return MakeTestShotReader(settings);
-}
-
-void WriteShot(IClipReader& source, const std::string& path, bool overwrite = false) {
-  const SClipInfo& info = source.info();
-  std::vector<std::uint16_t> samples(info.format.getBytesPerField() / 2);
-  SWriteOptions options;
-  options.overwrite = overwrite;
-  const auto writer = CreateClip(path, source, info.firstFrame, info.endFrame, options);
-  for (int frame = info.firstFrame; frame < info.endFrame; ++frame) {
-    source.readFrame(frame, samples.data());
-    writer->writeFrame(frame, samples.data());
-  }
-  writer->finish();
+  return OpenClip("test:width=64,height=48,firstFrame=1,frames=" + std::to_string(frames), 1);
 }
 
 /// Files cannot grow beyond so many bytes, as on a full disk, while this lives.
@@ -57,8 +37,8 @@ class CFullDisk {
 
 TEST(ClipOutput, IsCheckedBeforeAnyWork) {
   const CTemporaryFolder folder;
-  WriteShot(*SmallShot(), folder("in.%04d.dpx"));
-  WriteShot(*SmallShot(), folder("in.mkv"));
+  CopyClip(*SmallShot(), folder("in.%04d.dpx"));
+  CopyClip(*SmallShot(), folder("in.mkv"));
   folder.makeFolder("full");
   folder.makeFile("full/in.0002.dpx");
   folder.makeFile("old.mkv");
@@ -116,7 +96,7 @@ TEST(ClipOutput, IsCheckedBeforeAnyWork) {
 TEST(ClipOutput, TypesThatCannotHoldTheSamplesAreRefused) {
   const CTemporaryFolder folder;
   const auto shot = SmallShot();
-  ExpectMentions(ErrorOf([&] { WriteShot(*shot, folder("a.%d.exr")); }), {"OpenEXR"});
+  ExpectMentions(ErrorOf([&] { CopyClip(*shot, folder("a.%d.exr")); }), {"OpenEXR"});
   EXPECT_TRUE(folder.names().empty());
 }
 
@@ -138,11 +118,11 @@ TEST(ClipOutput, AFullDiskLeavesWholeFramesOnly) {
     std::string error;
     {
       const CFullDisk disk(c.limit);
-      error = ErrorOf([&] { WriteShot(*shot, folder(c.output)); });
+      error = ErrorOf([&] { CopyClip(*shot, folder(c.output)); });
     }
     ExpectMentions(error, c.message);
     EXPECT_TRUE(folder.names().empty());
-    WriteShot(*shot, folder(c.output));
+    CopyClip(*shot, folder(c.output));
     EXPECT_EQ(OpenClip(folder(c.output), 1)->info().frameCount(), 3);
   }
 }
@@ -150,14 +130,14 @@ TEST(ClipOutput, AFullDiskLeavesWholeFramesOnly) {
 TEST(ClipOutput, AFailedOverwriteLeavesTheOldFrame) {
   const CTemporaryFolder folder;
   const auto shot = SmallShot(1);
-  WriteShot(*shot, folder("a.%04d.dpx"));
+  CopyClip(*shot, folder("a.%04d.dpx"));
   const std::string old = FileBytes(folder("a.0001.dpx"));
   {
     const CFullDisk disk(6000);
-    EXPECT_NE(ErrorOf([&] { WriteShot(*shot, folder("a.%04d.dpx"), true); }), "no error");
+    EXPECT_NE(ErrorOf([&] { CopyClip(*shot, folder("a.%04d.dpx"), true); }), "no error");
   }
   EXPECT_TRUE(FileBytes(folder("a.0001.dpx")) == old);
-  WriteShot(*shot, folder("a.%04d.dpx"), true);
+  CopyClip(*shot, folder("a.%04d.dpx"), true);
   EXPECT_TRUE(FileBytes(folder("a.0001.dpx")) == old);
   EXPECT_EQ(folder.names(), std::vector<std::string>{"a.0001.dpx"});
 }
@@ -165,18 +145,15 @@ TEST(ClipOutput, AFailedOverwriteLeavesTheOldFrame) {
 TEST(ClipOutput, FramesMayComeFromSeveralThreadsInAnyOrder) {
   const CTemporaryFolder folder;
   const auto shot = SmallShot(24);
-  WriteShot(*shot, folder("a.%04d.dpx"));
+  CopyClip(*shot, folder("a.%04d.dpx"));
   const auto clip = OpenClip(folder("a.%04d.dpx"), 1);
   const auto writer = CreateClip(folder("b.%04d.dpx"), *clip, 1, 25, {});
   ASSERT_TRUE(clip->isParallel() && writer->isParallel());
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t)
     threads.emplace_back([&, t] {
-      std::vector<std::uint16_t> samples(clip->info().format.getBytesPerField() / 2);
-      for (int frame = 24 - t; frame >= 1; frame -= 4) {
-        clip->readFrame(frame, samples.data());
-        writer->writeFrame(frame, samples.data());
-      }
+      for (int frame = 24 - t; frame >= 1; frame -= 4)
+        writer->writeFrame(frame, ReadFrame(*clip, frame).data());
     });
   for (std::thread& thread : threads) thread.join();
   writer->finish();

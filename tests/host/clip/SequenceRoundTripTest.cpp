@@ -1,7 +1,7 @@
+#include "ClipCopies.h"
 #include "SequenceFiles.h"
 #include "TemporaryFolder.h"
 #include "clip/ClipReader.h"
-#include "clip/ClipWriter.h"
 
 namespace {
 
@@ -30,24 +30,6 @@ const SImageCase kCases[] = {
     {"EXR half RGBA", "exr", TypeDesc::HALF, 16, 4},
     {"EXR float of halves", "exr", TypeDesc::FLOAT, 32},
 };
-
-std::vector<std::uint16_t> ReadFrame(IClipReader& clip, int frame) {
-  std::vector<std::uint16_t> samples(clip.info().format.getBytesPerField() / 2);
-  clip.readFrame(frame, samples.data());
-  return samples;
-}
-
-void CopyClip(IClipReader& source, const std::string& path) {
-  const SClipInfo& info = source.info();
-  const auto writer = CreateClip(path, source, info.firstFrame, info.endFrame, {});
-  for (int frame = info.firstFrame; frame < info.endFrame; ++frame)
-    writer->writeFrame(frame, ReadFrame(source, frame).data());
-  writer->finish();
-}
-
-}  // namespace
-
-namespace {
 
 void ExpectRoundTrip(const SImageCase& c, int width) {
   const CTemporaryFolder folder;

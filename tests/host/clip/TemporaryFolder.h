@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -53,6 +54,10 @@ class CTemporaryFolder {
 inline std::string FileBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void RunShell(const std::string& line) {
+  ASSERT_EQ(std::system((line + " > /dev/null 2>&1").c_str()), 0) << line;
 }
 
 /// The message of the CClipError that `action` throws; "no error" when it throws none.

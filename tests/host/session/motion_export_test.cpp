@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <charconv>
 #include <clocale>
 #include <cmath>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <vector>
+
+#include "MotionRows.h"
 
 namespace {
 
@@ -106,34 +106,6 @@ class MotionExport : public Moves {
       for (int point : {0, 1})
         result_.points.PointsAt(frame).Point(point) =
             CTrackPoint(100.0 / 3.0 + frame * point, 200.1 + frame / 7.0);
-  }
-
-  /// Rows of named numbers.
-  static std::vector<std::map<std::string, double>> rowsOf(const std::string& csv) {
-    std::vector<std::string> names;
-    std::vector<std::map<std::string, double>> rows;
-    for (std::size_t at = 0; at < csv.size();) {
-      const std::size_t end = csv.find("\r\n", at);
-      std::vector<std::string> fields(1);
-      for (const char c : csv.substr(at, end - at)) {
-        if (c == ',')
-          fields.emplace_back();
-        else
-          fields.back().push_back(c);
-      }
-      at = end + 2;
-      if (names.empty()) {
-        names = fields;
-        continue;
-      }
-      EXPECT_EQ(fields.size(), names.size());
-      std::map<std::string, double>& row = rows.emplace_back();
-      for (std::size_t i = 0; i < names.size(); ++i) {
-        const char* last = fields[i].data() + fields[i].size();
-        EXPECT_EQ(std::from_chars(fields[i].data(), last, row[names[i]]).ptr, last) << fields[i];
-      }
-    }
-    return rows;
   }
 
   SStabilizeResult result_;

@@ -2,18 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include "Complaint.h"
 
 namespace {
-
-std::string complaintOf(const std::function<void()>& act) {
-  try {
-    act();
-  } catch (const CPluginError& error) {
-    return error.what();
-  }
-  return "";
-}
 
 TEST(PluginLibrary, SaysWhatIsWrongWithAnOddOne) {
   const struct {
@@ -24,7 +15,8 @@ TEST(PluginLibrary, SaysWhatIsWrongWithAnOddOne) {
                {ODD_PLUGIN_WITHOUT_CREATE, "_Create"},
                {ODD_PLUGIN_WITHOUT_PROPERTIES, "_WriteProperties"}};
   for (const auto& odd : cases) {
-    const std::string complaint = complaintOf([&] { CPluginLibrary library(odd.file); });
+    const std::string complaint =
+        complaintOf<CPluginError>([&] { CPluginLibrary library(odd.file); });
     EXPECT_NE(complaint.find(odd.says), std::string::npos) << complaint;
     EXPECT_NE(complaint.find(odd.file), std::string::npos) << complaint;
   }
@@ -34,7 +26,7 @@ TEST(PluginLibrary, APluginWithoutTheToolIsNamed) {
   CPluginLibrary library(ODD_PLUGIN_WITHOUT_TOOL);
   EXPECT_EQ(library.version(), "9.9.9.9");
   EXPECT_EQ(library.legalText(), "");
-  const std::string complaint = complaintOf([&] { library.createTool("Stabilize"); });
+  const std::string complaint = complaintOf<CPluginError>([&] { library.createTool("Stabilize"); });
   EXPECT_NE(complaint.find("Stabilize"), std::string::npos);
 }
 

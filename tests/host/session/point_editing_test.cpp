@@ -100,6 +100,8 @@ class PointEditing : public ::testing::Test {
 constexpr double NOTHING = std::numeric_limits<double>::quiet_NaN();
 
 TEST_F(PointEditing, SaysWhyAPointCannotStandThere) {
+  const SRect part{0, 0, 199, 191};
+  const SRect beside{0, 0, 256, 191};
   const struct {
     const char* what;
     std::function<void()> arrange;
@@ -112,26 +114,10 @@ TEST_F(PointEditing, SaysWhyAPointCannotStandThere) {
       {"beyond", [] {}, 245.6, 90.0, "track box would leave"},
       {"outside the picture", [] {}, -3e12, 90.0, "track box would leave"},
       {"no place", [] {}, NOTHING, 90.0, "track box would leave"},
-      {"region",
-       [&] {
-         useBox({0, 0, 199, 191});
-       },
-       190.0, 90.0, "region"},
-      {"box beside the picture",
-       [&] {
-         useBox({0, 0, 256, 191});
-       },
-       245.0, 90.0, ""},
-      {"empty box",
-       [&] {
-         useBox({0, 0, 0, 0});
-       },
-       190.0, 90.0, ""},
-      {"unused box",
-       [&] {
-         useBox({0, 0, 199, 191}, false);
-       },
-       190.0, 90.0, ""},
+      {"region", [&] { useBox(part); }, 190.0, 90.0, "region"},
+      {"box beside the picture", [&] { useBox(beside); }, 245.0, 90.0, ""},
+      {"empty box", [&] { useBox(SRect()); }, 190.0, 90.0, ""},
+      {"unused box", [&] { useBox(part, false); }, 190.0, 90.0, ""},
       {"no box", [&] { array().SetBoxExtents(-1, -1, -1, -1, -1, -1); }, 90.0, 90.0, "no size"},
       {"box too large", [&] { array().SetBoxExtents(10, 96, 9, 9, 9, 9); }, 90.0, 90.0, "larger"},
       {"other frame", [&] { session_.goToFrame(IN + 1); }, 90.0, 90.0, "01:00:00:02 (frame 102)"},

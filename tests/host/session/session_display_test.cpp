@@ -1,15 +1,12 @@
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
-#include <filesystem>
 #include <map>
 #include <mutex>
 #include <numeric>
 #include <set>
 #include <thread>
 
+#include "../../platform/support/temp_folder.h"
 #include "session/OperatedShot.h"
 #include "support/ErrorReport.h"
 #include "toolkit/HeadlessApplication.h"
@@ -94,9 +91,9 @@ class CGatedWriter : public IClipWriter {
 /// A generated shot that lies, for all who ask, in a folder.
 class CShotInFolder : public IClipReader {
  public:
-  CShotInFolder(const std::filesystem::path& path, const char* shot) : reader_(OpenClip(shot, 1)) {
+  CShotInFolder(const std::string& path, const char* shot) : reader_(OpenClip(shot, 1)) {
     info_ = reader_->info();
-    info_.path = path.string();
+    info_.path = path;
   }
   const SClipInfo& info() const override { return info_; }
   void readFrame(int frame, std::uint16_t* samples) override { reader_->readFrame(frame, samples); }
@@ -106,24 +103,12 @@ class CShotInFolder : public IClipReader {
   SClipInfo info_;
 };
 
-/// A folder of the test's own, gone with the object.
-class COwnFolder {
- public:
-  COwnFolder() {
-    std::string name = testing::TempDir() + "stab_operated_XXXXXX";
-    path = mkdtemp(name.data());
-  }
-  ~COwnFolder() { std::filesystem::remove_all(path); }
-  std::filesystem::path path;
-};
-
-std::unique_ptr<IClipReader> firstShot(const COwnFolder& folder) {
+std::unique_ptr<IClipReader> firstShot(const std::string& folder) {
   return std::make_unique<CShotInFolder>(
-      folder.path / "first.mov",
-      "test:width=320,height=240,frames=10,firstFrame=100,subject=0,dust=0");
+      folder + "first.mov", "test:width=320,height=240,frames=10,firstFrame=100,subject=0,dust=0");
 }
 
-class OperatedShot : public ::testing::Test {
+class OperatedShot : public TempFolder {
  protected:
   OperatedShot() : shot(firstShot(folder), 2, application, display) {}
 
@@ -154,9 +139,15 @@ class OperatedShot : public ::testing::Test {
     input.modifiers = modifiers;
     shot.input(input);
   }
+  /// From now on renders go into `written`, as far as the frame that fails.
+  void renderIntoMemory(int failing = -1) {
+    display.onRender = [this, failing] {
+      shot.setWriter(std::make_unique<CMemoryWriter>(written, finished, failing));
+      return true;
+    };
+  }
   void render() { press('G', CUserInput::MODIFIER_SHIFT); }
 
-  COwnFolder folder;
   THeadlessApplication application;
   CTestDisplay display;
   std::set<int> written;
@@ -219,7 +210,7 @@ TEST_F(OperatedShot, TheOverlayShowsTheSelectedPointAndLeavesNoTraceOfIt) {
 
 TEST_F(OperatedShot, APointThatWasLeftOutIsTold) {
   shot.changeClip(
-      std::make_unique<CShotInFolder>(folder.path / "drift.mov",
+      std::make_unique<CShotInFolder>(folder + "drift.mov",
                                       "test:width=320,height=240,frames=10,firstFrame=100,subject="
                                       "0,dust=0,driftX=0,driftY=4,weaveX=0,weaveY=0"));
   track(228);  // at the lower edge, in a picture that moves down
@@ -248,10 +239,7 @@ TEST_F(OperatedShot, ARenderEndsWithAWriterThatIsFinishedOrGivenUp) {
   for (const auto& c : cases) {
     written.clear();
     finished = false;
-    display.onRender = [&] {
-      shot.setWriter(std::make_unique<CMemoryWriter>(written, finished, c.failing));
-      return true;
-    };
+    renderIntoMemory(c.failing);
     render();
     pumpUntil([this] { return isIdle() && !shot.hasWriter(); });
     const std::vector<std::string> failures = shot.takeFailures();
@@ -273,10 +261,7 @@ TEST_F(OperatedShot, ARenderEndsWithAWriterThatIsFinishedOrGivenUp) {
 
 TEST_F(OperatedShot, AMarkThatMovesDuringARenderCostsNoFrame) {
   track();
-  display.onRender = [&] {
-    shot.setWriter(std::make_unique<CMemoryWriter>(written, finished, -1));
-    return true;
-  };
+  renderIntoMemory();
   render();
   pumpUntil([this] { return !display.shown().empty(); });
   shot.session().setMarkOut(106);
@@ -321,8 +306,7 @@ TEST_F(OperatedShot, ARenderThatPausesGoesOnWithoutAGap) {
 TEST_F(OperatedShot, AnotherClipTakesNoPointsAlong) {
   track();
   shot.changeClip(std::make_unique<CShotInFolder>(
-      folder.path / "second.mov",
-      "test:width=256,height=192,frames=6,subject=0,dust=0,firstFrame=7"));
+      folder + "second.mov", "test:width=256,height=192,frames=6,subject=0,dust=0,firstFrame=7"));
   EXPECT_EQ(shot.session().editor()->trackingArray()->NumberOfPoints(), 0);
   EXPECT_EQ(shot.session().getMarkIn(), 7);
   EXPECT_EQ(shot.session().getMarkOut(), 13);

@@ -157,6 +157,13 @@ TEST_F(TrackerLoss, BlurAndFlashOfTheWholePictureAreNoCover) {
   }
 }
 
+TEST_F(TrackerLoss, ACutIsNotFollowed) {
+  open(fivePoints(), shot_.settings());
+  next();
+  for (const auto& [index, point] : next([&](int x, int y, double) { return other_(x, y); }))
+    EXPECT_EQ(point.state, EPointState::lost) << "point " << index;
+}
+
 TEST_F(TrackerLoss, DustOnAPatchDoesNotThrowItOff) {
   open(fivePoints(), shot_.settings());
   for (int frame = 1; frame <= 12; ++frame) {
@@ -200,20 +207,6 @@ TEST(TrackerRange, FollowsToTheEndOfTheSearchAreaAndNotBeyond) {
       EXPECT_NEAR(to.position.x, from.x + c.move.x, 0.05);
       EXPECT_NEAR(to.position.y, from.y + c.move.y, 0.05);
     }
-  }
-}
-
-TEST(TrackerRange, ACutIsNotFollowed) {
-  const CTexture before(41);
-  const CTexture after(42);
-  CTestShot shot(220, 190);
-  const std::map<int, SPoint2> points = {
-      {0, {50, 45}}, {1, {170, 50}}, {2, {52, 140}}, {3, {165, 138}}, {4, {110, 95}}};
-  CShotTracker tracker(shot.format(), shot.settings(), points);
-  ASSERT_TRUE(tracker.begin(shot.draw(before, {}, 0.005)).empty());
-  tracker.follow(shot.draw(before, {1.5, 0.5}, 0.005));
-  for (const auto& [index, point] : tracker.follow(shot.draw(after, {}, 0.005))) {
-    EXPECT_EQ(point.state, EPointState::lost) << "point " << index;
   }
 }
 

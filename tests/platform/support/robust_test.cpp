@@ -3,7 +3,6 @@
 #include <cmath>
 #include <limits>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "support/Numerics.h"
@@ -68,54 +67,45 @@ std::vector<double> fit(const SSystem& system, bool expectConverged = true) {
   return x;
 }
 
-struct SMotionCase {
-  std::string name;
-  int points;
-  bool rotates;
-  double noise;
-  int wrong;             // points with gross errors
-  bool wrongOnes_agree;  // on one other motion, far out where they have leverage
-  double translationError;
-  double thetaError;
-};
-
-class RobustMotion : public testing::TestWithParam<SMotionCase> {};
-
-TEST_P(RobustMotion, IsRecovered) {
-  const SMotionCase& c = GetParam();
-  for (unsigned seed = 1; seed <= 50; ++seed) {
-    std::mt19937 random(seed);
-    const auto points = scatteredPoints(c.points, random);
-    const SMotion motion{12.25, -7.5, c.rotates ? 0.0123 : 0.0};
-    SSystem system = motionSystem(points, motion, c.rotates);
-    for (double& value : system.b) value += c.noise * noise(random);
-    for (int i = 0; i < c.wrong; ++i) {
-      const double far = c.wrongOnes_agree ? 1.0 + points[i].x / 4000.0 : 4.0 * uniform(random);
-      system.b[i] += c.wrongOnes_agree ? 60.0 * far : 20.0 + 500.0 * std::abs(far);
-      system.b[i + c.points] -= c.wrongOnes_agree ? 45.0 * far : 20.0 + 100.0 * std::abs(far);
+TEST(Robust, MotionIsRecovered) {
+  const struct {
+    const char* name;
+    int points;
+    bool rotates;
+    double noise;
+    int wrong;            // points with gross errors
+    bool wrongOnesAgree;  // on one other motion, far out where they have leverage
+    double translationError, thetaError;
+  } cases[] = {{"exact_translation", 3, false, 0.0, 0, false, 1e-10, 0},
+               {"exact_rotation", 3, true, 0.0, 0, false, 1e-9, 1e-12},
+               {"two_of_five_wrong", 5, false, 0.0, 2, false, 1e-9, 0},
+               {"two_of_six_wrong_and_rotation", 6, true, 0.0, 2, false, 1e-8, 1e-11},
+               {"noise_alone", 50, true, 0.05, 0, false, 0.12, 2e-5},
+               {"forty_percent_wrong", 50, false, 0.05, 20, false, 0.06, 0},
+               {"forty_percent_wrong_alike", 50, false, 0.05, 20, true, 0.06, 0},
+               {"forty_percent_wrong_and_rotation", 50, true, 0.05, 20, false, 0.12, 3e-5},
+               {"forty_percent_wrong_alike_and_rotation", 50, true, 0.05, 20, true, 0.12, 3e-5},
+               {"many_exact_points_and_wrong_ones", 200, true, 0.0, 80, true, 1e-9, 1e-12}};
+  for (const auto& c : cases) {
+    for (unsigned seed = 1; seed <= 50; ++seed) {
+      std::mt19937 random(seed);
+      const auto points = scatteredPoints(c.points, random);
+      const SMotion motion{12.25, -7.5, c.rotates ? 0.0123 : 0.0};
+      SSystem system = motionSystem(points, motion, c.rotates);
+      for (double& value : system.b) value += c.noise * noise(random);
+      for (int i = 0; i < c.wrong; ++i) {
+        const double far = c.wrongOnesAgree ? 1.0 + points[i].x / 4000.0 : 4.0 * uniform(random);
+        system.b[i] += c.wrongOnesAgree ? 60.0 * far : 20.0 + 500.0 * std::abs(far);
+        system.b[i + c.points] -= c.wrongOnesAgree ? 45.0 * far : 20.0 + 100.0 * std::abs(far);
+      }
+      const auto x = fit(system);
+      EXPECT_NEAR(x[0], motion.tx, c.translationError) << c.name << ", seed " << seed;
+      EXPECT_NEAR(x[1], motion.ty, c.translationError) << c.name << ", seed " << seed;
+      if (!c.rotates) continue;
+      EXPECT_NEAR(x[2], motion.theta, c.thetaError) << c.name << ", seed " << seed;
     }
-    const auto x = fit(system);
-    EXPECT_NEAR(x[0], motion.tx, c.translationError) << "seed " << seed;
-    EXPECT_NEAR(x[1], motion.ty, c.translationError) << "seed " << seed;
-    if (!c.rotates) continue;
-    EXPECT_NEAR(x[2], motion.theta, c.thetaError) << "seed " << seed;
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, RobustMotion,
-    testing::Values(
-        SMotionCase{"exact_translation", 3, false, 0.0, 0, false, 1e-10, 0},
-        SMotionCase{"exact_rotation", 3, true, 0.0, 0, false, 1e-9, 1e-12},
-        SMotionCase{"two_of_five_wrong", 5, false, 0.0, 2, false, 1e-9, 0},
-        SMotionCase{"two_of_six_wrong_and_rotation", 6, true, 0.0, 2, false, 1e-8, 1e-11},
-        SMotionCase{"noise_alone", 50, true, 0.05, 0, false, 0.12, 2e-5},
-        SMotionCase{"forty_percent_wrong", 50, false, 0.05, 20, false, 0.06, 0},
-        SMotionCase{"forty_percent_wrong_alike", 50, false, 0.05, 20, true, 0.06, 0},
-        SMotionCase{"forty_percent_wrong_and_rotation", 50, true, 0.05, 20, false, 0.12, 3e-5},
-        SMotionCase{"forty_percent_wrong_alike_and_rotation", 50, true, 0.05, 20, true, 0.12, 3e-5},
-        SMotionCase{"many_exact_points_and_wrong_ones", 200, true, 0.0, 80, true, 1e-9, 1e-12}),
-    [](const auto& info) { return info.param.name; });
 
 // Film on a pin-registered scanner: x fits exactly, y weaves. One scale for both would be 0.
 TEST(Robust, ExactHorizontalRowsLeaveNoisyVerticalRowsTheirSay) {
@@ -173,41 +163,32 @@ TEST(Robust, CoincidingPointsAreATranslationNotARotation) {
   EXPECT_EQ(x[2], 0.0);
 }
 
-struct SOddCase {
-  std::string name;
-  SSystem system;
-  bool converges;
-  std::vector<double> expected;
-};
-
-class RobustOdd : public testing::TestWithParam<SOddCase> {};
-
-TEST_P(RobustOdd, IsAnswered) {
-  const SOddCase& c = GetParam();
-  std::vector<double> x(c.system.columns, 99.0);
-  EXPECT_EQ(robust(c.system.b, c.system.a, 0.001, x), c.converges);
-  for (std::size_t i = 0; i < x.size(); ++i) EXPECT_NEAR(x[i], c.expected[i], 1e-9) << i;
+TEST(Robust, OddSystemsAreAnswered) {
+  constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    const char* name;
+    SSystem system;
+    bool converges;
+    std::vector<double> expected;
+  } cases[] = {{"no_rows", {{}, {}, 2}, false, {99.0, 99.0}},
+               {"one_row", {{2.0}, {6.0}, 1}, true, {3.0}},
+               {"column_of_zeros", {{1, 0, 1, 0, 1, 0}, {5, 5, 5}, 2}, true, {5, 0}},
+               {"equal_columns", {{1, 1, 1, 1, 1, 1}, {5, 5, 5}, 2}, true, {5, 0}},
+               {"all_zero_rows", {{0, 0}, {5, 6}, 1}, true, {0.0}},
+               {"row_without_a_value", {{1, 1, 1, 1}, {7, NOT_A_NUMBER, 7, 7}, 1}, true, {7.0}},
+               {"majority_is_exact", {{1, 1, 1, 1, 1}, {7, 7, 7, 7.5, 900}, 1}, true, {7.0}},
+               {"four_columns",
+                {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 1, 1, 1,
+                  2, 1, 0, 0, 0, 2, 1, 0, 0, 0, 2, 1, 1, 0, 0, 2, 1, 1, 0, 0},
+                 {1, 2, 3, 4, 10, 4, 7, 10, 9, 3},
+                 4},
+                true,
+                {1, 2, 3, 4}}};
+  for (const auto& c : cases) {
+    std::vector<double> x(c.system.columns, 99.0);
+    EXPECT_EQ(robust(c.system.b, c.system.a, 0.001, x), c.converges) << c.name;
+    for (std::size_t i = 0; i < x.size(); ++i) EXPECT_NEAR(x[i], c.expected[i], 1e-9) << c.name;
+  }
 }
-
-constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, RobustOdd,
-    testing::Values(
-        SOddCase{"no_rows", {{}, {}, 2}, false, {99.0, 99.0}},
-        SOddCase{"one_row", {{2.0}, {6.0}, 1}, true, {3.0}},
-        SOddCase{"column_of_zeros", {{1, 0, 1, 0, 1, 0}, {5, 5, 5}, 2}, true, {5, 0}},
-        SOddCase{"equal_columns", {{1, 1, 1, 1, 1, 1}, {5, 5, 5}, 2}, true, {5, 0}},
-        SOddCase{"all_zero_rows", {{0, 0}, {5, 6}, 1}, true, {0.0}},
-        SOddCase{"row_without_a_value", {{1, 1, 1, 1}, {7, NOT_A_NUMBER, 7, 7}, 1}, true, {7.0}},
-        SOddCase{"majority_is_exact", {{1, 1, 1, 1, 1}, {7, 7, 7, 7.5, 900}, 1}, true, {7.0}},
-        SOddCase{"four_columns",
-                 {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 1, 1, 1,
-                   2, 1, 0, 0, 0, 2, 1, 0, 0, 0, 2, 1, 1, 0, 0, 2, 1, 1, 0, 0},
-                  {1, 2, 3, 4, 10, 4, 7, 10, 9, 3},
-                  4},
-                 true,
-                 {1, 2, 3, 4}}),
-    [](const auto& info) { return info.param.name; });
 
 }  // namespace

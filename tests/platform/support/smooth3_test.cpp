@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -59,36 +58,31 @@ Path denseSolution(const Path& y, int in, int out, double alpha) {
   return path;
 }
 
+// `alpha` 0 stands for a weight of next to nothing.
+void expectMinimum(const Path& path, int in, int out, double alpha, double tolerance) {
+  const Path expected = denseSolution(path, in, out, alpha);
+  const Path actual = smoothed(path, in, out, alpha > 0.0 ? alpha : 1e-30);
+  for (std::size_t i = 0; i < path.size(); ++i)
+    ASSERT_NEAR(actual[i], expected[i], tolerance)
+        << path.size() << " elements, anchors " << in << "+" << out << ", alpha " << alpha
+        << ", element " << i;
+}
+
 TEST(Smooth3, MinimisesThePenalisedSquares) {
-  for (const int length : {4, 5, 7, 12, 40}) {
+  for (const int length : {4, 5, 7, 12, 40})
     for (const auto& [in, out] : {std::pair{0, 0}, {1, 0}, {0, 2}, {1, 1}, {2, 3}, {5, 4}}) {
       if (in + out >= length) continue;
-      for (const double alpha : {1e3, 1.0, 1e-2, 1e-4, 1e-8}) {
-        const Path path = weavingPan(length);
-        const Path expected = denseSolution(path, in, out, alpha);
-        const Path actual = smoothed(path, in, out, alpha);
-        for (int i = 0; i < length; ++i)
-          ASSERT_NEAR(actual[i], expected[i], 1e-7)
-              << length << " elements, anchors " << in << "+" << out << ", alpha " << alpha
-              << ", element " << i;
-      }
+      for (const double alpha : {1e3, 1.0, 1e-2, 1e-4, 1e-8})
+        expectMinimum(weavingPan(length), in, out, alpha, 1e-7);
     }
-  }
 }
 
 // Long enough for the rotations to repeat: each alone, in cycles of a few, and of dozens; the
 // anchors at the end break into the cycle.
 TEST(Smooth3, MinimisesWhereTheRotationsRepeat) {
-  const Path path = weavingPan(180);
-  for (const auto& [in, out] : {std::pair{0, 0}, {2, 3}}) {
-    for (const double alpha : {500.0, 50.0, 1.0, 0.02, 0.01, 1e-3}) {
-      const Path expected = denseSolution(path, in, out, alpha);
-      const Path actual = smoothed(path, in, out, alpha);
-      for (std::size_t i = 0; i < path.size(); ++i)
-        ASSERT_NEAR(actual[i], expected[i], 1e-9)
-            << "anchors " << in << "+" << out << ", alpha " << alpha << ", element " << i;
-    }
-  }
+  for (const auto& [in, out] : {std::pair{0, 0}, {2, 3}})
+    for (const double alpha : {500.0, 50.0, 1.0, 0.02, 0.01, 1e-3})
+      expectMinimum(weavingPan(180), in, out, alpha, 1e-9);
 }
 
 TEST(Smooth3, AnchorsKeepTheirValuesExactly) {
@@ -144,65 +138,37 @@ TEST(Smooth3, VanishingWeightGivesTheLeastSquaresParabola) {
 }
 
 TEST(Smooth3, VanishingWeightJoinsTheAnchorsWithLeastThirdDifference) {
-  const Path path = weavingPan(30);
-  const Path expected = denseSolution(path, 3, 2, 0.0);
-  const Path actual = smoothed(path, 3, 2, 1e-30);
-  for (std::size_t i = 0; i < path.size(); ++i) EXPECT_NEAR(actual[i], expected[i], 1e-6) << i;
+  expectMinimum(weavingPan(30), 3, 2, 0.0, 1e-6);
 }
 
-TEST(Smooth3, SmallerWeightIsSmootherAndShiftsDoNotMatter) {
-  const Path path = weavingPan(500);
-  double before = 1e300;
-  for (const double alpha : {1.0, 1e-2, 1e-4, 1e-6}) {
-    const Path actual = smoothed(path, 1, 1, alpha);
-    double roughness = 0.0;
-    for (std::size_t i = 3; i < actual.size(); ++i)
-      roughness += std::abs(actual[i] - 3 * actual[i - 1] + 3 * actual[i - 2] - actual[i - 3]);
-    EXPECT_LT(roughness, before);
-    before = roughness;
-    Path shifted = path;
-    for (double& value : shifted) value += 4096.0;
-    const Path other = smoothed(shifted, 1, 1, alpha);
-    for (std::size_t i = 0; i < path.size(); ++i) EXPECT_NEAR(other[i] - 4096.0, actual[i], 1e-9);
+TEST(Smooth3, OddInputsGiveTheseVeryPaths) {
+  const struct {
+    const char* name;
+    int in, out;
+    double alpha;
+    Path path, expected;
+  } cases[] = {{"hold_without_anchors", 0, 0, 0.0, {1, 2, 6, 3}, {3, 3, 3, 3}},
+               {"hold_at_the_start", 2, 0, 0.0, {1, 2, 6, 3}, {1.5, 1.5, 1.5, 1.5}},
+               {"hold_at_the_end", 0, 1, 0.0, {1, 2, 6, 3}, {3, 3, 3, 3}},
+               {"hold_between_ends", 1, 1, 0.0, {1, 9, -9, 4}, {1, 2, 3, 4}},
+               {"hold_between_means", 2, 2, 0.0, {0, 2, 50, 3, 5}, {0.5, 1.5, 2.5, 3.5, 4.5}},
+               {"hold_a_single_frame", 1, 1, 0.0, {7}, {7}},
+               {"hold_with_too_many_anchors", 9, 9, 0.0, {2, 4}, {3, 3}},
+               {"hold_nothing", 1, 1, 0.0, {}, {}},
+               {"negative_weight", 0, 0, -1.0, {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
+               {"no_number_as_weight", 0, 0, std::nan(""), {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
+               {"three_elements", 0, 0, 1e-30, {1, 2, 6}, {1, 2, 6}},
+               {"one_element", 0, 0, 1e-4, {5}, {5}},
+               {"no_element", 2, 2, 1e-4, {}, {}},
+               {"all_anchors", 3, 2, 1e-4, {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
+               {"more_anchors_than_elements", 9, 9, 1e-4, {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
+               {"negative_anchor_counts", -4, -1, 0.0, {1, 3}, {2, 2}}};
+  for (const auto& c : cases) {
+    const Path actual = smoothed(c.path, c.in, c.out, c.alpha);
+    ASSERT_EQ(actual.size(), c.expected.size()) << c.name;
+    for (std::size_t i = 0; i < actual.size(); ++i)
+      EXPECT_DOUBLE_EQ(actual[i], c.expected[i]) << c.name << " " << i;
   }
 }
-
-struct SHoldCase {
-  std::string name;
-  int in;
-  int out;
-  double alpha;
-  Path path;
-  Path expected;
-};
-
-class Smooth3Exact : public testing::TestWithParam<SHoldCase> {};
-
-TEST_P(Smooth3Exact, GivesThePath) {
-  const SHoldCase& c = GetParam();
-  const Path actual = smoothed(c.path, c.in, c.out, c.alpha);
-  ASSERT_EQ(actual.size(), c.expected.size());
-  for (std::size_t i = 0; i < actual.size(); ++i) EXPECT_DOUBLE_EQ(actual[i], c.expected[i]) << i;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, Smooth3Exact,
-    testing::Values(
-        SHoldCase{"hold_without_anchors", 0, 0, 0.0, {1, 2, 6, 3}, {3, 3, 3, 3}},
-        SHoldCase{"hold_at_the_start", 2, 0, 0.0, {1, 2, 6, 3}, {1.5, 1.5, 1.5, 1.5}},
-        SHoldCase{"hold_at_the_end", 0, 1, 0.0, {1, 2, 6, 3}, {3, 3, 3, 3}},
-        SHoldCase{"hold_between_ends", 1, 1, 0.0, {1, 9, -9, 4}, {1, 2, 3, 4}},
-        SHoldCase{"hold_between_means", 2, 2, 0.0, {0, 2, 50, 3, 5}, {0.5, 1.5, 2.5, 3.5, 4.5}},
-        SHoldCase{"hold_a_single_frame", 1, 1, 0.0, {7}, {7}},
-        SHoldCase{"hold_with_too_many_anchors", 9, 9, 0.0, {2, 4}, {3, 3}},
-        SHoldCase{"hold_nothing", 1, 1, 0.0, {}, {}},
-        SHoldCase{"negative_weight", 0, 0, -1.0, {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
-        SHoldCase{"no_number_as_weight", 0, 0, std::nan(""), {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
-        SHoldCase{"three_elements", 0, 0, 1e-30, {1, 2, 6}, {1, 2, 6}},
-        SHoldCase{"one_element", 0, 0, 1e-4, {5}, {5}}, SHoldCase{"no_element", 2, 2, 1e-4, {}, {}},
-        SHoldCase{"all_anchors", 3, 2, 1e-4, {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
-        SHoldCase{"more_anchors_than_elements", 9, 9, 1e-4, {1, 2, 6, 3, 9}, {1, 2, 6, 3, 9}},
-        SHoldCase{"negative_anchor_counts", -4, -1, 0.0, {1, 3}, {2, 2}}),
-    [](const auto& info) { return info.param.name; });
 
 }  // namespace

@@ -9,35 +9,38 @@ namespace {
 constexpr int kDay30Drop = 2589408;
 constexpr int kDay60Drop = 5178816;
 
-struct SKnown {
-  int frame, fps;
-  bool drop;
-  const char* text;
-};
-
-class KnownTimecode : public testing::TestWithParam<SKnown> {};
-
-TEST_P(KnownTimecode, ShowsAndReads) {
-  const auto& [frame, fps, drop, text] = GetParam();
-  EXPECT_EQ(CTimecode(frame, fps, drop).toText(), text);
-  CTimecode read(1, fps, drop);
-  ASSERT_TRUE(read.fromText(text));
-  EXPECT_EQ(read, CTimecode(frame, fps, drop));
+TEST(CTimecode, KnownOnesAreShownAndRead) {
+  const struct {
+    int frame, fps;
+    bool drop;
+    const char* text;
+  } cases[] = {{0, 24, false, "00:00:00:00"},
+               {86400, 24, false, "01:00:00:00"},
+               {90125, 25, false, "01:00:05:00"},
+               {2073599, 24, false, "23:59:59:23"},
+               {1800, 30, false, "00:01:00:00"},
+               {1799, 30, true, "00:00:59;29"},
+               {1800, 30, true, "00:01:00;02"},
+               {3597, 30, true, "00:01:59;29"},
+               {3598, 30, true, "00:02:00;02"},
+               {17981, 30, true, "00:09:59;29"},
+               {17982, 30, true, "00:10:00;00"},
+               {19781, 30, true, "00:10:59;29"},
+               {19782, 30, true, "00:11:00;02"},
+               {107892, 30, true, "01:00:00;00"},
+               {kDay30Drop - 1, 30, true, "23:59:59;29"},
+               {3599, 60, true, "00:00:59;59"},
+               {3600, 60, true, "00:01:00;04"},
+               {35964, 60, true, "00:10:00;00"},
+               {kDay60Drop - 1, 60, true, "23:59:59;59"},
+               {119, 120, false, "00:00:00:119"}};
+  for (const auto& [frame, fps, drop, text] : cases) {
+    EXPECT_EQ(CTimecode(frame, fps, drop).toText(), text);
+    CTimecode read(1, fps, drop);
+    ASSERT_TRUE(read.fromText(text)) << text;
+    EXPECT_EQ(read, CTimecode(frame, fps, drop)) << text;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rates, KnownTimecode,
-    testing::Values(
-        SKnown{0, 24, false, "00:00:00:00"}, SKnown{86400, 24, false, "01:00:00:00"},
-        SKnown{90125, 25, false, "01:00:05:00"}, SKnown{2073599, 24, false, "23:59:59:23"},
-        SKnown{1800, 30, false, "00:01:00:00"}, SKnown{1799, 30, true, "00:00:59;29"},
-        SKnown{1800, 30, true, "00:01:00;02"}, SKnown{3597, 30, true, "00:01:59;29"},
-        SKnown{3598, 30, true, "00:02:00;02"}, SKnown{17981, 30, true, "00:09:59;29"},
-        SKnown{17982, 30, true, "00:10:00;00"}, SKnown{19781, 30, true, "00:10:59;29"},
-        SKnown{19782, 30, true, "00:11:00;02"}, SKnown{107892, 30, true, "01:00:00;00"},
-        SKnown{kDay30Drop - 1, 30, true, "23:59:59;29"}, SKnown{3599, 60, true, "00:00:59;59"},
-        SKnown{3600, 60, true, "00:01:00;04"}, SKnown{35964, 60, true, "00:10:00;00"},
-        SKnown{kDay60Drop - 1, 60, true, "23:59:59;59"}, SKnown{119, 120, false, "00:00:00:119"}));
 
 TEST(CTimecode, EveryDropFrameLabelOfADayReadsBackAsItsFrame) {
   for (const int fps : {30, 60}) {

@@ -68,61 +68,53 @@ double filtered(double centre, double width, int lower, int upper,
   return std::clamp(sum / weights, low, high);
 }
 
-struct SZoomCase {
-  std::string name;
-  SRectD source;
-  SRect target;
-  SRect reach;  // what the filter may read
-};
-
-class ZoomFractional : public testing::TestWithParam<SZoomCase> {};
-
-TEST_P(ZoomFractional, IsTheSeparableCubicWithinItsReach) {
-  const auto& [name, source, target, reach] = GetParam();
+TEST(ZoomFractional, IsTheSeparableCubicWithinItsReach) {
+  const struct {
+    const char* name;
+    SRectD source;
+    SRect target;
+    SRect reach;  // what the filter may read
+  } cases[] = {{"enlarges", {8.3, 6.2, 31.9, 28.4}, {3, 2, 36, 30}, {3, 2, 36, 30}},
+               {"moves_by_half_a_pixel", {3.5, 2, 37.5, 31}, {3, 2, 36, 30}, {3, 2, 37, 30}},
+               {"reduces", {1, 2, 39, 32}, {10, 10, 19, 17}, {1, 2, 38, 31}},
+               {"reduces_and_enlarges", {0, 12.5, 41, 17.5}, {5, 5, 20, 30}, {0, 5, 40, 30}},
+               {"reaches_out_of_the_frame", {-3, -2, 44, 35}, {0, 0, 40, 32}, {0, 0, 40, 32}},
+               {"edge_is_off_by_rounding_top_left",
+                {3.0 - 1e-12, 2.0 - 1e-12, 20, 16.5},
+                {3, 2, 36, 30},
+                {3, 2, 36, 30}},
+               {"edge_is_off_by_rounding_bottom_right",
+                {20, 16.5, 37.0 + 1e-12, 31.0 + 1e-12},
+                {3, 2, 36, 30},
+                {3, 2, 36, 30}},
+               {"one_pixel", {7.2, 7.2, 7.9, 7.9}, {7, 7, 7, 7}, {7, 7, 7, 7}}};
   const SFrame from = noiseFrame(41, 33);
-  SFrame to(41, 33, 777);
-  zoom(source, target, from, to);
-  const double scaleX = (source.right - source.left) / (target.right - target.left + 1);
-  const double scaleY = (source.bottom - source.top) / (target.bottom - target.top + 1);
-  for (int y = 0; y < to.height; ++y) {
-    for (int x = 0; x < to.width; ++x) {
-      const bool isInside =
-          x >= target.left && x <= target.right && y >= target.top && y <= target.bottom;
-      const double centreX = source.left + (x - target.left + 0.5) * scaleX - 0.5;
-      const double centreY = source.top + (y - target.top + 0.5) * scaleY - 0.5;
-      for (int c = 0; c < 3; ++c) {
-        const auto line = [&](int sourceY) {
-          return filtered(centreX, std::max(scaleX, 1.0), reach.left, reach.right,
-                          [&](int sourceX) { return from.at(sourceX, sourceY, c); });
-        };
-        const double expected =
-            isInside ? filtered(centreY, std::max(scaleY, 1.0), reach.top, reach.bottom, line)
-                     : 777.0;
-        // Half a code of rounding and the precision of single floats.
-        ASSERT_NEAR(to.at(x, y, c), expected, 0.55) << x << ", " << y;
+  for (const auto& [name, source, target, reach] : cases) {
+    SFrame to(41, 33, 777);
+    zoom(source, target, from, to);
+    const double scaleX = (source.right - source.left) / (target.right - target.left + 1);
+    const double scaleY = (source.bottom - source.top) / (target.bottom - target.top + 1);
+    for (int y = 0; y < to.height; ++y) {
+      for (int x = 0; x < to.width; ++x) {
+        const bool isInside =
+            x >= target.left && x <= target.right && y >= target.top && y <= target.bottom;
+        const double centreX = source.left + (x - target.left + 0.5) * scaleX - 0.5;
+        const double centreY = source.top + (y - target.top + 0.5) * scaleY - 0.5;
+        for (int c = 0; c < 3; ++c) {
+          const auto line = [&](int sourceY) {
+            return filtered(centreX, std::max(scaleX, 1.0), reach.left, reach.right,
+                            [&](int sourceX) { return from.at(sourceX, sourceY, c); });
+          };
+          const double expected =
+              isInside ? filtered(centreY, std::max(scaleY, 1.0), reach.top, reach.bottom, line)
+                       : 777.0;
+          // Half a code of rounding and the precision of single floats.
+          ASSERT_NEAR(to.at(x, y, c), expected, 0.55) << name << " " << x << ", " << y;
+        }
       }
     }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, ZoomFractional,
-    testing::Values(
-        SZoomCase{"enlarges", {8.3, 6.2, 31.9, 28.4}, {3, 2, 36, 30}, {3, 2, 36, 30}},
-        SZoomCase{"moves_by_half_a_pixel", {3.5, 2, 37.5, 31}, {3, 2, 36, 30}, {3, 2, 37, 30}},
-        SZoomCase{"reduces", {1, 2, 39, 32}, {10, 10, 19, 17}, {1, 2, 38, 31}},
-        SZoomCase{"reduces_and_enlarges", {0, 12.5, 41, 17.5}, {5, 5, 20, 30}, {0, 5, 40, 30}},
-        SZoomCase{"reaches_out_of_the_frame", {-3, -2, 44, 35}, {0, 0, 40, 32}, {0, 0, 40, 32}},
-        SZoomCase{"edge_is_off_by_rounding_top_left",
-                  {3.0 - 1e-12, 2.0 - 1e-12, 20, 16.5},
-                  {3, 2, 36, 30},
-                  {3, 2, 36, 30}},
-        SZoomCase{"edge_is_off_by_rounding_bottom_right",
-                  {20, 16.5, 37.0 + 1e-12, 31.0 + 1e-12},
-                  {3, 2, 36, 30},
-                  {3, 2, 36, 30}},
-        SZoomCase{"one_pixel", {7.2, 7.2, 7.9, 7.9}, {7, 7, 7, 7}, {7, 7, 7, 7}}),
-    [](const auto& info) { return info.param.name; });
 
 TEST(ZoomFractional, EqualRectanglesGiveIdenticalSamples) {
   const SFrame from = noiseFrame(53, 40);
@@ -131,35 +123,34 @@ TEST(ZoomFractional, EqualRectanglesGiveIdenticalSamples) {
   EXPECT_EQ(to.samples, from.samples);
 }
 
+const SRectD SOURCE{10.25, 9.5, 50.75, 40.125};
+const SRect TARGET{4, 3, 59, 44};
+
 // The picture is enlarged within its mat; both ends of the frame are overwritten before they are
 // read unless a copy is kept.
 TEST(ZoomFractional, InPlaceEqualsTwoFrames) {
   const SFrame from = noiseFrame(64, 48);
   SFrame apart = from;
   SFrame inPlace = from;
-  const SRectD source{10.25, 9.5, 50.75, 40.125};
-  const SRect target{4, 3, 59, 44};
-  zoom(source, target, from, apart);
-  zoom(source, target, inPlace, inPlace);
+  zoom(SOURCE, TARGET, from, apart);
+  zoom(SOURCE, TARGET, inPlace, inPlace);
   EXPECT_EQ(inPlace.samples, apart.samples);
 }
 
 TEST(ZoomFractional, PartsEqualTheWhole) {
   const SFrame from = noiseFrame(64, 48);
-  const SRectD source{10.25, 9.5, 50.75, 40.125};
-  const SRect target{4, 3, 59, 44};
   SFrame whole = from;
-  zoom(source, target, from, whole);
+  zoom(SOURCE, TARGET, from, whole);
   CZoomFractional parts(2);
   parts.initialize(CImageFormat(64, 48), 2, 2, 128, 128, 128);
   SFrame to = from;
-  ASSERT_TRUE(parts.prepare(source, target));
+  ASSERT_TRUE(parts.prepare(SOURCE, TARGET));
   for (const auto& [first, last] : {std::pair{30, 100}, {-5, 3}, {4, 4}, {9, 8}, {5, 29}}) {
     parts.convertRows(first, last, from.samples.data(), to.samples.data());
   }
   EXPECT_EQ(to.samples, whole.samples);
 
-  EXPECT_FALSE(parts.prepare({50, 9, 10, 40}, target));
+  EXPECT_FALSE(parts.prepare({50, 9, 10, 40}, TARGET));
   parts.convertRows(0, 47, whole.samples.data(), to.samples.data());
   EXPECT_EQ(to.samples, whole.samples) << "a source without extent writes nothing";
 }
