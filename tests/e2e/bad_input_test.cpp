@@ -12,15 +12,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using BadInput = ProgramTest;
-
-/// What every file of the folder holds.
-std::map<std::string, std::string> filesIn(const fs::path& folder) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : fs::directory_iterator(folder))
-    if (fs::is_regular_file(entry)) files[entry.path().filename().string()] = textOf(entry.path());
-  return files;
-}
+class BadInput : public ProgramTest {
+ protected:
+  /// What every file of the shot's folder holds.
+  std::map<std::string, std::string> shotFiles() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::directory_iterator(folder + "shot")) {
+      const std::string name = entry.path().filename().string();
+      if (fs::is_regular_file(entry)) files[name] = fileText("shot/" + name);
+    }
+    return files;
+  }
+};
 
 TEST_F(BadInput, IsToldAndLosesNothing) {
   const struct {
@@ -115,7 +118,7 @@ TEST_F(BadInput, IsToldAndLosesNothing) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     mustRun(grey + "rm -rf shot && cp -r good shot && cd shot\n" + c.prepare);
-    const std::map<std::string, std::string> before = filesIn(folder + "shot");
+    const std::map<std::string, std::string> before = shotFiles();
     const SRun done = run(std::string("cd shot && stabilize ") + c.arguments);
     EXPECT_EQ(done.status, c.status) << done.output;
     EXPECT_TRUE(says(done, c.says)) << done.output;
