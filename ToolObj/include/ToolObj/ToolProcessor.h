@@ -53,7 +53,8 @@ class CToolProcessor {
   };
   struct SOutPort {
     int frameCount = -1;
-    /// The output frames are frames of `passThroughInput`; one port at most passes a frame through.
+    /// The output frames are frames of `passThroughInput`, an input port that needs them too: a
+    /// frame that it never gets is waited for. One port at most passes a frame through.
     bool passThrough = false;
     /// A passed frame stays with its input and a copy is sent; else the frame itself is sent.
     bool keep = false;
