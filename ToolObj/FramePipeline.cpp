@@ -61,6 +61,14 @@ void CFramePipeline::stop() {
   started_ = false;
 }
 
+void CFramePipeline::pause() {
+  if (started_ && phase_ == EPhase::end) {
+    call(&CToolProcessor::EndIteration);
+    ++iteration_.index;
+  }
+  stop();
+}
+
 int CFramePipeline::applyPendingParameters() {
   if (!pendingParameters_) return 0;
   const std::unique_ptr<CToolParameters> parameters = std::move(pendingParameters_);

@@ -37,6 +37,8 @@ class CFramePipeline {
   void start();
   /// Releases every frame.
   void stop();
+  /// Ends the iteration whose outputs are sent: nobody makes them again. Then as stop.
+  void pause();
   /// One phase of the current iteration while started. False when there was nothing to do, or an
   /// iteration ended: the loop may rest.
   bool advance();

@@ -98,7 +98,7 @@ void CProcessLoop::enter(EControlState state) {
       break;
     case EControlState::paused:
       flushOutputs();
-      pipeline_.stop();
+      pipeline_.pause();
       post(CAutotoolStatus::PAUSED);
       break;
     case EControlState::exiting:

@@ -99,7 +99,7 @@ bool CToolFrameBuffer::CopyFrom(const CToolFrameBuffer& source, bool withSamples
   endOfMaterial_ = source.endOfMaterial_;
   copied_ = source.copied_;
   if (withSamples) {
-    if (shared_) samples_.reset();  // they stay with their other holders
+    if (std::exchange(shared_, false)) samples_.reset();  // they stay with their other holders
     if (!takeSamples()) return false;
   }
   if (withFields) {

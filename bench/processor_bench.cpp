@@ -168,7 +168,8 @@ class CPass {
     for (CAutotoolStatus got; got.status != status;) {
       while (const auto frame = std::unique_ptr<CToolFrameBuffer>(results.queue().takeOldest()))
         if (checked && !frame->isEndOfMaterial() && frame->frameIndex() == CHECKED_FRAME)
-          checked->assign(frame->samples(), frame->samples() + format_.getBytesPerField() / 2);
+          const std::uint16_t* const samples = std::as_const(*frame).samples();
+      checked->assign(samples, samples + format_.getBytesPerField() / 2);
       if (processor.statusQueue().Take(got) != 0) QTXmillisleep(1);
       if (got.status == CAutotoolStatus::ERROR_STATUS) std::abort();
     }

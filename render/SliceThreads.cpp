@@ -91,7 +91,7 @@ void CSliceThreads::doSlice(const SliceFunction& work, int slice) {
   try {
     work(slice);
   } catch (...) {
-    TraceAt(0, "StabilizerSliceThreadStart: Stabilizer Slice created major error");
     failed_ = true;
+    TraceFromHandler(0, "StabilizerSliceThreadStart: Stabilizer Slice created major error");
   }
 }

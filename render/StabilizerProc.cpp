@@ -123,7 +123,6 @@ int CStabilizerProc::prepareFill() {
     return fail("CStabilizerProc::BeginProcessing", FAILED_FRAME,
                 "Zoom: the motion leaves no picture area that all frames have in common");
   }
-  shot_->setZoomSource(*zoomSource_);
   return 0;
 }
 
@@ -131,6 +130,7 @@ int CStabilizerProc::EndProcessing(SIterationRecord& iteration) {
   sliceThreads_->Stop();
   previous_.reset();
   warpedRows_ = {};
+  if (zoomSource_) shot_->setZoomSource(*zoomSource_);
   const bool complete = iteration.index >= frameCount_;
   if (*LastResamplerKernel()) TraceAt(1, std::string("Resampled by ") + LastResamplerKernel());
   if (complete) shot_->setRendered();

@@ -68,7 +68,7 @@ void DoSmoothing(const SSmoothingJob& job) {
     SmoothSequence(job.mode, job.sequence, job.GoodFramesIn, job.GoodFramesOut, job.RefFrameIndex,
                    job.Alpha2, job.reserved, job.reservedFlag);
   } catch (...) {
-    TraceAt(0, "StabilizerSmoothTrampoline: Stabilizer Slice created major error");
+    TraceFromHandler(0, "StabilizerSmoothTrampoline: Stabilizer Slice created major error");
   }
   job.shot->smoothingWait().ReleaseOne();
 }

@@ -84,13 +84,23 @@ int CStabilizerTool::RunFrameProcessing(int frame) {
   host->setRenderMode(getRenderFlag() ? 1 : 0);
   if (const int result = sendParameters(RANGE_PASS, reporter); result != 0) return result;
   singleFrameRun_ = false;
-  passEnd_ = end == markOut ? end : NO_FRAME;
-  if (first == markIn)
-    renderedFrom_ = renderedUpTo_ = first;
-  else if (renderedFrom_ != markIn)  // it does not go on where a pause left this range
-    renderedUpTo_ = NO_FRAME;
+  const bool oneFrame = frame < 0 && singleFrame_ != -1;
+  if (oneFrame && !(first == markIn && end == markOut))
+    passEnd_ = NO_FRAME;
+  else
+    countFrom(first);
   host->RunActiveToolSetup();
   return 0;
+}
+
+/// A pass up to mark OUT begins: at mark IN, or where a pause left one.
+void CStabilizerTool::countFrom(int first) {
+  const int markIn = getSystemAPI()->getMarkIn();
+  passEnd_ = getSystemAPI()->getMarkOut();
+  if (first == markIn)
+    renderedFrom_ = renderedUpTo_ = first;
+  else if (renderedFrom_ != markIn)  // that was another range
+    renderedUpTo_ = NO_FRAME;
 }
 
 int CStabilizerTool::previewDisplayedFrame() {

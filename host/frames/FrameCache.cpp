@@ -36,7 +36,7 @@ CFrameCache::CFrameCache(std::unique_ptr<IClipReader> reader, const SSettings& s
     : reader_(std::move(reader)),
       onChange_(std::move(onChange)),
       capacity_(framesThatFit(settings.bytes, reader_->info())),
-      pool_(std::make_shared<CBufferPool>(reader_->info().format.getBytesPerField(), 0)) {
+      pool_(reader_->info().format.getBytesPerField(), 0) {
   const int threads = reader_->isParallel() ? std::max(1, settings.threads) : 1;
   for (int i = 0; i < threads; ++i) threads_.emplace_back([this] { decodingThread(); });
 }
@@ -148,11 +148,9 @@ void CFrameCache::finishLocked(int frame, SOutcome outcome) {
 }
 
 CFrameCache::SOutcome CFrameCache::decode(int frame) {
-  auto* const buffer = static_cast<std::uint16_t*>(pool_->allocateBuffer());
-  if (buffer == nullptr) throw std::runtime_error("no memory for the frame");
-  const std::shared_ptr<std::uint16_t> samples(
-      buffer, [pool = pool_](std::uint16_t* memory) { pool->freeBuffer(memory); });
-  reader_->readFrame(frame, buffer);
+  const auto samples = std::static_pointer_cast<std::uint16_t>(pool_.allocateShared());
+  if (!samples) throw std::runtime_error("no memory for the frame");
+  reader_->readFrame(frame, samples.get());
   return {samples, {}};
 }
 

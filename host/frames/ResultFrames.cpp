@@ -7,7 +7,7 @@
 CResultFrames::CResultFrames(std::size_t bytes, std::size_t bytesPerFrame)
     : bytesPerFrame_(bytesPerFrame),
       capacity_(std::max<std::size_t>(1, bytes / bytesPerFrame)),
-      pool_(std::make_shared<CBufferPool>(bytesPerFrame, 0)) {}
+      pool_(bytesPerFrame, 0) {}
 
 // What goes is let go of by the caller, without the lock: its memory returns to the pool.
 std::vector<CResultFrames::Samples> CResultFrames::makeRoom(int frame) {
@@ -27,10 +27,9 @@ std::vector<CResultFrames::Samples> CResultFrames::makeRoom(int frame) {
 
 void CResultFrames::put(int frame, const std::uint16_t* samples) {
   makeRoom(frame);
-  auto* const memory = static_cast<std::uint16_t*>(pool_->allocateBuffer());
-  if (!memory) return;
-  std::memcpy(memory, samples, bytesPerFrame_);
-  Samples kept(memory, [pool = pool_](std::uint16_t* buffer) { pool->freeBuffer(buffer); });
+  auto kept = std::static_pointer_cast<std::uint16_t>(pool_.allocateShared());
+  if (!kept) return;
+  std::memcpy(kept.get(), samples, bytesPerFrame_);
   const std::lock_guard lock(mutex_);
   kept_[frame] = std::move(kept);
 }

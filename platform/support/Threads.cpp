@@ -40,7 +40,7 @@ SThreadRegistry& registry() {
 }
 
 void reportEscape(const char* what) {
-  TraceAt(0, std::string("ERROR: BThread: an exception left the thread function: ") + what);
+  TraceFromHandler(0, "ERROR: BThread: an exception left the thread function: ", what);
 }
 
 void callGuarded(SBThread* self) {
@@ -111,7 +111,7 @@ BThreadHandle BThreadSpawn(BThreadFunction function, void* argument) {
     return entry.get();
   } catch (const std::exception& problem) {
     // Whoever spawns has other threads at work on its own data: it must not be unwound.
-    TraceAt(0, std::string("ERROR: BThread: no thread: ") + problem.what());
+    TraceFromHandler(0, "ERROR: BThread: no thread: ", problem.what());
     return nullptr;
   }
 }

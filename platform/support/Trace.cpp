@@ -73,6 +73,13 @@ void TraceAt(int level, const std::string& text) {
   if (TracesAt(level)) SendZRNQMessage(text, ZRNQLogLevel >= level, ZRNQTraceLevel >= level);
 }
 
+void TraceFromHandler(int level, const char* text, const char* detail) noexcept {
+  try {
+    TraceAt(level, std::string(text) + detail);
+  } catch (...) {  // there is nobody left to tell
+  }
+}
+
 void TraceAssertion(const char* file, int line, const char* expression) {
   TraceAt(0, std::string(withoutExtension(file)) + ":" + std::to_string(line) + ": ASSERT (" +
                  expression + ") FAILED!");

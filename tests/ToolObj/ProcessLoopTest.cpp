@@ -210,6 +210,14 @@ TEST_F(CProcessLoopTest, CommandsInTheMiddleOfARun) {
   EXPECT_EQ(sentFrames(), (Texts{"100", "101", "102", "end"}));
 }
 
+TEST_F(CProcessLoopTest, APauseEndsTheIterationWhoseFrameIsOnItsWay) {
+  sink.onPut = [this] { post(PAUSE); };
+  post(RUN);
+  statusesUntil("3");
+  sink.onPut = nullptr;
+  EXPECT_EQ(processor->calls.texts().back(), "EndIteration 0");
+}
+
 TEST_F(CProcessLoopTest, WaysOutOfAPause) {
   for (const int command : {STOP, ABORT}) {
     postAt("DoProcess 0", PAUSE);

@@ -293,12 +293,15 @@ TEST_F(RunControl, ARangeIsRenderedWhenNoFrameOfItWasLeftOutWhateverThePauses) {
   const struct {
     const char* name;
     int doneBeforeThePause, resume;
-    bool looksAround, rendered;
-  } cases[] = {{"goes on where it stopped", 104, 104, false, true},
-               {"does some again", 104, 102, false, true},
-               {"leaves one out", 104, 105, false, false},
-               {"a frame is looked at meanwhile", 104, 105, true, false},
-               {"begins anew", 104, IN, false, true}};
+    int event, looksAt;  // at this frame meanwhile
+    bool rendered;
+  } cases[] = {
+      {"goes on where it stopped", 104, 104, 0, 0, true},
+      {"does some again", 104, 102, 0, 0, true},
+      {"leaves one out", 104, 105, 0, 0, false},
+      {"renders one frame meanwhile", 104, 105, CToolObject::EVENT_RENDER_FRAME, 104, false},
+      {"looks at the first frame", 104, 104, CToolObject::EVENT_PREVIEW_FRAME, IN, true},
+      {"begins anew", 104, IN, 0, 0, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     makeSmoothed();
@@ -307,10 +310,10 @@ TEST_F(RunControl, ARangeIsRenderedWhenNoFrameOfItWasLeftOutWhateverThePauses) {
     for (int frame = IN; frame < c.doneBeforeThePause; ++frame) shot.frameRendered(frame);
     tool.pauseProcessing();
     report(CAutotoolStatus::PAUSED);
-    if (c.looksAround) {
-      host.displayedFrame = c.doneBeforeThePause;
-      tool.startProcessing(CToolObject::EVENT_RENDER_FRAME, false);
-      shot.frameRendered(c.doneBeforeThePause);
+    if (c.looksAt) {
+      host.displayedFrame = c.looksAt;
+      tool.startProcessing(c.event, false);
+      shot.frameRendered(c.looksAt);
       report(CAutotoolStatus::STOPPED);
     }
     tool.resumeProcessing(c.resume);
@@ -320,6 +323,20 @@ TEST_F(RunControl, ARangeIsRenderedWhenNoFrameOfItWasLeftOutWhateverThePauses) {
     heartbeat();
     forgetCalls();
   }
+}
+
+TEST_F(RunControl, ALookAtTheLastFrameDoesNotRenderWhatWasTrackedAnew) {
+  makeSmoothed();
+  tool.startProcessing(CToolObject::EVENT_RENDER_RANGE, false);
+  complete(IN);
+  report(CAutotoolStatus::STOPPED);
+  heartbeat();
+  makeSmoothed();
+  host.displayedFrame = OUT - 1;
+  tool.startProcessing(CToolObject::EVENT_PREVIEW_FRAME, false);
+  complete(OUT - 1);
+  report(CAutotoolStatus::STOPPED);
+  EXPECT_EQ(tool.livePoints().TrackState(), TRACK_STATE_Tracked);
 }
 
 TEST_F(RunControl, StartTrackingNamesWhatIsMissing) {

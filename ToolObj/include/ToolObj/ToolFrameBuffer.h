@@ -12,7 +12,8 @@
 
 /// One frame as it travels between host and processors: format, samples from a pool, regions that a
 /// tool changed. Samples are 16-bit, interleaved, rows directly one after another; contents of
-/// fresh memory are undefined. THREAD: belongs to one holder at a time; no lock of its own.
+/// fresh memory are undefined. THREAD: belongs to one holder at a time; no lock of its own. Shared
+/// samples may be read on other threads meanwhile, and are written to through samples() alone.
 class CToolFrameBuffer {
  public:
   struct SInvisibleFieldBuffer {
@@ -31,7 +32,7 @@ class CToolFrameBuffer {
   /// Takes what memory is missing, the main buffer and one for each invisible field. False when
   /// some is still missing (always without an allocator); what was taken stays, try again later.
   bool ensureSamples();
-  /// Gives all memory back to the allocator.
+  /// Gives all memory back to the allocator, shared samples when their last holder lets go.
   void releaseSamples();
   /// Copies kind, end-of-material mark, copied flag and changed regions and, as asked, samples and
   /// invisible fields; the frame index stays. False when memory is missing; the buffer stays usable

@@ -37,14 +37,11 @@ bool FindLayout(AVCodecContext& decoder, const AVFrame& picture, SLayout& layout
   return layout.bytes > 0;
 }
 
-/// The pool that a picture's memory goes back to, when its last holder lets go.
-struct SLoan {
-  std::shared_ptr<CBufferPool> pool;
-};
+/// A picture's hold on its memory.
+using Hold = std::shared_ptr<void>;
 
-void GiveBack(void* loan, std::uint8_t* memory) {
-  const std::unique_ptr<SLoan> owned(static_cast<SLoan*>(loan));
-  owned->pool->freeBuffer(memory);
+void LetGo(void* hold, std::uint8_t* /*memory*/) {
+  delete static_cast<Hold*>(hold);
 }
 
 }  // namespace
@@ -62,24 +59,21 @@ void CPictureMemory::serve(AVCodecContext& decoder) {
 #endif
 }
 
-std::shared_ptr<CBufferPool> CPictureMemory::poolFor(std::size_t bytes) {
+std::shared_ptr<void> CPictureMemory::memoryFor(std::size_t bytes) {
   const std::lock_guard lock(mutex_);
-  if (!pool_ || pool_->bytesPerBuffer() != bytes) pool_ = std::make_shared<CBufferPool>(bytes, 0);
-  return pool_;
+  if (!pool_ || pool_->bytesPerBuffer() != bytes) pool_ = std::make_unique<CBufferPool>(bytes, 0);
+  return pool_->allocateShared();
 }
 
 bool CPictureMemory::fill(AVCodecContext& decoder, AVFrame& picture) {
   SLayout layout;
   if (!FindLayout(decoder, picture, layout)) return false;
-  auto loan = std::make_unique<SLoan>(poolFor(layout.bytes));
-  auto* memory = static_cast<std::uint8_t*>(loan->pool->allocateBuffer());
+  auto hold = std::make_unique<Hold>(memoryFor(layout.bytes));
+  auto* memory = static_cast<std::uint8_t*>(hold->get());
   if (memory == nullptr) return false;
-  picture.buf[0] = av_buffer_create(memory, layout.bytes, GiveBack, loan.get(), 0);
-  if (picture.buf[0] == nullptr) {
-    loan->pool->freeBuffer(memory);
-    return false;
-  }
-  loan.release();
+  picture.buf[0] = av_buffer_create(memory, layout.bytes, LetGo, hold.get(), 0);
+  if (picture.buf[0] == nullptr) return false;
+  hold.release();
   for (int i = 0; i < kPlanes && layout.planes[i] > 0; ++i) {
     picture.data[i] = memory;
     picture.linesize[i] = layout.linesizes[i];

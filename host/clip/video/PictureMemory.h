@@ -17,9 +17,9 @@ class CPictureMemory {
 
  private:
   static int getBuffer(AVCodecContext* decoder, AVFrame* picture, int flags);
-  std::shared_ptr<CBufferPool> poolFor(std::size_t bytes);
+  std::shared_ptr<void> memoryFor(std::size_t bytes);
   bool fill(AVCodecContext& decoder, AVFrame& picture);
 
   std::mutex mutex_;
-  std::shared_ptr<CBufferPool> pool_;  ///< under mutex_; of the size asked for last
+  std::unique_ptr<CBufferPool> pool_;  ///< under mutex_; of the size asked for last
 };

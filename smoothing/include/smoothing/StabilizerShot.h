@@ -46,7 +46,7 @@ class IStabilizerShot {
   /// The running pass has done every frame of its range.
   virtual void setRendered() = 0;
   /// The part of the picture that the running pass enlarges to its processing rectangle (zoom
-  /// fill). Called by the processor's thread before its first frame.
+  /// fill). Called by the processor's thread when the pass ends, before it says so.
   virtual void setZoomSource(const SRectD& source) = 0;
 
   virtual int runState() = 0;

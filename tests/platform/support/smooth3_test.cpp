@@ -83,6 +83,7 @@ TEST(Smooth3, MinimisesWhereTheRotationsRepeat) {
   for (const auto& [in, out] : {std::pair{0, 0}, {2, 3}})
     for (const double alpha : {500.0, 50.0, 1.0, 0.02, 0.01, 1e-3})
       expectMinimum(weavingPan(180), in, out, alpha, 1e-9);
+  expectMinimum(weavingPan(180), 2, 3, 1e-6, 1e-6);
 }
 
 TEST(Smooth3, AnchorsKeepTheirValuesExactly) {

@@ -249,6 +249,7 @@ class CStabilizerTool : public CToolObject, public IStabilizerShot {
   int activateSetup(int handle, CAutoErrorReporter& reporter);
   int sendFrameRange(const CToolFrameRange& range, const char* who, CAutoErrorReporter& reporter);
   int sendParameters(const char* who, CAutoErrorReporter& reporter);
+  void countFrom(int first);
   bool checkMarksAndClip(CAutoErrorReporter& reporter);
 
   int performShotEvent(int event, const CAutotoolStatus& status, int frame, int& newState);

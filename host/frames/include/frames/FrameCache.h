@@ -99,8 +99,8 @@ class CFrameCache {
 
   const std::unique_ptr<IClipReader> reader_;
   const std::function<void(int frame)> onChange_;
-  const std::size_t capacity_;               // in frames
-  const std::shared_ptr<CBufferPool> pool_;  // shared with the frames given out
+  const std::size_t capacity_;  // in frames
+  CBufferPool pool_;
 
   mutable std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;

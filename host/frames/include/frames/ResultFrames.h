@@ -30,8 +30,8 @@ class CResultFrames {
   std::vector<Samples> makeRoom(int frame);
 
   const std::size_t bytesPerFrame_;
-  const std::size_t capacity_;               // in frames
-  const std::shared_ptr<CBufferPool> pool_;  // shared with the frames given out
+  const std::size_t capacity_;  // in frames
+  CBufferPool pool_;
   mutable std::mutex mutex_;
   std::map<int, Samples> kept_;  // guarded by mutex_
 };

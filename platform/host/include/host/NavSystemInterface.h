@@ -82,11 +82,12 @@ class CNavSystemInterface {
   virtual int getParameterValue() = 0;
 
   virtual CToolFrameCache* getToolFrameCache() = 0;
-  /// Called before each frame is sent on.
+  /// Called before each frame is sent on. Who only looks asks a const frame for its samples: the
+  /// processor may hold them still, and whoever writes to them gets a copy.
   virtual void frameOutputHook(CToolFrameBuffer* frame, int toolNumber, const std::string& name,
                                bool processingStarted) = 0;
-  /// A pool of buffers for `count` frames of `bytesPerField`, and for what looks back at one that
-  /// was sent on; null when there is none. The host's.
+  /// A pool of buffers for `count` frames of `bytesPerField` and for one more, since a processor may
+  /// look back at the one that it sent last; null when there is none. The host's.
   virtual CBufferPool* getFrameAllocator(std::size_t bytesPerField, int count, int valueA,
                                          int valueB) = 0;
 

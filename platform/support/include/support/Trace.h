@@ -27,6 +27,9 @@ inline bool TracesAt(int level) {
 
 /// Sends a line at a level to whichever of log and trace want it.
 void TraceAt(int level, const std::string& text);
+/// Likewise, for handlers that must go on when there is no memory even for the line: it is left out
+/// then. REQUIRES: `text` is not null; `detail` is added behind it.
+void TraceFromHandler(int level, const char* text, const char* detail = "") noexcept;
 
 /// "<file>:<line>: ASSERT (<expression>) FAILED!" at level 0, the file without its extension;
 /// processing goes on.
