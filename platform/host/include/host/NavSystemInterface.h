@@ -86,8 +86,8 @@ class CNavSystemInterface {
   /// processor may hold them still, and whoever writes to them gets a copy.
   virtual void frameOutputHook(CToolFrameBuffer* frame, int toolNumber, const std::string& name,
                                bool processingStarted) = 0;
-  /// A pool of buffers for `count` frames of `bytesPerField` and for one more, since a processor may
-  /// look back at the one that it sent last; null when there is none. The host's.
+  /// A pool of buffers for `count` frames of `bytesPerField` and for one more, since a processor
+  /// may look back at the one that it sent last; null when there is none. The host's.
   virtual CBufferPool* getFrameAllocator(std::size_t bytesPerField, int count, int valueA,
                                          int valueB) = 0;
 
