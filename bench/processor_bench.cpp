@@ -19,6 +19,7 @@
 #include <random>
 #include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "doubles/RecordingHost.h"
@@ -167,9 +168,10 @@ class CPass {
   void waitFor(CStabilizerProc& processor, int status, CToolEdge& results, Samples* checked) {
     for (CAutotoolStatus got; got.status != status;) {
       while (const auto frame = std::unique_ptr<CToolFrameBuffer>(results.queue().takeOldest()))
-        if (checked && !frame->isEndOfMaterial() && frame->frameIndex() == CHECKED_FRAME)
+        if (checked && !frame->isEndOfMaterial() && frame->frameIndex() == CHECKED_FRAME) {
           const std::uint16_t* const samples = std::as_const(*frame).samples();
-      checked->assign(samples, samples + format_.getBytesPerField() / 2);
+          checked->assign(samples, samples + format_.getBytesPerField() / 2);
+        }
       if (processor.statusQueue().Take(got) != 0) QTXmillisleep(1);
       if (got.status == CAutotoolStatus::ERROR_STATUS) std::abort();
     }
